@@ -1,0 +1,30 @@
+# Front door: each target installs what is missing, then wraps the CMake presets.
+.PHONY: deps run test bench lint format clean
+
+deps:
+	@bash tools/install-deps.sh
+
+run: deps
+	cmake --preset release
+	cmake --build --preset release
+	./build/release/bin/vantel --version
+
+test: deps
+	cmake --preset dev
+	cmake --build --preset dev
+	ctest --preset dev
+
+bench: deps
+	cmake --preset bench
+	cmake --build --preset bench
+	@for program in build/bench/bin/*Benchmark; do \
+		[ -x "$$program" ] || continue; echo "== $$program"; "$$program" || exit 1; done
+
+lint: deps
+	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+
+format: deps
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+clean:
+	rm -rf build

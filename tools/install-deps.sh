@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build needs, and only those that are missing.
+set -euo pipefail
+
+packages=(
+    build-essential cmake ninja-build git pkg-config clang-format
+    nlohmann-json3-dev libyaml-cpp-dev libglm-dev libstb-dev libabsl-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
+)
+if [ "${VANTEL_FUZZ:-0}" = 1 ]; then
+    packages+=(clang libclang-rt-14-dev)
+fi
+
+if ! command -v dpkg >/dev/null 2>&1 || ! command -v apt-get >/dev/null 2>&1; then
+    echo "install-deps: this system has no apt; install these packages (or their equivalents) by hand:"
+    printf '  %s\n' "${packages[@]}"
+    exit 1
+fi
+
+missing=()
+for package in "${packages[@]}"; do
+    if ! dpkg -s "$package" >/dev/null 2>&1 \
+        || ! dpkg -s "$package" 2>/dev/null | grep -q '^Status: install ok installed'; then
+        missing+=("$package")
+    fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "install-deps: installing ${missing[*]}"
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null 2>&1 || { echo "install-deps: not root and no sudo; install: ${missing[*]}"; exit 1; }
+    sudo=sudo
+fi
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
