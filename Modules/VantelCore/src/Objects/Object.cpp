@@ -19,7 +19,9 @@ public:
 
 Object::Object() : implementation(std::make_unique<Implementation>()) {}
 
-Object::Object(std::string_view key) : Object() { SetKey(key); }
+Object::Object(std::string_view key) : Object() {
+    SetKey(key);
+}
 
 Object::~Object() {
     // The event may be looked at by its subscribers, so it fires while everything is still in place.
@@ -35,9 +37,13 @@ const ObjectType* Object::Type() {
     return &type;
 }
 
-const ObjectType* Object::GetType() const { return Object::Type(); }
+const ObjectType* Object::GetType() const {
+    return Object::Type();
+}
 
-const std::string& Object::GetKey() const { return implementation->key; }
+const std::string& Object::GetKey() const {
+    return implementation->key;
+}
 
 void Object::SetKey(std::string_view key) {
     if (!key.empty() && key == implementation->key) {
@@ -55,9 +61,13 @@ void Object::SetKey(std::string_view key) {
     implementation->key = key;
 }
 
-Object* Object::GetParentObject() { return GetParentObjectImplementation(); }
+Object* Object::GetParentObject() {
+    return GetParentObjectImplementation();
+}
 
-Object* Object::FindChild(std::string_view key) { return FindChildImplementation(key); }
+Object* Object::FindChild(std::string_view key) {
+    return FindChildImplementation(key);
+}
 
 Object* Object::Resolve(const Path& path) {
     Object* current = this;
@@ -102,11 +112,17 @@ void Object::AttachSubscription(EventSubscription&& subscription) {
     implementation->subscriptions.push_back(std::move(subscription));
 }
 
-const Event<>& Object::DestructionEvent() const { return implementation->destructionEvent; }
+const Event<>& Object::DestructionEvent() const {
+    return implementation->destructionEvent;
+}
 
-Object* Object::GetParentObjectImplementation() { return nullptr; }
+Object* Object::GetParentObjectImplementation() {
+    return nullptr;
+}
 
-Object* Object::FindChildImplementation(std::string_view) { return nullptr; }
+Object* Object::FindChildImplementation(std::string_view) {
+    return nullptr;
+}
 
 std::shared_ptr<Object*> Object::GetObjectPtr() {
     if (!implementation->cell) {

@@ -20,11 +20,17 @@ ObjectType::ObjectType(std::string_view name, const ObjectType* baseType, Factor
 
 ObjectType::~ObjectType() = default;
 
-const std::string& ObjectType::GetName() const { return implementation->name; }
+const std::string& ObjectType::GetName() const {
+    return implementation->name;
+}
 
-const ObjectType* ObjectType::GetBaseType() const { return implementation->baseType; }
+const ObjectType* ObjectType::GetBaseType() const {
+    return implementation->baseType;
+}
 
-bool ObjectType::CanCreate() const { return static_cast<bool>(implementation->factory); }
+bool ObjectType::CanCreate() const {
+    return static_cast<bool>(implementation->factory);
+}
 
 std::unique_ptr<Object> ObjectType::CreateInstance() const {
     if (!implementation->factory) {

@@ -12,9 +12,17 @@ void WriteLine(std::string_view prefix, std::string_view message) {
 
 }  // namespace
 
-void LogInfo(std::string_view message) { WriteLine("[Info] ", message); }
-void LogWarning(std::string_view message) { WriteLine("[Warning] ", message); }
-void LogError(std::string_view message) { WriteLine("[Error] ", message); }
-void LogFatal(std::string_view message) { WriteLine("[Fatal] ", message); }
+void LogInfo(std::string_view message) {
+    WriteLine("[Info] ", message);
+}
+void LogWarning(std::string_view message) {
+    WriteLine("[Warning] ", message);
+}
+void LogError(std::string_view message) {
+    WriteLine("[Error] ", message);
+}
+void LogFatal(std::string_view message) {
+    WriteLine("[Fatal] ", message);
+}
 
 }  // namespace Vantel

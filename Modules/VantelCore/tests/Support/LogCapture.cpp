@@ -6,7 +6,9 @@ namespace Vantel::Testing {
 
 LogCapture::LogCapture() : previous(std::cout.rdbuf(buffer.rdbuf())) {}
 
-LogCapture::~LogCapture() { std::cout.rdbuf(previous); }
+LogCapture::~LogCapture() {
+    std::cout.rdbuf(previous);
+}
 
 std::vector<std::string> LogCapture::Lines() const {
     std::vector<std::string> lines;
@@ -17,6 +19,8 @@ std::vector<std::string> LogCapture::Lines() const {
     return lines;
 }
 
-void LogCapture::Clear() { buffer.str({}); }
+void LogCapture::Clear() {
+    buffer.str({});
+}
 
 }  // namespace Vantel::Testing

@@ -22,7 +22,8 @@ TEST(Logging, EachFunctionWritesItsPrefixAndOneLine) {
 }
 
 TEST(StatusEvents, FormatChoosesTheFirstLineBySubjectAndMessage) {
-    StatusEvent event{.level = "Warning", .subject = "Blur", .file = "a.cpp", .function = "F", .message = "", .line = 7};
+    StatusEvent event{
+        .level = "Warning", .subject = "Blur", .file = "a.cpp", .function = "F", .message = "", .line = 7};
     const std::string position = "  at a.cpp:7 in function 'F'\n\n";
 
     event.message = "too wide";
@@ -42,8 +43,12 @@ std::vector<std::string>& Received() {
     static std::vector<std::string> received;
     return received;
 }
-void FirstHandler(const StatusEvent& event) { Received().push_back("first:" + event.message); }
-void SecondHandler(const StatusEvent& event) { Received().push_back("second:" + event.message); }
+void FirstHandler(const StatusEvent& event) {
+    Received().push_back("first:" + event.message);
+}
+void SecondHandler(const StatusEvent& event) {
+    Received().push_back("second:" + event.message);
+}
 
 // The handler list is process-wide and cannot shrink, so one test walks its whole life.
 TEST(StatusEvents, HandlersAreCalledInOrderAndNullIsRefused) {
@@ -60,7 +65,8 @@ TEST(StatusEvents, HandlersAreCalledInOrderAndNullIsRefused) {
     log.Clear();
     AddStatusEventHandler(&SecondHandler);
     AddStatusEventHandler(&FirstHandler);
-    SendStatusEvent({.level = "Error", .subject = "s", .file = "f", .function = "g", .message = "m", .line = 1});
+    SendStatusEvent(
+        {.level = "Error", .subject = "s", .file = "f", .function = "g", .message = "m", .line = 1});
     EXPECT_EQ(Received(), (std::vector<std::string>{"first:m", "second:m", "first:m"}));
     EXPECT_EQ(log.Text(), "Error: 's'\n  with message: 'm'\n  at f:1 in function 'g'\n\n");
 }

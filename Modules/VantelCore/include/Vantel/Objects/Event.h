@@ -18,7 +18,8 @@ namespace Detail {
 template <typename... Args>
 class EventSubscriptionPrivate final : public EventSubscriptionPrivateBase {
 public:
-    explicit EventSubscriptionPrivate(std::function<void(Args...)> callback) : callback(std::move(callback)) {}
+    explicit EventSubscriptionPrivate(std::function<void(Args...)> callback)
+        : callback(std::move(callback)) {}
     std::function<void(Args...)> callback;
 };
 
@@ -26,10 +27,10 @@ public:
 
 // Event<Args...>
 //
-// A list of subscribers held weakly: a subscriber lives as long as its EventSubscription handle. Subscribing and
-// unsubscribing during a firing do not disturb it (the firing works on a snapshot); a handle destroyed during a
-// firing is skipped if its turn has not come, and dropped from the list at the next firing. An event costs one
-// null pointer until its first subscription. Main thread only: nothing is locked.
+// A list of subscribers held weakly: a subscriber lives as long as its EventSubscription handle. Subscribing
+// and unsubscribing during a firing do not disturb it (the firing works on a snapshot); a handle destroyed
+// during a firing is skipped if its turn has not come, and dropped from the list at the next firing. An event
+// costs one null pointer until its first subscription. Main thread only: nothing is locked.
 template <typename... Args>
 class Event {
 public:
@@ -52,7 +53,8 @@ public:
 private:
     using Subscriber = Detail::EventSubscriptionPrivate<Args...>;
     struct Block {
-        // Shared so that a firing that outlives the event (a callback destroyed its owner) can still write it.
+        // Shared so that a firing that outlives the event (a callback destroyed its owner) can still write
+        // it.
         std::shared_ptr<bool> cleanupNeeded = std::make_shared<bool>(false);
         std::vector<std::weak_ptr<Subscriber>> subscribers;
     };
@@ -80,7 +82,8 @@ void Event<Args...>::Fire(Args... args) const {
         return;
     }
     if (*block->cleanupNeeded) {
-        std::erase_if(block->subscribers, [](const std::weak_ptr<Subscriber>& entry) { return entry.expired(); });
+        std::erase_if(block->subscribers,
+                      [](const std::weak_ptr<Subscriber>& entry) { return entry.expired(); });
         *block->cleanupNeeded = false;
     }
     const std::shared_ptr<bool> cleanupNeeded = block->cleanupNeeded;

@@ -54,8 +54,8 @@ public:
     Object* Resolve(const Path& path);
     // The absolute path from the root; the root itself (and objects without keys) add no component.
     Path GetPath();
-    // Throws std::invalid_argument("GetRelativePath: the given object is not an ancestor.") when `ancestor` is
-    // not above this object (also for the object itself).
+    // Throws std::invalid_argument("GetRelativePath: the given object is not an ancestor.") when `ancestor`
+    // is not above this object (also for the object itself).
     Path GetRelativePath(const Object& ancestor);
 
     // Keeps `subscription` until this object dies: ties a callback's life to the object's.

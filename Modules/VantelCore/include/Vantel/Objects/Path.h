@@ -17,10 +17,10 @@ namespace Vantel {
 
 // Path
 //
-// A list of keys from the root (absolute) or from some object (relative) down to a descendant. A value: copy it,
-// compare it, store it. It keeps nothing alive; Object::Resolve turns it back into an object, or null when
-// nothing answers. Text form: keys joined by "/", with a leading "/" when absolute; there is no escaping because
-// keys never contain "/". The root is "/", the empty relative path "".
+// A list of keys from the root (absolute) or from some object (relative) down to a descendant. A value: copy
+// it, compare it, store it. It keeps nothing alive; Object::Resolve turns it back into an object, or null
+// when nothing answers. Text form: keys joined by "/", with a leading "/" when absolute; there is no escaping
+// because keys never contain "/". The root is "/", the empty relative path "".
 class VANTEL_API Path {
 public:
     Path() = default;  // the empty relative path
@@ -59,6 +59,7 @@ private:
 // A fresh key from `base` that `isFree` accepts: "Blur [k3x]", or "[0a9]" for an empty base ("/" in the base
 // becomes a space). Digits are drawn from a per-thread 64-bit Mersenne Twister; after ten refused candidates
 // the number of digits grows by one. An empty `isFree` throws std::bad_function_call.
-VANTEL_API std::string GenerateKey(std::string_view base, const std::function<bool(std::string_view)>& isFree);
+VANTEL_API std::string GenerateKey(std::string_view base,
+                                   const std::function<bool(std::string_view)>& isFree);
 
 }  // namespace Vantel

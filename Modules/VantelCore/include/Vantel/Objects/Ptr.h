@@ -16,8 +16,8 @@ namespace Vantel {
 // Ptr<T>
 //
 // Shares the target's object cell (two words) and never keeps the target alive; it reads null once the target
-// has died, or when it was never set. Copies share the cell. Copying and releasing are thread-safe; reading the
-// target must happen on the model's thread. Two Ptrs are equal when they name the same living object.
+// has died, or when it was never set. Copies share the cell. Copying and releasing are thread-safe; reading
+// the target must happen on the model's thread. Two Ptrs are equal when they name the same living object.
 template <typename T>
 class Ptr {
     static_assert(std::is_base_of_v<Object, T>, "Ptr<T> needs a class derived from Object");
@@ -27,8 +27,7 @@ public:
     Ptr(std::nullptr_t) {}
     Ptr(T* object) : cell(object != nullptr ? static_cast<Object*>(object)->GetObjectPtr() : nullptr) {}
     template <typename U>
-        requires std::is_base_of_v<T, U>
-    Ptr(const Ptr<U>& other) : cell(other.cell) {}
+    requires std::is_base_of_v<T, U> Ptr(const Ptr<U>& other) : cell(other.cell) {}
 
     T* Get() const { return cell != nullptr && *cell != nullptr ? static_cast<T*>(*cell) : nullptr; }
     T* operator->() const { return Get(); }

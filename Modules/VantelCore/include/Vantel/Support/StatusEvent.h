@@ -13,8 +13,8 @@ namespace Vantel {
 
 // StatusEvent
 //
-// One report: its kind ("Warning"), what it is about, the text, and the source place that raised it. The views
-// must stay valid during the call; in practice they point at literals.
+// One report: its kind ("Warning"), what it is about, the text, and the source place that raised it. The
+// views must stay valid during the call; in practice they point at literals.
 struct StatusEvent {
     std::string_view level;
     std::string_view subject;
