@@ -15,7 +15,28 @@
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/Ptr.h>
 
+#include <Vantel/Operators/ComponentLink.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Operators/ParameterConnection.h>
+
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/ParameterData.h>
+#include <Vantel/Parameters/ParameterFlag.h>
+#include <Vantel/Parameters/ParameterGroup.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterNode.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Parameters/ParameterScope.h>
+
 #include <Vantel/Projects/BuildInfo.h>
+#include <Vantel/Projects/Record.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Projects/SuppressUpdateStructure.h>
+#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Projects/Version.h>
 
 #include <Vantel/Support/Logging.h>

@@ -1,0 +1,97 @@
+// Operator.h: a node of a graph, with a tree of parameters, and the base of every operator type.
+//
+//   class Blur : public Operator {
+//   public:
+//       FloatParameter radius{ParameterScope(this), "Radius", 2.0};
+//       void Execute(ExecutionContext& context) override { /* read radius.Value(), publish outputs */ }
+//   };
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <glm/vec2.hpp>
+
+#include <Vantel/Export.h>
+#include <Vantel/Objects/Event.h>
+#include <Vantel/Objects/Object.h>
+
+namespace Vantel {
+
+class ExecutionContext;
+class Graph;
+class Parameter;
+class ParameterNode;
+class ParameterRootGroup;
+
+// Operator
+//
+// Owns its parameter tree (a root group), has a display name and a canvas position, and runs when something
+// it depends on changed. Operator types derive from it, declare their parameters as members constructed with
+// ParameterScope(this), override Execute to do their work and UpdateStructure to add or remove parameters in
+// answer to their structural parameters. A graph owns its operators; the operator's object parent is its
+// graph. Main thread only.
+class VANTEL_API Operator : public Object {
+public:
+    class Implementation;
+
+    Operator();
+    ~Operator() override;
+
+    static const ObjectType* Type();
+    const ObjectType* GetType() const override;
+
+    // Empty: the type's name is shown and used as the key base.
+    const std::string& GetName() const;
+    // Records the rename while a transaction records.
+    void SetName(std::string_view name);
+    const glm::vec2& GetPosition() const;
+    // Records the move while a transaction records, then fires PositionChangedEvent.
+    void SetPosition(const glm::vec2& position);
+
+    // Null while the operator is in no graph.
+    Graph* GetGraph() const;
+    ParameterRootGroup& GetParameterGroup();
+    const ParameterRootGroup& GetParameterGroup() const;
+
+    // The raw-pointer forms register a parameter that the operator class holds as a member; the
+    // unique-pointer forms hand ownership to the root group (a refused parameter is destroyed). Same results
+    // as ParameterGroup::Add, Insert and Remove.
+    bool AddParameter(Parameter* parameter);
+    bool AddParameter(std::unique_ptr<Parameter>&& parameter);
+    bool InsertParameter(Parameter* parameter, std::size_t index);
+    bool InsertParameter(std::unique_ptr<Parameter>&& parameter, std::size_t index);
+    bool RemoveParameter(Parameter* parameter);
+    // Every parameter of the tree, in tree order.
+    const std::vector<Parameter*>& GetAllParameters();
+    const std::vector<const Parameter*>& GetAllParameters() const;
+
+    // Does nothing here; operator types do their work in it.
+    virtual void Execute(ExecutionContext& context);
+    // True when marked dirty, or a parameter with MarksOutdated changed.
+    virtual bool Outdated() const;
+    // Makes the operator run in the next frame.
+    void MarkDirty();
+    bool IsStructureDirty() const;
+
+    Event<ParameterNode*>& ParameterNodeAddedEvent();
+    Event<ParameterNode*>& ParameterNodeRemovedEvent();
+    Event<>& ParameterTreeChangedEvent();
+    Event<>& PositionChangedEvent();
+
+protected:
+    Object* GetParentObjectImplementation() override;
+    // A parameter node of the root group whose key is `key`.
+    Object* FindChildImplementation(std::string_view key) override;
+    // Adds or removes ports and parameters according to the structural parameters; does nothing here.
+    virtual void UpdateStructure();
+
+private:
+    friend class Access;
+    std::unique_ptr<Implementation> implementation;
+};
+
+}  // namespace Vantel

@@ -1,0 +1,73 @@
+// OperatorImplementation.h: the operations that graphs, parameter groups and loaders perform on an operator.
+//
+//   Operator::Implementation& impl = *Access::GetImplementation(op);
+//   impl.MarkStructureDirty();
+//   impl.UpdateStructureIfDirty();
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include <glm/vec2.hpp>
+
+#include <Vantel/Export.h>
+#include <Vantel/Objects/Event.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+
+namespace Vantel {
+
+// Operator::Implementation
+//
+// The private block of an operator. Library code and plug-ins reach it through Access::GetImplementation;
+// its data stays private to Operator.
+class VANTEL_API Operator::Implementation {
+public:
+    explicit Implementation(Operator& owner);
+    ~Implementation();
+
+    // Only sets the mark; UpdateStructureIfDirty acts on it.
+    void MarkStructureDirty() { structureDirty = true; }
+    // Calls UpdateStructure until it stops marking the structure dirty, at most 8 times; after the 8th the
+    // error "UpdateStructureIfDirty: '<path>' still changes its own structural parameters after 8 rebuilds,
+    // giving up." is logged. Does nothing while a SuppressUpdateStructure lives on this thread or a rebuild
+    // of this operator runs. In a graph, while a transaction records, the rebuild runs in a nested
+    // transaction and a change of the operator's own structure is recorded as one StructureRecord.
+    void UpdateStructureIfDirty();
+    // True while any operator's structure rebuild runs on this thread.
+    static bool IsRebuildingStructure();
+
+    void RebuildFlatParametersIfNeeded();
+    // Set when the parameter tree changed: the flat parameter list is rebuilt on its next use.
+    void MarkParameterTreeChanged();
+
+    // Gives `child` a key unique among the operator's children: kept when free, made from `base` when empty,
+    // else extended with "_" (with the key-collision error).
+    void SettleChildKey(Object& child, std::string_view base);
+
+    // Set by the graph that takes the operator in (null when it lets it go).
+    void SetGraph(Graph* graph) { this->graph = graph; }
+    // Cleared by the runner after each frame.
+    void ClearDirty() { dirty = false; }
+
+private:
+    friend class Operator;
+
+    Operator& owner;
+    std::string name;
+    glm::vec2 position{0.0f, 0.0f};
+    ParameterRootGroup parameterGroup;
+    std::vector<Parameter*> flatParameters;
+    std::vector<const Parameter*> constFlatParameters;
+    bool flatParametersStale = true;
+    Event<ParameterNode*> parameterNodeAddedEvent;
+    Event<ParameterNode*> parameterNodeRemovedEvent;
+    Event<> parameterTreeChangedEvent;
+    Event<> positionChangedEvent;
+    Graph* graph = nullptr;
+    bool dirty = false;
+    bool structureDirty = false;
+    bool updatingStructure = false;
+};
+
+}  // namespace Vantel

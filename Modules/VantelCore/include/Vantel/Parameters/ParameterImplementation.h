@@ -1,0 +1,52 @@
+// ParameterImplementation.h: the operations that graphs, operators and the runner perform on a parameter.
+//
+//   Parameter::Implementation& impl = *Access::GetImplementation(parameter);
+//   impl.AddIncomingConnection(connection);
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <Vantel/Export.h>
+#include <Vantel/Parameters/Parameter.h>
+
+namespace Vantel {
+
+// Parameter::Implementation
+//
+// The private block of a parameter. Library code and plug-ins reach it through Access::GetImplementation; its
+// data stays private to Parameter.
+class VANTEL_API Parameter::Implementation {
+public:
+    explicit Implementation(std::string_view name);
+
+    // Set by operators and graphs on the parameters that a user added.
+    void SetAddedByUser(bool addedByUser);
+
+    // The copies of the graph's connections that this parameter takes part in.
+    void AddIncomingConnection(const ParameterConnection& connection);
+    void AddOutgoingConnection(const ParameterConnection& connection);
+    // Drops the copy with these endpoints; false when there is none.
+    bool RemoveIncomingConnection(ParameterConnectionEndpoints endpoints);
+    bool RemoveOutgoingConnection(ParameterConnectionEndpoints endpoints);
+
+    // Called once the change has been consumed (after a frame, or by the writer).
+    void ClearValueChanged() { valueChanged = false; }
+
+private:
+    friend class Parameter;
+
+    std::string name;
+    bool valueChanged = false;
+    mutable ParameterData dataCache;
+    mutable bool dataInvalid = true;
+    Event<> valueChangedEvent;
+    std::vector<ParameterConnection> incoming;
+    std::vector<ParameterConnection> outgoing;
+    Flags<ParameterFlag> flags = ParameterFlag::MarksOutdated;
+    UpdatePolicy updatePolicy = UpdatePolicy::Immediate;
+    bool updatePolicySet = false;
+    bool addedByUser = false;
+};
+
+}  // namespace Vantel

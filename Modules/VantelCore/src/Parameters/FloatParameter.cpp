@@ -1,0 +1,79 @@
+#include <Vantel/Parameters/FloatParameter.h>
+
+#include <vector>
+
+#include <Vantel/Objects/ObjectType.h>
+
+#include "Parameters/ValueParameterSupport.h"
+
+namespace Vantel {
+
+class FloatParameter::Implementation {
+public:
+    double value = 0.0;
+};
+
+FloatParameter::FloatParameter() : FloatParameter(nullptr, "", 0.0) {}
+
+FloatParameter::FloatParameter(ParameterScope scope, std::string_view name, double value)
+    : Parameter(scope, name), implementation(std::make_unique<Implementation>()) {
+    implementation->value = value;
+}
+
+FloatParameter::~FloatParameter() = default;
+
+const ObjectType* FloatParameter::Type() {
+    static const ObjectType type("Vantel.FloatParameter", Parameter::Type(), MakeFactory<FloatParameter>());
+    return &type;
+}
+
+const ObjectType* FloatParameter::GetType() const {
+    return Type();
+}
+
+const double& FloatParameter::Value() const {
+    return implementation->value;
+}
+
+void FloatParameter::SetValue(double value) {
+    if (value == implementation->value) {
+        return;
+    }
+    nlohmann::json previous = ValueParameterSupport::PreviousValue(*this);
+    implementation->value = value;
+    MarkChanged(std::move(previous));
+}
+
+FloatParameter& FloatParameter::operator=(double value) {
+    SetValue(value);
+    return *this;
+}
+
+void FloatParameter::SetFromData(const ParameterData& data) {
+    SetValue(data.GetFloat(std::size_t{0}));
+}
+
+nlohmann::json FloatParameter::SerializeValue() const {
+    return implementation->value;
+}
+
+void FloatParameter::DeserializeValue(const nlohmann::json& value) {
+    SetValue(value.get<double>());
+}
+
+int FloatParameter::GetComponentCount() const {
+    return 1;
+}
+
+void FloatParameter::SetComponent(int component, double value) {
+    if (component != 0) {
+        return;
+    }
+    SetValue(value);
+}
+
+ParameterData FloatParameter::BuildData() const {
+    return ParameterData(std::vector<double>{implementation->value});
+}
+
+}  // namespace Vantel

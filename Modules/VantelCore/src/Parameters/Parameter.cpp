@@ -1,0 +1,270 @@
+#include <Vantel/Parameters/Parameter.h>
+
+#include <algorithm>
+
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterScope.h>
+#include <Vantel/Projects/Transaction.h>
+#include <Vantel/Support/Logging.h>
+
+namespace Vantel {
+namespace {
+
+bool RemoveConnection(std::vector<ParameterConnection>& connections, ParameterConnectionEndpoints endpoints) {
+    const auto found =
+        std::find_if(connections.begin(), connections.end(),
+                     [&](const ParameterConnection& c) { return c.GetEndpoints() == endpoints; });
+    if (found == connections.end()) {
+        return false;
+    }
+    connections.erase(found);
+    return true;
+}
+
+}  // namespace
+
+// ---- Parameter::Implementation ----
+
+Parameter::Implementation::Implementation(std::string_view name) : name(name) {}
+
+void Parameter::Implementation::SetAddedByUser(bool added) {
+    addedByUser = added;
+}
+
+void Parameter::Implementation::AddIncomingConnection(const ParameterConnection& connection) {
+    incoming.push_back(connection);
+}
+
+void Parameter::Implementation::AddOutgoingConnection(const ParameterConnection& connection) {
+    outgoing.push_back(connection);
+}
+
+bool Parameter::Implementation::RemoveIncomingConnection(ParameterConnectionEndpoints endpoints) {
+    return RemoveConnection(incoming, endpoints);
+}
+
+bool Parameter::Implementation::RemoveOutgoingConnection(ParameterConnectionEndpoints endpoints) {
+    return RemoveConnection(outgoing, endpoints);
+}
+
+// ---- Parameter ----
+
+Parameter::Parameter() : implementation(std::make_unique<Implementation>("")) {}
+
+Parameter::Parameter(ParameterScope scope, std::string_view name)
+    : implementation(std::make_unique<Implementation>(name)) {
+    scope.Attach(*this);
+}
+
+Parameter::~Parameter() {
+    DetachFromParent();
+}
+
+const ObjectType* Parameter::Type() {
+    static const ObjectType type("Vantel.Parameter", ParameterNode::Type(), nullptr);
+    return &type;
+}
+
+const ObjectType* Parameter::GetType() const {
+    return Type();
+}
+
+const std::string& Parameter::GetName() const {
+    return implementation->name;
+}
+
+void Parameter::SetName(std::string_view name) {
+    if (name == implementation->name) {
+        return;
+    }
+    const Operator* op = GetOperator();
+    if (Transaction::IsRecording() && op != nullptr && op->GetGraph() != nullptr) {
+        Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
+    }
+    implementation->name = name;
+}
+
+Flags<ParameterFlag> Parameter::GetParameterFlags() const {
+    return implementation->flags;
+}
+
+bool Parameter::HasParameterFlag(ParameterFlag flag) const {
+    return implementation->flags.Has(flag);
+}
+
+void Parameter::SetParameterFlag(ParameterFlag flag, bool on) {
+    const Flags<ParameterFlag> wanted(flag);
+    const Flags<ParameterFlag>& current = implementation->flags;
+    const bool output = wanted.Has(ParameterFlag::Output) || current.Has(ParameterFlag::Output);
+    const bool structural = wanted.Has(ParameterFlag::Structural) || current.Has(ParameterFlag::Structural);
+    const bool adds = !current.Has(flag);
+    if (on && adds && output && structural) {
+        LogError(
+            "Parameter '" + implementation->name +
+            "' cannot be an output parameter and a structural parameter at the same time, the second one is "
+            "ignored.");
+        return;
+    }
+    implementation->flags.Set(flag, on);
+}
+
+void Parameter::SetTransient() {
+    implementation->flags.Set(ParameterFlag::NotSaved | ParameterFlag::NotUndoable, true);
+    implementation->flags.Set(ParameterFlag::MarksOutdated, false);
+}
+
+UpdatePolicy Parameter::GetUpdatePolicy() const {
+    if (implementation->updatePolicySet) {
+        return implementation->updatePolicy;
+    }
+    return HasParameterFlag(ParameterFlag::Structural) ? UpdatePolicy::Deferred : UpdatePolicy::Immediate;
+}
+
+void Parameter::SetUpdatePolicy(UpdatePolicy policy) {
+    implementation->updatePolicy = policy;
+    implementation->updatePolicySet = true;
+}
+
+bool Parameter::IsAddedByUser() const {
+    return implementation->addedByUser;
+}
+
+const ParameterData& Parameter::GetData() const {
+    if (implementation->dataInvalid) {
+        implementation->dataCache = BuildData();
+        implementation->dataInvalid = false;
+    }
+    return implementation->dataCache;
+}
+
+bool Parameter::HasNumericComponents() const {
+    const ParameterData::Type type = GetData().GetType();
+    return type == ParameterData::Type::Floats || type == ParameterData::Type::Ints;
+}
+
+bool Parameter::HasValueChanged() const {
+    return implementation->valueChanged;
+}
+
+Event<>& Parameter::ValueChangedEvent() {
+    return implementation->valueChangedEvent;
+}
+
+const std::vector<ParameterConnection>& Parameter::GetIncomingConnections() const {
+    return implementation->incoming;
+}
+
+const std::vector<ParameterConnection>& Parameter::GetOutgoingConnections() const {
+    return implementation->outgoing;
+}
+
+bool Parameter::HasIncomingConnection() const {
+    return !implementation->incoming.empty();
+}
+
+const ParameterConnection* Parameter::FindIncomingConnection(int component) const {
+    for (const ParameterConnection& connection : implementation->incoming) {
+        for (const ComponentLink& link : connection.links) {
+            if (link.target == component) {
+                return &connection;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool Parameter::AcceptsInputConnection() const {
+    const Flags<ParameterFlag>& flags = implementation->flags;
+    return !flags.Has(ParameterFlag::Output) && !flags.Has(ParameterFlag::Structural) &&
+           !flags.Has(ParameterFlag::NotConnectable);
+}
+
+void Parameter::SetFromData(const ParameterData&) {}
+
+nlohmann::json Parameter::SerializeValue() const {
+    return nullptr;
+}
+
+void Parameter::DeserializeValue(const nlohmann::json&) {}
+
+bool Parameter::ValueReferencesObjects() const {
+    return false;
+}
+
+int Parameter::GetComponentCount() const {
+    return 1;
+}
+
+void Parameter::SetComponent(int, double) {}
+
+Object* Parameter::FindChildImplementation(std::string_view) {
+    return nullptr;
+}
+
+ParameterData Parameter::BuildData() const {
+    return ParameterData();
+}
+
+void Parameter::MarkChanged(nlohmann::json previousValue) {
+    if (Transaction::IsRecording() && GetOperator() != nullptr &&
+        !HasParameterFlag(ParameterFlag::NotUndoable)) {
+        // A structural write is compound: the rebuild it causes records below it.
+        if (HasParameterFlag(ParameterFlag::Structural)) {
+            Transaction::AddRecord(CompoundRecord{GetPath(), std::move(previousValue), SerializeValue(), {}});
+        } else {
+            Transaction::AddRecord(
+                ParameterValueRecord{GetPath(), std::move(previousValue), SerializeValue()});
+        }
+    }
+    MarkDirty();
+    Notify();
+}
+
+void Parameter::MarkComponentChanged(int component, double previousValue, double newValue) {
+    if (Transaction::IsRecording() && GetOperator() != nullptr &&
+        !HasParameterFlag(ParameterFlag::NotUndoable)) {
+        if (HasParameterFlag(ParameterFlag::Structural)) {
+            LogError("Parameter '" + implementation->name +
+                     "' is structural and was written per component, the write is not in the undo history. "
+                     "Structural parameters are written whole.");
+        } else {
+            Transaction::AddRecord(ParameterComponentRecord{GetPath(), component, previousValue, newValue});
+        }
+    }
+    MarkDirty();
+    Notify();
+}
+
+void Parameter::MarkDirty() {
+    implementation->valueChanged = true;
+    implementation->dataInvalid = true;
+    if (HasParameterFlag(ParameterFlag::Structural)) {
+        if (Operator* op = GetOperator()) {
+            Access::GetImplementation(*op)->MarkStructureDirty();
+        }
+    }
+}
+
+void Parameter::InvalidateData() {
+    implementation->dataInvalid = true;
+}
+
+void Parameter::UpdateOperatorStructure() {
+    Operator* op = GetOperator();
+    if (op == nullptr || op->GetGraph() == nullptr || Operator::Implementation::IsRebuildingStructure()) {
+        return;
+    }
+    Access::GetImplementation(*op)->UpdateStructureIfDirty();
+}
+
+void Parameter::Notify() {
+    implementation->valueChangedEvent.Fire();
+    if (HasParameterFlag(ParameterFlag::Structural)) {
+        UpdateOperatorStructure();
+    }
+}
+
+}  // namespace Vantel

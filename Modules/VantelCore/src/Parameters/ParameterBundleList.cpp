@@ -1,0 +1,158 @@
+#include <Vantel/Parameters/ParameterBundleList.h>
+
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Projects/Transaction.h>
+
+namespace Vantel {
+
+class ParameterBundleList::Implementation {
+public:
+    BundleHandlers handlers;
+    bool removable = true;
+    bool movable = true;
+    bool numbered = false;
+};
+
+ParameterBundleList::ParameterBundleList(ParameterRootGroup& group, std::string_view key,
+                                         BundleHandlers handlers)
+    : implementation(std::make_unique<Implementation>()) {
+    implementation->handlers = std::move(handlers);
+    SetKey(key);
+    group.Add(this);
+}
+
+ParameterBundleList::ParameterBundleList(Operator* op, std::string_view key, BundleHandlers handlers)
+    : implementation(std::make_unique<Implementation>()) {
+    implementation->handlers = std::move(handlers);
+    SetKey(key);
+    if (op != nullptr) {
+        op->GetParameterGroup().Add(this);
+    }
+}
+
+ParameterBundleList::~ParameterBundleList() {
+    // Detach while this is still a bundle list, so that the parent sees what it is removing.
+    DetachFromParent();
+}
+
+const ObjectType* ParameterBundleList::Type() {
+    static const ObjectType type("Vantel.ParameterBundleList", ParameterGroup::Type(), nullptr);
+    return &type;
+}
+
+const ObjectType* ParameterBundleList::GetType() const {
+    return Type();
+}
+
+ParameterBundle* ParameterBundleList::CreateBundle(std::string_view kind, std::string_view key) {
+    std::unique_ptr<ParameterBundle> bundle(new ParameterBundle(kind));
+    if (!key.empty()) {
+        bundle->SetKey(key);
+    }
+    ParameterBundle* created = bundle.get();
+    {
+        // The bundle and what the handler puts in it are one step for undo: the record below.
+        Transaction::SuppressRecording suppress;
+        if (!Add(std::unique_ptr<ParameterNode>(std::move(bundle)))) {
+            return nullptr;
+        }
+        if (implementation->handlers.created) {
+            implementation->handlers.created(*created);
+        }
+    }
+    if (Transaction::IsRecording()) {
+        Transaction::AddRecord(BundleAddedRecord{created->GetPath(), created->GetIndex(),
+                                                 Serialization::SerializeParameterNode(*created)});
+    }
+    return created;
+}
+
+bool ParameterBundleList::RemoveBundle(ParameterBundle* bundle) {
+    if (bundle == nullptr || bundle->GetParent() != this) {
+        return false;
+    }
+    return Remove(bundle);
+}
+
+bool ParameterBundleList::MoveBundle(ParameterBundle* bundle, std::size_t index) {
+    return Move(bundle, index);
+}
+
+std::vector<ParameterBundle*> ParameterBundleList::GetBundles() {
+    std::vector<ParameterBundle*> bundles;
+    for (ParameterNode* child : GetChildren()) {
+        bundles.push_back(static_cast<ParameterBundle*>(child));  // the list accepts bundles only
+    }
+    return bundles;
+}
+
+std::vector<const ParameterBundle*> ParameterBundleList::GetBundles() const {
+    std::vector<const ParameterBundle*> bundles;
+    for (const ParameterNode* child : GetChildren()) {
+        bundles.push_back(static_cast<const ParameterBundle*>(child));
+    }
+    return bundles;
+}
+
+ParameterBundle* ParameterBundleList::GetBundle(std::size_t index) const {
+    return static_cast<ParameterBundle*>(const_cast<ParameterBundleList*>(this)->GetChild(index));
+}
+
+std::size_t ParameterBundleList::GetBundleCount() const {
+    return GetChildCount();
+}
+
+std::size_t ParameterBundleList::IndexOf(const ParameterBundle* bundle) const {
+    if (bundle == nullptr || bundle->GetParent() != this) {
+        return npos;
+    }
+    return bundle->GetIndex();
+}
+
+bool ParameterBundleList::BundlesRemovable() const {
+    return implementation->removable;
+}
+void ParameterBundleList::SetBundlesRemovable(bool removable) {
+    implementation->removable = removable;
+}
+bool ParameterBundleList::BundlesMovable() const {
+    return implementation->movable;
+}
+void ParameterBundleList::SetBundlesMovable(bool movable) {
+    implementation->movable = movable;
+}
+bool ParameterBundleList::BundlesNumbered() const {
+    return implementation->numbered;
+}
+void ParameterBundleList::SetBundlesNumbered(bool numbered) {
+    implementation->numbered = numbered;
+}
+
+bool ParameterBundleList::AcceptsChild(const ParameterNode& node) {
+    if (!ParameterGroup::AcceptsChild(node)) {
+        return false;
+    }
+    if (node.GetParent() != nullptr && node.GetParent() != this) {
+        return false;
+    }
+    return dynamic_cast<const ParameterBundle*>(&node) != nullptr;
+}
+
+void ParameterBundleList::ChildRemoving(ParameterNode* node) {
+    auto* bundle = dynamic_cast<ParameterBundle*>(node);
+    if (bundle != nullptr && implementation->handlers.removing) {
+        implementation->handlers.removing(*bundle);
+    }
+}
+
+void ParameterBundleList::ChildrenReordered() {
+    if (implementation->handlers.reordered) {
+        implementation->handlers.reordered();
+    }
+}
+
+}  // namespace Vantel

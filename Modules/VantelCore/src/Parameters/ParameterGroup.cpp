@@ -1,0 +1,443 @@
+#include <Vantel/Parameters/ParameterGroup.h>
+
+#include <algorithm>
+
+#include <absl/container/flat_hash_map.h>
+
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/KeySettling.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Projects/Transaction.h>
+#include <Vantel/Support/Logging.h>
+
+namespace Vantel {
+namespace {
+
+struct Annotation {
+    bool continuation = false;
+    std::string label;
+    bool separatorAbove = false;
+};
+
+const std::string& EmptyLabel() {
+    static const std::string empty;
+    return empty;
+}
+
+// The key a node asks for when it has none: its name, or a word for what it is.
+std::string WantedKey(const ParameterNode& node) {
+    if (const auto* parameter = dynamic_cast<const Parameter*>(&node)) {
+        return parameter->GetName().empty() ? "Parameter" : parameter->GetName();
+    }
+    if (const auto* bundle = dynamic_cast<const ParameterBundle*>(&node)) {
+        return bundle->GetName().empty() ? "Bundle" : bundle->GetName();
+    }
+    return "Node";
+}
+
+// Bundles and user-added parameters are what a user creates and removes, so only they are recorded.
+bool IsRecordedNode(const ParameterNode& node) {
+    if (dynamic_cast<const ParameterBundle*>(&node) != nullptr) {
+        return true;
+    }
+    const auto* parameter = dynamic_cast<const Parameter*>(&node);
+    return parameter != nullptr && parameter->IsAddedByUser();
+}
+
+}  // namespace
+
+class ParameterGroup::Implementation {
+public:
+    std::vector<ParameterNode*> children;
+    std::vector<const ParameterNode*> constChildren;
+    absl::flat_hash_map<const ParameterNode*, std::unique_ptr<ParameterNode>> owned;
+    absl::flat_hash_map<const ParameterNode*, Annotation> annotations;
+    Operator* owningOperator = nullptr;
+    Event<ParameterNode*> childAddedEvent;
+    Event<ParameterNode*> childRemovedEvent;
+    Event<> childOrderChangedEvent;
+    Event<> annotationsChangedEvent;
+
+    std::size_t IndexOf(const ParameterNode* node) const {
+        const auto found = std::find(constChildren.begin(), constChildren.end(), node);
+        return found == constChildren.end() ? ParameterNode::npos
+                                            : static_cast<std::size_t>(found - constChildren.begin());
+    }
+
+    // Moves the child at `from` to `to` in both vectors; the ones in between shift by one.
+    void Reposition(std::size_t from, std::size_t to) {
+        const auto rotate = [from, to](auto& vector) {
+            if (from < to) {
+                std::rotate(vector.begin() + from, vector.begin() + from + 1, vector.begin() + to + 1);
+            } else {
+                std::rotate(vector.begin() + to, vector.begin() + from, vector.begin() + from + 1);
+            }
+        };
+        rotate(children);
+        rotate(constChildren);
+    }
+
+    const Annotation* FindAnnotation(const ParameterNode* node) const {
+        const auto found = annotations.find(node);
+        return found == annotations.end() ? nullptr : &found->second;
+    }
+};
+
+ParameterGroup::ParameterGroup() : implementation(std::make_unique<Implementation>()) {}
+
+ParameterGroup::~ParameterGroup() {
+    DetachFromParent();
+    for (ParameterNode* child : implementation->children) {
+        child->SetParent(nullptr);
+    }
+    implementation->owned.clear();
+}
+
+const ObjectType* ParameterGroup::Type() {
+    static const ObjectType type("Vantel.ParameterGroup", ParameterNode::Type(),
+                                 MakeFactory<ParameterGroup>());
+    return &type;
+}
+
+const ObjectType* ParameterGroup::GetType() const {
+    return Type();
+}
+
+bool ParameterGroup::Add(ParameterNode* node) {
+    return Insert(node, npos);
+}
+
+bool ParameterGroup::Add(std::unique_ptr<ParameterNode>&& node) {
+    return Insert(std::move(node), npos);
+}
+
+bool ParameterGroup::Insert(std::unique_ptr<ParameterNode>&& node, std::size_t index) {
+    std::unique_ptr<ParameterNode> taken = std::move(node);  // a refused node dies here, whatever its type
+    ParameterNode* raw = taken.get();
+    if (!Insert(raw, index)) {
+        return false;
+    }
+    implementation->owned.emplace(raw, std::move(taken));
+    return true;
+}
+
+bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
+    if (node == nullptr || node == this || !AcceptsChild(*node)) {
+        return false;
+    }
+    if (node->GetParent() == this) {
+        return Move(node, std::min(index, implementation->children.size() - 1));
+    }
+    if (node->GetParent() != nullptr) {
+        LogError(
+            "ParameterGroup::Insert: the node already belongs to another group. Remove it from that one "
+            "first.");
+        return false;
+    }
+
+    const std::string wanted = WantedKey(*node);
+    if (node->GetKey().empty() && Path::IsValidKey(wanted)) {
+        node->SetKey(wanted);
+    }
+    if (implementation->owningOperator != nullptr) {
+        Access::GetImplementation(*implementation->owningOperator)->SettleChildKey(*node, wanted);
+    } else {
+        Vantel::SettleChildKey(*node, wanted, "parameter group '" + GetKey() + "'",
+                               [this](std::string_view key) { return Find(key) == nullptr; });
+    }
+
+    node->SetParent(this);
+    implementation->children.push_back(node);
+    implementation->constChildren.push_back(node);
+    const std::size_t last = implementation->children.size() - 1;
+    if (index < last) {
+        implementation->Reposition(last, index);
+    }
+
+    if (Transaction::IsRecording() && IsRecordedNode(*node)) {
+        const bool isBundle = dynamic_cast<ParameterBundle*>(node) != nullptr;
+        const std::uint64_t position = node->GetIndex();
+        nlohmann::json serialized = Serialization::SerializeParameterNode(*node);
+        if (isBundle) {
+            Transaction::AddRecord(BundleAddedRecord{node->GetPath(), position, std::move(serialized)});
+        } else {
+            Transaction::AddRecord(ParameterAddedRecord{node->GetPath(), position, std::move(serialized)});
+        }
+    }
+    implementation->childAddedEvent.Fire(node);
+    NotifyTreeChanged(node, true);
+    return true;
+}
+
+bool ParameterGroup::Remove(ParameterNode* node) {
+    if (node == nullptr || node->GetParent() != this) {
+        return false;
+    }
+    std::unique_ptr<ParameterNode> owned = Detach(node);
+    return true;  // `owned` dies here, destroying a node the group owned
+}
+
+std::unique_ptr<ParameterNode> ParameterGroup::Detach(ParameterNode* node) {
+    const std::size_t index = implementation->IndexOf(node);
+    if (node == nullptr || index == npos) {
+        return nullptr;
+    }
+    std::optional<Record> record;
+    if (Transaction::IsRecording() && IsRecordedNode(*node)) {
+        nlohmann::json serialized = Serialization::SerializeParameterNode(*node);
+        if (dynamic_cast<ParameterBundle*>(node) != nullptr) {
+            record = BundleRemovedRecord{node->GetPath(), index, std::move(serialized)};
+        } else {
+            record = ParameterRemovedRecord{node->GetPath(), index, std::move(serialized)};
+        }
+    }
+    ChildRemoving(node);
+    node->SetParent(nullptr);
+    implementation->children.erase(implementation->children.begin() + static_cast<std::ptrdiff_t>(index));
+    implementation->constChildren.erase(implementation->constChildren.begin() +
+                                        static_cast<std::ptrdiff_t>(index));
+    implementation->annotations.erase(node);
+    std::unique_ptr<ParameterNode> owned;
+    if (auto found = implementation->owned.extract(node)) {
+        owned = std::move(found.mapped());
+    }
+    if (record) {
+        Transaction::AddRecord(std::move(*record));
+    }
+    implementation->childRemovedEvent.Fire(node);
+    NotifyTreeChanged(node, false);
+    return owned;
+}
+
+bool ParameterGroup::Move(ParameterNode* node, std::size_t index) {
+    const std::size_t current = implementation->IndexOf(node);
+    if (node == nullptr || current == npos || index >= implementation->children.size() || current == index) {
+        return false;
+    }
+    const Path path = node->GetPath();
+    implementation->Reposition(current, index);
+    Transaction::AddRecord(ParameterNodeMoveRecord{path, current, index});
+    ChildrenReordered();
+    implementation->childOrderChangedEvent.Fire();
+    NotifyLayoutChanged();
+    return true;
+}
+
+bool ParameterGroup::MoveToBack(ParameterNode* node) {
+    if (implementation->children.empty()) {
+        return false;
+    }
+    return Move(node, implementation->children.size() - 1);
+}
+
+const std::vector<const ParameterNode*>& ParameterGroup::GetChildren() const {
+    return implementation->constChildren;
+}
+
+const std::vector<ParameterNode*>& ParameterGroup::GetChildren() {
+    return implementation->children;
+}
+
+std::size_t ParameterGroup::GetChildCount() const {
+    return implementation->children.size();
+}
+
+const ParameterNode* ParameterGroup::GetChild(std::size_t index) const {
+    return index < implementation->constChildren.size() ? implementation->constChildren[index] : nullptr;
+}
+
+ParameterNode* ParameterGroup::GetChild(std::size_t index) {
+    return index < implementation->children.size() ? implementation->children[index] : nullptr;
+}
+
+ParameterNode* ParameterGroup::Find(std::string_view key) const {
+    if (key.empty()) {
+        return nullptr;
+    }
+    for (ParameterNode* child : implementation->children) {
+        if (child->GetKey() == key) {
+            return child;
+        }
+    }
+    return nullptr;
+}
+
+Parameter* ParameterGroup::FindParameter(std::string_view key) const {
+    return dynamic_cast<Parameter*>(Find(key));
+}
+
+void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& nodes, std::string_view label) {
+    if (nodes.size() < 2) {
+        return;
+    }
+    for (const ParameterNode* node : nodes) {
+        if (node == nullptr || node->GetParent() != this) {
+            LogError("ParameterGroup::MakeRow: all nodes must already be children of this group.");
+            return;
+        }
+    }
+    // Take the row's nodes out, then put them back side by side where the first one stood.
+    std::vector<ParameterNode*>& children = implementation->children;
+    const std::size_t firstIndex = implementation->IndexOf(nodes.front());
+    std::size_t insertAt = 0;
+    std::vector<ParameterNode*> others;
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        if (std::find(nodes.begin(), nodes.end(), children[i]) != nodes.end()) {
+            continue;
+        }
+        if (i < firstIndex) {
+            ++insertAt;
+        }
+        others.push_back(children[i]);
+    }
+    others.insert(others.begin() + static_cast<std::ptrdiff_t>(insertAt), nodes.begin(), nodes.end());
+    children = std::move(others);
+    implementation->constChildren.assign(children.begin(), children.end());
+
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        Annotation& annotation = implementation->annotations[nodes[i]];
+        annotation.continuation = i > 0;
+        if (i == 0) {
+            annotation.label = label;
+        }
+    }
+    implementation->childOrderChangedEvent.Fire();
+    implementation->annotationsChangedEvent.Fire();
+    NotifyLayoutChanged();
+}
+
+std::vector<ParameterNode*> ParameterGroup::GetRow(const ParameterNode* node) const {
+    std::size_t index = implementation->IndexOf(node);
+    if (index == npos) {
+        return {};
+    }
+    while (index > 0 && IsRowContinuation(implementation->children[index])) {
+        --index;
+    }
+    std::vector<ParameterNode*> row{implementation->children[index]};
+    for (++index;
+         index < implementation->children.size() && IsRowContinuation(implementation->children[index]);
+         ++index) {
+        row.push_back(implementation->children[index]);
+    }
+    return row;
+}
+
+const ParameterNode* ParameterGroup::GetRowPrimary(const ParameterNode* node) const {
+    const std::vector<ParameterNode*> row = GetRow(node);
+    return row.empty() ? node : row.front();
+}
+
+ParameterNode* ParameterGroup::GetRowPrimary(ParameterNode* node) {
+    const std::vector<ParameterNode*> row = GetRow(node);
+    return row.empty() ? node : row.front();
+}
+
+const std::string& ParameterGroup::GetRowLabel(const ParameterNode* node) const {
+    const Annotation* annotation = implementation->FindAnnotation(GetRowPrimary(node));
+    return annotation != nullptr ? annotation->label : EmptyLabel();
+}
+
+void ParameterGroup::SetRowLabel(const ParameterNode* node, std::string_view label) {
+    const ParameterNode* primary = GetRowPrimary(node);
+    if (implementation->IndexOf(primary) == npos || GetRowLabel(primary) == label) {
+        return;
+    }
+    implementation->annotations[primary].label = label;
+    implementation->annotationsChangedEvent.Fire();
+    NotifyLayoutChanged();
+}
+
+bool ParameterGroup::IsRowContinuation(const ParameterNode* node) const {
+    const Annotation* annotation = implementation->FindAnnotation(node);
+    return annotation != nullptr && annotation->continuation;
+}
+
+void ParameterGroup::SetRowContinuation(const ParameterNode* node, bool continuation) {
+    if (implementation->IndexOf(node) == npos || IsRowContinuation(node) == continuation) {
+        return;
+    }
+    implementation->annotations[node].continuation = continuation;
+    implementation->annotationsChangedEvent.Fire();
+    NotifyLayoutChanged();
+}
+
+bool ParameterGroup::HasSeparatorAbove(const ParameterNode* node) const {
+    const Annotation* annotation = implementation->FindAnnotation(node);
+    return annotation != nullptr && annotation->separatorAbove;
+}
+
+void ParameterGroup::SetSeparatorAbove(const ParameterNode* node, bool separator) {
+    if (implementation->IndexOf(node) == npos || HasSeparatorAbove(node) == separator) {
+        return;
+    }
+    implementation->annotations[node].separatorAbove = separator;
+    implementation->annotationsChangedEvent.Fire();
+    NotifyLayoutChanged();
+}
+
+Event<ParameterNode*>& ParameterGroup::ChildAddedEvent() {
+    return implementation->childAddedEvent;
+}
+
+Event<ParameterNode*>& ParameterGroup::ChildRemovedEvent() {
+    return implementation->childRemovedEvent;
+}
+
+Event<>& ParameterGroup::ChildOrderChangedEvent() {
+    return implementation->childOrderChangedEvent;
+}
+
+Event<>& ParameterGroup::AnnotationsChangedEvent() {
+    return implementation->annotationsChangedEvent;
+}
+
+Object* ParameterGroup::FindChildImplementation(std::string_view key) {
+    return Find(key);
+}
+
+bool ParameterGroup::AcceptsChild(const ParameterNode& node) {
+    for (const ParameterNode* ancestor = this; ancestor != nullptr; ancestor = ancestor->GetParent()) {
+        if (ancestor == &node) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void ParameterGroup::ChildRemoving(ParameterNode*) {}
+
+void ParameterGroup::ChildrenReordered() {}
+
+Operator* ParameterGroup::GetOwningOperator() const {
+    return implementation->owningOperator;
+}
+
+void ParameterGroup::SetOwningOperator(Operator* owner) {
+    implementation->owningOperator = owner;
+}
+
+void ParameterGroup::NotifyTreeChanged(ParameterNode* node, bool added) {
+    Operator* op = GetOperator();
+    if (op == nullptr) {
+        return;
+    }
+    Access::GetImplementation(*op)->MarkParameterTreeChanged();
+    (added ? op->ParameterNodeAddedEvent() : op->ParameterNodeRemovedEvent()).Fire(node);
+    op->ParameterTreeChangedEvent().Fire();
+}
+
+void ParameterGroup::NotifyLayoutChanged() {
+    Operator* op = GetOperator();
+    if (op == nullptr) {
+        return;
+    }
+    Access::GetImplementation(*op)->MarkParameterTreeChanged();
+    op->ParameterTreeChangedEvent().Fire();
+}
+
+}  // namespace Vantel

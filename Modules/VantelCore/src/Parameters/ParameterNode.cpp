@@ -1,0 +1,91 @@
+#include <Vantel/Parameters/ParameterNode.h>
+
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterGroup.h>
+
+namespace Vantel {
+
+class ParameterNode::Implementation {
+public:
+    ParameterGroup* parent = nullptr;
+};
+
+ParameterNode::ParameterNode() : implementation(std::make_unique<Implementation>()) {}
+
+ParameterNode::~ParameterNode() {
+    DetachFromParent();
+}
+
+const ObjectType* ParameterNode::Type() {
+    static const ObjectType type("Vantel.ParameterNode", Object::Type(), nullptr);
+    return &type;
+}
+
+const ObjectType* ParameterNode::GetType() const {
+    return Type();
+}
+
+ParameterGroup* ParameterNode::GetParent() const {
+    return implementation->parent;
+}
+
+std::size_t ParameterNode::GetIndex() const {
+    const ParameterGroup* parent = implementation->parent;
+    if (parent == nullptr) {
+        return npos;
+    }
+    const std::vector<const ParameterNode*>& siblings = parent->GetChildren();
+    for (std::size_t i = 0; i < siblings.size(); ++i) {
+        if (siblings[i] == this) {
+            return i;
+        }
+    }
+    return npos;
+}
+
+Operator* ParameterNode::GetOperator() const {
+    const ParameterGroup* top = dynamic_cast<const ParameterGroup*>(this);
+    if (top == nullptr) {
+        top = implementation->parent;
+    }
+    if (top == nullptr) {
+        return nullptr;
+    }
+    while (top->GetParent() != nullptr) {
+        top = top->GetParent();
+    }
+    return top->GetOwningOperator();
+}
+
+ParameterBundle* ParameterNode::GetBundle() const {
+    for (ParameterGroup* group = implementation->parent; group != nullptr; group = group->GetParent()) {
+        if (auto* bundle = dynamic_cast<ParameterBundle*>(group)) {
+            return bundle;
+        }
+    }
+    return nullptr;
+}
+
+Object* ParameterNode::GetParentObjectImplementation() {
+    if (implementation->parent != nullptr) {
+        return implementation->parent;
+    }
+    if (auto* group = dynamic_cast<ParameterGroup*>(this)) {
+        return group->GetOwningOperator();
+    }
+    return nullptr;
+}
+
+void ParameterNode::DetachFromParent() {
+    if (implementation->parent != nullptr) {
+        implementation->parent->Remove(this);
+    }
+}
+
+void ParameterNode::SetParent(ParameterGroup* parent) {
+    implementation->parent = parent;
+}
+
+}  // namespace Vantel

@@ -1,0 +1,227 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <Vantel/Projects/SuppressUpdateStructure.h>
+#include <Vantel/Projects/Transaction.h>
+
+#include "Support/LogCapture.h"
+
+namespace Vantel {
+namespace {
+
+using Testing::LogCapture;
+
+Path At(std::string_view text) {
+    return *Path::Parse(text);
+}
+
+ParameterValueRecord Value(std::string_view path, nlohmann::json previous, nlohmann::json next) {
+    return {At(path), std::move(previous), std::move(next)};
+}
+
+OperatorPositionRecord Position(std::string_view path, float previous, float next) {
+    return {At(path), glm::vec2(previous), glm::vec2(next)};
+}
+
+CompoundRecord Compound(std::string_view path) {
+    return {At(path), 1, 2, {}};
+}
+
+TEST(Transaction, NestedTransactionAttachesBelowTheCompoundRecord) {
+    Transaction outer("Set mode");
+    Transaction::AddRecord(Value("/A/X", 0, 1));
+    Transaction::AddRecord(Compound("/A/Mode"));
+    {
+        Transaction inner("Rebuild");
+        EXPECT_EQ(Transaction::Active(), &inner);
+        Transaction::AddRecord(Value("/A/Y", 0, 1));
+        Transaction::AddRecord(Value("/A/Y", 1, 2));
+        Transaction::AddRecord(ParameterAddedRecord{At("/A/Z"), 3, {{"Type", "Float"}}});
+    }
+    EXPECT_EQ(Transaction::Active(), &outer);
+    std::optional<CommittedTransaction> committed = outer.Commit();
+    ASSERT_TRUE(committed);
+    EXPECT_EQ(committed->name, "Set mode");
+    CompoundRecord expected = Compound("/A/Mode");
+    expected.nested = {Value("/A/Y", 0, 2), ParameterAddedRecord{At("/A/Z"), 3, {{"Type", "Float"}}}};
+    EXPECT_EQ(committed->records, (std::vector<Record>{Value("/A/X", 0, 1), expected}));
+
+    // A copy of the history entry keeps the nested records.
+    const CommittedTransaction copy = *committed;
+    EXPECT_EQ(std::get<CompoundRecord>(copy.records[1]).nested.size(), 2u);
+}
+
+TEST(Transaction, NestedTransactionWithoutAHolderDropsItsRecords) {
+    LogCapture log;
+    Transaction outer("Outer");
+    {
+        Transaction inner("Early");
+        Transaction::AddRecord(Value("/A/X", 0, 1));
+    }
+    EXPECT_TRUE(outer.GetRecords().empty());
+    Transaction::AddRecord(Value("/A/X", 0, 1));
+    {
+        Transaction inner("Late");
+        Transaction::AddRecord(Value("/A/Y", 0, 1));
+    }
+    {
+        Transaction inner("Empty");  // collected nothing: nothing to report
+    }
+    {
+        Transaction inner("Set back");  // normalised away before it looks for a holder
+        Transaction::AddRecord(Value("/A/Y", 0, 1));
+        Transaction::AddRecord(Value("/A/Y", 1, 0));
+    }
+    EXPECT_EQ(outer.GetRecords(), std::vector<Record>{Value("/A/X", 0, 1)});
+    EXPECT_EQ(
+        log.Text(),
+        "[Error] Transaction 'Early' had nothing to belong to: no change was recorded before it opened. "
+        "What it collected is dropped.\n"
+        "[Error] Transaction 'Late' opened after a change that cannot hold one. What it collected is "
+        "dropped.\n");
+}
+
+TEST(Transaction, CommitEndsOnceAndHandsRecordingBack) {
+    EXPECT_EQ(Transaction::Active(), nullptr);
+    Transaction::AddRecord(Value("/A/X", 0, 1));  // no transaction: discarded
+    Transaction outer("Outer");
+    EXPECT_TRUE(outer.GetRecords().empty());
+    {
+        Transaction empty("Empty");
+        EXPECT_FALSE(empty.Commit());
+        EXPECT_EQ(Transaction::Active(), &outer);
+    }
+    Transaction::AddRecord(Compound("/A/Mode"));
+    {
+        Transaction inner("Inner");
+        Transaction::AddRecord(Value("/A/X", 0, 1));
+        std::optional<CommittedTransaction> committed = inner.Commit();
+        ASSERT_TRUE(committed);
+        EXPECT_EQ(committed->records, std::vector<Record>{Value("/A/X", 0, 1)});
+        EXPECT_TRUE(inner.GetRecords().empty());
+        EXPECT_FALSE(inner.Commit());
+        // Later records go to the enclosing transaction, and the committed one does not attach again.
+        Transaction::AddRecord(Value("/A/Y", 0, 1));
+    }
+    EXPECT_EQ(outer.GetRecords(), (std::vector<Record>{Compound("/A/Mode"), Value("/A/Y", 0, 1)}));
+    EXPECT_TRUE(outer.Commit());
+    EXPECT_EQ(Transaction::Active(), nullptr);
+}
+
+TEST(Transaction, SuppressionStopsRecordingButNotTheTransaction) {
+    Transaction transaction("Replay");
+    {
+        Transaction::SuppressRecording outer;
+        { Transaction::SuppressRecording inner; }
+        EXPECT_EQ(Transaction::Active(), &transaction);
+        EXPECT_FALSE(Transaction::IsRecording());
+        Transaction::AddRecord(Value("/A/X", 0, 1));
+    }
+    EXPECT_TRUE(Transaction::IsRecording());
+    EXPECT_TRUE(transaction.GetRecords().empty());
+
+    EXPECT_FALSE(SuppressUpdateStructure::IsActive());
+    {
+        SuppressUpdateStructure outer;
+        { SuppressUpdateStructure inner; }
+        EXPECT_TRUE(SuppressUpdateStructure::IsActive());
+        std::thread([] { EXPECT_FALSE(SuppressUpdateStructure::IsActive()); }).join();
+    }
+    EXPECT_FALSE(SuppressUpdateStructure::IsActive());
+}
+
+TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
+    struct Row {
+        const char* name;
+        std::vector<Record> made;
+        std::vector<Record> committed;
+    };
+    const std::vector<Row> rows{
+        {"values fold to first previous and last next",
+         {Value("/A/X", 0, 1), Value("/A/X", 1, 2), Value("/A/X", 2, 3)},
+         {Value("/A/X", 0, 3)}},
+        {"set and set back is dropped", {Value("/A/X", 0, 1), Value("/A/X", 1, 0)}, {}},
+        {"different targets stay",
+         {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)},
+         {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)}},
+        {"components fold only with the same component",
+         {ParameterComponentRecord{At("/A/V"), 0, 0, 1}, ParameterComponentRecord{At("/A/V"), 1, 0, 1},
+          ParameterComponentRecord{At("/A/V"), 1, 1, 5}},
+         {ParameterComponentRecord{At("/A/V"), 0, 0, 1}, ParameterComponentRecord{At("/A/V"), 1, 0, 5}}},
+        {"renames and moves fold",
+         {RenameRecord{At("/A"), "a", "b"}, RenameRecord{At("/A"), "b", "c"},
+          ListInputMoveRecord{At("/L/I"), 0, 2}, ListInputMoveRecord{At("/L/I"), 2, 0},
+          ParameterNodeMoveRecord{At("/A/P"), 1, 2}, ParameterNodeMoveRecord{At("/A/P"), 2, 3}},
+         {RenameRecord{At("/A"), "a", "c"}, ParameterNodeMoveRecord{At("/A/P"), 1, 3}}},
+        {"only adjacent records fold",
+         {Value("/A/X", 0, 1), Value("/A/Y", 0, 1), Value("/A/X", 1, 2)},
+         {Value("/A/X", 0, 1), Value("/A/Y", 0, 1), Value("/A/X", 1, 2)}},
+        {"a dropped record lets its neighbours fold",
+         {Value("/A/X", 0, 1), Value("/A/Y", 0, 1), Value("/A/Y", 1, 0), Value("/A/X", 1, 2)},
+         {Value("/A/X", 0, 2)}},
+        {"presence, structure and compound records never fold",
+         {DataConnectionRecord{At("/A"), At("/B"), Presence::Added},
+          DataConnectionRecord{At("/A"), At("/B"), Presence::Removed}, StructureRecord{At("/A"), 1, 1},
+          StructureRecord{At("/A"), 1, 1}, Compound("/A/M"), Compound("/A/M")},
+         {DataConnectionRecord{At("/A"), At("/B"), Presence::Added},
+          DataConnectionRecord{At("/A"), At("/B"), Presence::Removed}, StructureRecord{At("/A"), 1, 1},
+          StructureRecord{At("/A"), 1, 1}, Compound("/A/M"), Compound("/A/M")}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Transaction transaction(row.name);
+        for (const Record& record : row.made) {
+            Transaction::AddRecord(record);
+        }
+        std::optional<CommittedTransaction> committed = transaction.Commit();
+        EXPECT_EQ(committed ? committed->records : std::vector<Record>{}, row.committed);
+        EXPECT_EQ(committed.has_value(), !row.committed.empty());
+    }
+}
+
+TEST(Transaction, PendingPositionsFoldUntilAPlainRecord) {
+    Transaction transaction("Drag");
+    Transaction::AddRecord(Position("/A", 0, 1));
+    Transaction::AddRecord(Position("/B", 0, 1));
+    Transaction::AddRecord(ListInputMoveRecord{At("/L/I"), 0, 1});  // does not clear the pending entries
+    Transaction::AddRecord(Position("/A", 1, 2));
+    Transaction::AddRecord(Position("/B", 1, 2));
+    EXPECT_EQ(transaction.GetRecords(), (std::vector<Record>{Position("/A", 0, 2), Position("/B", 0, 2),
+                                                             ListInputMoveRecord{At("/L/I"), 0, 1}}));
+
+    Transaction::AddRecord(Value("/A/X", 0, 1));  // clears them
+    Transaction::AddRecord(Position("/A", 2, 3));
+    ASSERT_EQ(transaction.GetRecords().size(), 5u);
+    EXPECT_EQ(transaction.GetRecords().back(), Record(Position("/A", 2, 3)));
+
+    // Pending again: the drag back folds into it, and commit drops the move that ends where it began.
+    Transaction::AddRecord(Position("/A", 3, 2));
+    EXPECT_EQ(transaction.GetRecords().back(), Record(Position("/A", 2, 2)));
+    std::optional<CommittedTransaction> committed = transaction.Commit();
+    ASSERT_TRUE(committed);
+    EXPECT_EQ(committed->records,
+              (std::vector<Record>{Position("/A", 0, 2), Position("/B", 0, 2),
+                                   ListInputMoveRecord{At("/L/I"), 0, 1}, Value("/A/X", 0, 1)}));
+}
+
+TEST(Transaction, EachThreadHasItsOwnTransactions) {
+    Transaction transaction("Main");
+    std::thread([] {
+        EXPECT_EQ(Transaction::Active(), nullptr);
+        Transaction::AddRecord(Value("/A/X", 0, 1));
+        Transaction worker("Worker");
+        Transaction::AddRecord(Value("/A/Y", 0, 1));
+        std::optional<CommittedTransaction> committed = worker.Commit();
+        ASSERT_TRUE(committed);
+        EXPECT_EQ(committed->records, std::vector<Record>{Value("/A/Y", 0, 1)});
+    }).join();
+    EXPECT_EQ(Transaction::Active(), &transaction);
+    EXPECT_TRUE(transaction.GetRecords().empty());
+}
+
+}  // namespace
+}  // namespace Vantel

@@ -1,0 +1,54 @@
+// TestParameters.h: a minimal parameter type for tests of the parameter tree and of recording.
+#pragma once
+
+#include <string_view>
+
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterScope.h>
+#include <Vantel/Projects/Transaction.h>
+
+namespace Vantel::Testing {
+
+// One double, following the setter pattern of real parameters.
+class NumberParameter : public Parameter {
+public:
+    NumberParameter() = default;
+    NumberParameter(ParameterScope scope, std::string_view name, double value = 0.0)
+        : Parameter(scope, name), value(value) {}
+
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.NumberParameter", Parameter::Type(),
+                                     MakeFactory<NumberParameter>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+
+    double Value() const { return value; }
+    void SetValue(double newValue) {
+        if (newValue == value) {
+            return;
+        }
+        nlohmann::json previous = Transaction::IsRecording() ? SerializeValue() : nlohmann::json();
+        value = newValue;
+        MarkChanged(std::move(previous));
+    }
+    void SetFromData(const ParameterData& data) override { SetValue(data.GetFloat(0)); }
+    nlohmann::json SerializeValue() const override { return value; }
+    void DeserializeValue(const nlohmann::json& json) override { SetValue(json.get<double>()); }
+    void SetComponent(int component, double newValue) override {
+        if (component != 0 || newValue == value) {
+            return;
+        }
+        const double previous = value;
+        value = newValue;
+        MarkComponentChanged(0, previous, newValue);
+    }
+
+private:
+    ParameterData BuildData() const override { return ParameterData(std::vector<double>{value}); }
+
+    double value = 0.0;
+};
+
+}  // namespace Vantel::Testing
