@@ -1,5 +1,5 @@
 # Front door: each target installs what is missing, then wraps the CMake presets.
-.PHONY: deps run test bench lint format clean
+.PHONY: deps run test test-tsan bench lint format clean
 
 deps:
 	@bash tools/install-deps.sh
@@ -13,6 +13,13 @@ test: deps
 	cmake --preset dev
 	cmake --build --preset dev
 	ctest --preset dev
+
+# The threaded code's tests under ThreadSanitizer; Tasks::Shutdown's scenario needs an executable of its own.
+test-tsan: deps
+	cmake --preset tsan
+	cmake --build --preset tsan --target ExecutionTests TasksShutdownTests
+	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/ExecutionTests --gtest_brief=1
+	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/TasksShutdownTests --gtest_brief=1
 
 bench: deps
 	cmake --preset bench

@@ -6,6 +6,8 @@
 
 #include <Vantel/Export.h>
 
+#include <Vantel/Execution/Tasks.h>
+
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/Event.h>
 #include <Vantel/Objects/EventSubscription.h>
@@ -39,5 +41,6 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Projects/Version.h>
 
+#include <Vantel/Support/Image.h>
 #include <Vantel/Support/Logging.h>
 #include <Vantel/Support/StatusEvent.h>

@@ -1,0 +1,215 @@
+#include <Vantel/Execution/Tasks.h>
+
+#include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <Vantel/Support/Logging.h>
+
+namespace Vantel {
+namespace {
+
+// Runs a task on a pool thread; a failure becomes a warning on the main thread, where logging is expected.
+void RunReportingFailure(const std::function<void()>& task) {
+    try {
+        task();
+    } catch (const std::exception& error) {
+        Tasks::RunOnMainThread(
+            [message = std::string(error.what())] { LogWarning("A background task failed: " + message); });
+    } catch (...) {
+        Tasks::RunOnMainThread([] { LogWarning("A background task failed."); });
+    }
+}
+
+class WorkerPool {
+public:
+    explicit WorkerPool(unsigned threadCount) {
+        threads.reserve(threadCount);
+        for (unsigned i = 0; i < threadCount; ++i) {
+            threads.emplace_back([this](std::stop_token stop) { Work(stop); });
+        }
+    }
+    ~WorkerPool() { Stop(); }
+    WorkerPool(const WorkerPool&) = delete;
+    WorkerPool& operator=(const WorkerPool&) = delete;
+
+    void Post(std::function<void()> task) {
+        {
+            std::lock_guard lock(mutex);
+            if (stopping) {
+                return;  // the task dies with this call, outside the lock: its captures may post again
+            }
+            queue.push_back(std::move(task));
+        }
+        std::lock_guard lock(mutex);
+        wakeUp.notify_one();
+    }
+
+    // Drops what has not started and waits for what has. Calling it again does nothing.
+    void Stop() {
+        std::deque<std::function<void()>> dropped;
+        {
+            std::lock_guard lock(mutex);
+            stopping = true;
+            dropped.swap(queue);
+        }
+        dropped.clear();
+        for (std::jthread& thread : threads) {
+            thread.request_stop();
+        }
+        {
+            std::lock_guard lock(mutex);
+            wakeUp.notify_all();
+        }
+        for (std::jthread& thread : threads) {
+            if (thread.joinable()) {
+                thread.join();
+            }
+        }
+    }
+
+private:
+    void Work(std::stop_token stop) {
+        for (;;) {
+            std::function<void()> task;
+            {
+                std::unique_lock lock(mutex);
+                wakeUp.wait(lock, stop, [this] { return !queue.empty(); });
+                if (stop.stop_requested()) {
+                    return;
+                }
+                task = std::move(queue.front());
+                queue.pop_front();
+            }
+            RunReportingFailure(task);
+        }
+    }
+
+    std::mutex mutex;
+    // The _any variant, because only it can be woken by a stop request.
+    std::condition_variable_any wakeUp;
+    std::deque<std::function<void()>> queue;
+    bool stopping = false;
+    // Last, so that everything the workers touch exists before they start.
+    std::vector<std::jthread> threads;
+};
+
+class MainThreadQueue {
+public:
+    void Post(std::function<void()> task) {
+        std::lock_guard lock(mutex);
+        if (!closed) {
+            tasks.push_back(std::move(task));
+        }
+    }
+
+    std::vector<std::function<void()>> TakeAll() {
+        std::lock_guard lock(mutex);
+        return std::exchange(tasks, {});
+    }
+
+    void Close() {
+        std::vector<std::function<void()>> dropped;
+        std::lock_guard lock(mutex);
+        closed = true;
+        dropped.swap(tasks);
+        // `dropped` is declared first, so it is destroyed after the lock is released.
+    }
+
+private:
+    std::mutex mutex;
+    std::vector<std::function<void()>> tasks;
+    bool closed = false;
+};
+
+unsigned GeneralThreadCount() {
+    // hardware_concurrency() may answer 0 (unknown); below 3 the general pool gets a single thread.
+    return std::max(std::thread::hardware_concurrency(), 2u) - 1;
+}
+
+class Instance {
+public:
+    // Member order is start-up order: general pool, secondary pool, main-thread queue.
+    WorkerPool general{GeneralThreadCount()};
+    WorkerPool secondary{2};
+    MainThreadQueue mainThread;
+
+    WorkerPool& Pool(Tasks::Kind kind) { return kind == Tasks::Kind::Secondary ? secondary : general; }
+};
+
+void ShutDown(std::shared_ptr<Instance> instance) {
+    if (!instance) {
+        return;
+    }
+    instance->mainThread.Close();
+    instance->general.Stop();
+    instance->secondary.Stop();
+}
+
+// The one instance, reached only through GetInstance and Take. Shared ownership so that a caller that got the
+// instance just before Shutdown took it can finish its call; the pools are stopped by then, so its task is
+// dropped.
+class Global {
+public:
+    ~Global() { ShutDown(Take()); }  // for a host that never called Tasks::Shutdown
+
+    std::shared_ptr<Instance> GetInstance() {
+        std::lock_guard lock(mutex);
+        if (!instance && !shutDown) {
+            instance = std::make_shared<Instance>();
+        }
+        return instance;
+    }
+
+    std::shared_ptr<Instance> Take() {
+        std::lock_guard lock(mutex);
+        shutDown = true;
+        return std::move(instance);
+    }
+
+private:
+    std::mutex mutex;
+    std::shared_ptr<Instance> instance;
+    bool shutDown = false;
+};
+
+// Constant-initialised, so any static initialiser may post tasks.
+constinit Global global;
+
+}  // namespace
+
+void Tasks::RunInBackground(Kind kind, std::function<void()> task) {
+    if (std::shared_ptr<Instance> instance = global.GetInstance()) {
+        instance->Pool(kind).Post(std::move(task));
+    }
+}
+
+void Tasks::RunOnMainThread(std::function<void()> task) {
+    if (std::shared_ptr<Instance> instance = global.GetInstance()) {
+        instance->mainThread.Post(std::move(task));
+    }
+}
+
+void Tasks::ProcessMainThreadTasks() {
+    std::vector<std::function<void()>> batch;
+    if (std::shared_ptr<Instance> instance = global.GetInstance()) {
+        batch = instance->mainThread.TakeAll();
+    }
+    for (std::function<void()>& task : batch) {
+        task();
+    }
+}
+
+void Tasks::Shutdown() {
+    ShutDown(global.Take());
+}
+
+}  // namespace Vantel
