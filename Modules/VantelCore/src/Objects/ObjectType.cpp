@@ -1,12 +1,87 @@
 #include <Vantel/Objects/ObjectType.h>
 
+#include <cstddef>
+#include <string>
+#include <string_view>
+
 #include <Vantel/Objects/Object.h>
 
 namespace Vantel {
+namespace {
+
+// ASCII only: type names are dotted identifiers, and a locale must not change how a name is shown.
+bool IsUpper(char c) {
+    return c >= 'A' && c <= 'Z';
+}
+
+bool IsLower(char c) {
+    return c >= 'a' && c <= 'z';
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool IsLetter(char c) {
+    return IsUpper(c) || IsLower(c);
+}
+
+// Whether a blank goes before s[i] (i > 0).
+bool StartsWord(std::string_view s, std::size_t i) {
+    const char previous = s[i - 1];
+    const char current = s[i];
+    if (IsLower(previous) && IsUpper(current)) {
+        return true;
+    }
+    if (IsLetter(previous) && IsDigit(current)) {
+        return true;
+    }
+    if (IsDigit(previous) && IsLower(current)) {
+        return true;
+    }
+    if (IsDigit(previous) && IsUpper(current)) {
+        // "3D" stays one word, but in "3Int" the capital starts a word of its own.
+        std::size_t end = i;
+        while (end < s.size() && IsUpper(s[end])) {
+            ++end;
+        }
+        return end - i == 1 && end < s.size() && IsLower(s[end]);
+    }
+    if (IsUpper(previous) && IsUpper(current) && i + 1 < s.size() && IsLower(s[i + 1])) {
+        // The last capital of a run that follows a digit starts the next word: "2DArray" -> "2D Array".
+        std::size_t start = i - 1;
+        while (start > 0 && IsUpper(s[start - 1])) {
+            --start;
+        }
+        return start > 0 && IsDigit(s[start - 1]);
+    }
+    return false;
+}
+
+std::string DeriveDisplayName(std::string_view typeName) {
+    std::string_view last = typeName.substr(typeName.rfind('.') + 1);
+    for (std::string_view suffix : {std::string_view("Operator"), std::string_view("Parameter")}) {
+        if (last.size() > suffix.size() && last.ends_with(suffix)) {
+            last.remove_suffix(suffix.size());
+            break;
+        }
+    }
+    std::string result;
+    for (std::size_t i = 0; i < last.size(); ++i) {
+        if (i > 0 && StartsWord(last, i)) {
+            result += ' ';
+        }
+        result += last[i];
+    }
+    return result;
+}
+
+}  // namespace
 
 class ObjectType::Implementation {
 public:
     std::string name;
+    std::string displayName;
     const ObjectType* baseType = nullptr;
     Factory factory;
 };
@@ -16,12 +91,25 @@ ObjectType::ObjectType(std::string_view name, const ObjectType* baseType, Factor
     implementation->name = name;
     implementation->baseType = baseType;
     implementation->factory = std::move(factory);
+    implementation->displayName = DeriveDisplayName(name);
+}
+
+ObjectType::ObjectType(std::string_view name, const ObjectType* baseType, Factory factory,
+                       std::string_view displayName)
+    : ObjectType(name, baseType, std::move(factory)) {
+    if (!displayName.empty()) {
+        implementation->displayName = displayName;
+    }
 }
 
 ObjectType::~ObjectType() = default;
 
 const std::string& ObjectType::GetName() const {
     return implementation->name;
+}
+
+const std::string& ObjectType::GetDisplayName() const {
+    return implementation->displayName;
 }
 
 const ObjectType* ObjectType::GetBaseType() const {

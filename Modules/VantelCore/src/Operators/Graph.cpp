@@ -1,12 +1,223 @@
 #include <Vantel/Operators/Graph.h>
 
+#include <algorithm>
+#include <deque>
+#include <unordered_set>
+
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInputListImplementation.h>
+#include <Vantel/Operators/DataPortImplementation.h>
+#include <Vantel/Operators/DataTypeInfo.h>
+#include <Vantel/Operators/GraphImplementation.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterInfo.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Projects/Transaction.h>
+#include <Vantel/Support/Logging.h>
 
 namespace Vantel {
+namespace {
 
-Graph::Graph() = default;
+// Every operator that feeds `op` through a connected data input or a parameter connection.
+template <typename Visit>
+void ForEachFeeder(const Operator& op, Visit&& visit) {
+    for (const DataInput* input : op.GetAllDataInputs()) {
+        if (input->IsConnected()) {
+            visit(input->GetConnection().output->GetOperator());
+        }
+    }
+    for (const Parameter* parameter : op.GetAllParameters()) {
+        for (const ParameterConnection& connection : parameter->GetIncomingConnections()) {
+            visit(connection.source->GetOperator());
+        }
+    }
+}
 
-Graph::~Graph() = default;
+bool HasFeeders(const Operator& op) {
+    bool fed = false;
+    ForEachFeeder(op, [&fed](const Operator*) { fed = true; });
+    return fed;
+}
+
+void PassValue(const Parameter& source, Parameter& target, const std::vector<ComponentLink>& links) {
+    const ParameterData& value = source.GetData();
+    if (target.HasNumericComponents()) {
+        for (const ComponentLink& link : links) {
+            target.SetComponent(link.target, value.GetFloat(static_cast<std::size_t>(link.source)));
+        }
+    } else if (source.HasNumericComponents()) {
+        const std::size_t component = links.empty() ? 0 : static_cast<std::size_t>(links.front().source);
+        target.SetFromData(ParameterData(std::vector<double>{value.GetFloat(component)}));
+    } else {
+        target.SetFromData(value);
+    }
+}
+
+std::string TypeKeyOrDataTypeName(const ObjectType& type) {
+    const DataTypeInfo* dataType = TypeLibrary::Get()->FindDataType(&type);
+    return dataType != nullptr ? dataType->name : type.GetName();
+}
+
+}  // namespace
+
+std::string OperatorKeyBase(const Operator& op) {
+    if (!op.GetName().empty()) {
+        return op.GetName();
+    }
+    const std::string& typeName = op.GetType()->GetName();
+    const std::size_t dot = typeName.rfind('.');
+    return dot == std::string::npos ? typeName : typeName.substr(dot + 1);
+}
+
+std::vector<ComponentLink> WholeValueLinks(const Parameter& source, const Parameter& target) {
+    const int sourceCount = source.GetComponentCount();
+    const int targetCount = target.GetComponentCount();
+    std::vector<ComponentLink> links;
+    if (sourceCount == 1) {
+        for (int j = 0; j < targetCount; ++j) {
+            links.push_back({0, j});
+        }
+        return links;
+    }
+    for (int i = 0; i < std::min(sourceCount, targetCount); ++i) {
+        links.push_back({i, i});
+    }
+    return links;
+}
+
+// ---- Graph::Implementation ----
+
+Graph::Implementation::Implementation(Graph& graph) : graph(graph) {}
+
+Graph::Implementation::~Implementation() = default;
+
+void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::size_t index) {
+    if (op == nullptr) {
+        return;
+    }
+    Operator::Implementation& opImplementation = *Access::GetImplementation(*op);
+    opImplementation.UpdateStructureIfDirty();
+    Access::GetImplementation(static_cast<Operator&>(graph))->SettleChildKey(*op, OperatorKeyBase(*op));
+    opImplementation.SetGraph(&graph);
+    Operator* raw = op.get();
+    index = std::min(index, operators.size());
+    operators.insert(operators.begin() + static_cast<std::ptrdiff_t>(index), raw);
+    constOperators.insert(constOperators.begin() + static_cast<std::ptrdiff_t>(index), raw);
+    ownedOperators.push_back(std::move(op));
+    orderDirty = true;
+    if (Transaction::IsRecording()) {
+        Transaction::AddRecord(
+            OperatorRecord{raw->GetPath(), index, Serialization::SerializeOperator(*raw), Presence::Added});
+    }
+    raw->MarkDirty();
+    operatorAddedEvent.Fire(raw);
+}
+
+std::size_t Graph::Implementation::IndexOf(const Operator* op) const {
+    const auto found = std::find(constOperators.begin(), constOperators.end(), op);
+    return found == constOperators.end() ? ParameterNode::npos
+                                         : static_cast<std::size_t>(found - constOperators.begin());
+}
+
+const std::vector<Operator*>& Graph::Implementation::GetExecutionOrder() {
+    if (orderDirty) {
+        RebuildOrder();
+        orderDirty = false;
+    }
+    return executionOrder;
+}
+
+void Graph::Implementation::RebuildOrder() {
+    executionOrder.clear();
+    std::unordered_set<const Operator*> placed;
+    std::unordered_set<const Operator*> queued;
+    std::deque<Operator*> queue;
+    const auto enqueue = [&](Operator* op) {
+        if (op != nullptr && queued.insert(op).second) {
+            queue.push_back(op);
+        }
+    };
+    for (Operator* op : operators) {
+        if (!HasFeeders(*op)) {
+            enqueue(op);
+        }
+    }
+    while (!queue.empty()) {
+        Operator* op = queue.front();
+        queue.pop_front();
+        queued.erase(op);
+        bool ready = true;
+        ForEachFeeder(*op, [&](const Operator* feeder) { ready = ready && placed.contains(feeder); });
+        if (!ready) {
+            enqueue(op);
+            continue;
+        }
+        executionOrder.push_back(op);
+        placed.insert(op);
+        for (DataOutput* output : op->GetAllDataOutputs()) {
+            for (const DataConnection& connection : output->GetConnections()) {
+                enqueue(connection.input->GetOperator());
+            }
+        }
+        for (Parameter* parameter : op->GetAllParameters()) {
+            for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
+                enqueue(connection.target->GetOperator());
+            }
+        }
+    }
+}
+
+bool Graph::Implementation::IsUpstream(const Operator* of, const Operator* candidate) const {
+    std::vector<const Operator*> stack{of};
+    std::unordered_set<const Operator*> visited{of};
+    while (!stack.empty()) {
+        const Operator* op = stack.back();
+        stack.pop_back();
+        if (op == candidate) {
+            return true;
+        }
+        ForEachFeeder(*op, [&](const Operator* feeder) {
+            if (feeder != nullptr && visited.insert(feeder).second) {
+                stack.push_back(feeder);
+            }
+        });
+    }
+    return false;
+}
+
+void Graph::Implementation::ForgetConnections() {
+    // A dying graph: the ends of its connections must not point at each other any more, in whatever order
+    // its operators are destroyed.
+    for (const DataConnection& connection : dataConnections) {
+        Access::GetImplementation(*connection.input)->SetConnection({});
+        Access::GetImplementation(*connection.output)->RemoveConnection(connection);
+    }
+    dataConnections.clear();
+    for (const auto& [endpoints, links] : parameterConnections) {
+        Access::GetImplementation(*endpoints.target)->RemoveIncomingConnection(endpoints);
+        Access::GetImplementation(*endpoints.source)->RemoveOutgoingConnection(endpoints);
+    }
+    parameterConnections.clear();
+}
+
+// ---- Graph ----
+
+Graph::Graph() : implementation(std::make_unique<Implementation>(*this)) {}
+
+Graph::~Graph() {
+    Transaction::SuppressRecording suppress;
+    implementation->ForgetConnections();
+    for (Operator* op : implementation->operators) {
+        Access::GetImplementation(*op)->SetGraph(nullptr);
+    }
+    implementation->operators.clear();
+    implementation->constOperators.clear();
+    implementation->ownedOperators.clear();
+}
 
 const ObjectType* Graph::Type() {
     static const ObjectType type("Vantel.General.Graph", Operator::Type(), MakeFactory<Graph>());
@@ -15,6 +226,432 @@ const ObjectType* Graph::Type() {
 
 const ObjectType* Graph::GetType() const {
     return Type();
+}
+
+void Graph::AddOperator(std::unique_ptr<Operator>&& op) {
+    implementation->InsertOperator(std::move(op), implementation->operators.size());
+}
+
+std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
+    const std::size_t index = implementation->IndexOf(op);
+    if (op == nullptr || index == ParameterNode::npos) {
+        return nullptr;
+    }
+    std::optional<Record> record;
+    if (Transaction::IsRecording()) {
+        record =
+            OperatorRecord{op->GetPath(), index, Serialization::SerializeOperator(*op), Presence::Removed};
+    }
+    for (Parameter* parameter : std::vector<Parameter*>(op->GetAllParameters())) {
+        DisconnectParameter(*parameter);
+    }
+    for (DataOutput* output : op->GetAllDataOutputs()) {
+        DisconnectDataOutput(*output);
+    }
+    for (DataInput* input : std::vector<DataInput*>(op->GetAllDataInputs())) {
+        if (input->IsConnected()) {
+            RemoveDataConnection(input->GetConnection());
+        }
+    }
+    implementation->operators.erase(implementation->operators.begin() + static_cast<std::ptrdiff_t>(index));
+    implementation->constOperators.erase(implementation->constOperators.begin() +
+                                         static_cast<std::ptrdiff_t>(index));
+    auto& owned = implementation->ownedOperators;
+    const auto found =
+        std::find_if(owned.begin(), owned.end(), [op](const auto& o) { return o.get() == op; });
+    std::unique_ptr<Operator> released = std::move(*found);
+    owned.erase(found);
+    Access::GetImplementation(*op)->SetGraph(nullptr);
+    implementation->orderDirty = true;
+    if (record) {
+        Transaction::AddRecord(std::move(*record));
+    }
+    implementation->operatorRemovedEvent.Fire(op);
+    return released;
+}
+
+const std::vector<Operator*>& Graph::GetOperators() {
+    return implementation->operators;
+}
+
+const std::vector<const Operator*>& Graph::GetOperators() const {
+    return implementation->constOperators;
+}
+
+bool Graph::CanAddDataConnection(DataConnection connection, bool replace) const {
+    if (connection.output == nullptr || connection.input == nullptr) {
+        return false;
+    }
+    if (!replace && connection.input->IsConnected()) {
+        return false;
+    }
+    const Operator* producer = connection.output->GetOperator();
+    const Operator* consumer = connection.input->GetOperator();
+    if (producer == nullptr || consumer == nullptr || producer == consumer || producer->GetGraph() != this ||
+        consumer->GetGraph() != this) {
+        return false;
+    }
+    const ObjectType* accepted = connection.input->GetAcceptedOutputType();
+    if (accepted != nullptr && !connection.output->GetType()->Inherits(accepted)) {
+        return false;
+    }
+    return !implementation->IsUpstream(producer, consumer);
+}
+
+bool Graph::AddDataConnection(DataConnection connection) {
+    if (!CanAddDataConnection(connection, false)) {
+        return false;
+    }
+    Access::GetImplementation(*connection.input)->SetConnection(connection);
+    Access::GetImplementation(*connection.output)->AddConnection(connection);
+    implementation->dataConnections.push_back(connection);
+    implementation->orderDirty = true;
+    if (Transaction::IsRecording()) {
+        Transaction::AddRecord(
+            DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(), Presence::Added});
+    }
+    connection.input->Receive(connection.output->GetData());
+    implementation->connectionsChangedEvent.Fire();
+    return true;
+}
+
+bool Graph::RemoveDataConnection(DataConnection connection) {
+    std::vector<DataConnection>& connections = implementation->dataConnections;
+    const auto found = std::find(connections.begin(), connections.end(), connection);
+    if (found == connections.end()) {
+        return false;
+    }
+    connections.erase(found);
+    Access::GetImplementation(*connection.input)->SetConnection({});
+    Access::GetImplementation(*connection.output)->RemoveConnection(connection);
+    if (Transaction::IsRecording()) {
+        Transaction::AddRecord(DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(),
+                                                    Presence::Removed});
+    }
+    connection.input->Receive(nullptr);
+    implementation->orderDirty = true;
+    implementation->connectionsChangedEvent.Fire();
+    if (DataInputList* list = connection.input->GetList()) {
+        DataInputList::Implementation& listImplementation = *Access::GetImplementation(*list);
+        if (listImplementation.GetSpareInput() != connection.input) {
+            listImplementation.RemoveInput(connection.input);
+        }
+    }
+    return true;
+}
+
+bool Graph::CanAddDataConnection(DataOutput& output, DataInputList& list) const {
+    const Operator* producer = output.GetOperator();
+    const Operator* consumer = list.GetOperator();
+    if (producer == nullptr || consumer == nullptr || producer == consumer || producer->GetGraph() != this ||
+        consumer->GetGraph() != this) {
+        return false;
+    }
+    const ObjectType* accepted = Access::GetImplementation(list)->GetAcceptedOutputType();
+    if (accepted != nullptr && !output.GetType()->Inherits(accepted)) {
+        return false;
+    }
+    return !implementation->IsUpstream(producer, consumer);
+}
+
+DataInput* Graph::AddDataConnection(DataOutput& output, DataInputList& list) {
+    if (!CanAddDataConnection(output, list)) {
+        return nullptr;
+    }
+    DataInputList::Implementation& listImplementation = *Access::GetImplementation(list);
+    DataInput* input = listImplementation.CreateInput("");
+    if (input == nullptr) {
+        return nullptr;
+    }
+    if (!AddDataConnection({&output, input})) {
+        listImplementation.RemoveInput(input);
+        return nullptr;
+    }
+    return input;
+}
+
+void Graph::DisconnectDataInput(DataInput& input) {
+    if (input.IsConnected()) {
+        RemoveDataConnection(input.GetConnection());
+    }
+}
+
+void Graph::DisconnectDataOutput(DataOutput& output) {
+    for (const DataConnection& connection : std::vector<DataConnection>(output.GetConnections())) {
+        RemoveDataConnection(connection);
+    }
+}
+
+const std::vector<DataConnection>& Graph::GetDataConnections() const {
+    return implementation->dataConnections;
+}
+
+bool Graph::CanAddParameterConnection(const ParameterConnection& connection, bool replace) const {
+    const Parameter* source = connection.source;
+    const Parameter* target = connection.target;
+    if (source == nullptr || target == nullptr || !target->AcceptsInputConnection() ||
+        connection.links.empty()) {
+        return false;
+    }
+    const int sourceCount = source->GetComponentCount();
+    const int targetCount = target->GetComponentCount();
+    std::vector<int> targets;
+    for (const ComponentLink& link : connection.links) {
+        if (link.source < 0 || link.source >= sourceCount || link.target < 0 || link.target >= targetCount ||
+            std::find(targets.begin(), targets.end(), link.target) != targets.end()) {
+            return false;
+        }
+        targets.push_back(link.target);
+    }
+    if (!replace) {
+        for (const ParameterConnection& existing : target->GetIncomingConnections()) {
+            if (existing.source == source) {
+                return false;
+            }
+        }
+        for (int component : targets) {
+            if (target->FindIncomingConnection(component) != nullptr) {
+                return false;
+            }
+        }
+    }
+    const Operator* producer = source->GetOperator();
+    const Operator* consumer = target->GetOperator();
+    if (producer == nullptr || consumer == nullptr || producer == consumer || producer->GetGraph() != this ||
+        consumer->GetGraph() != this) {
+        return false;
+    }
+    return !implementation->IsUpstream(producer, consumer);
+}
+
+bool Graph::AddParameterConnection(const ParameterConnection& connection, bool replace) {
+    if (!CanAddParameterConnection(connection, replace)) {
+        return false;
+    }
+    ParameterConnection added = connection;
+    if (replace) {
+        const auto named = [&connection](int component) {
+            return std::any_of(connection.links.begin(), connection.links.end(),
+                               [component](const ComponentLink& link) { return link.target == component; });
+        };
+        for (const ParameterConnection& existing :
+             std::vector<ParameterConnection>(connection.target->GetIncomingConnections())) {
+            const bool sameEndpoints = existing.GetEndpoints() == connection.GetEndpoints();
+            const bool overlaps =
+                std::any_of(existing.links.begin(), existing.links.end(),
+                            [&named](const ComponentLink& link) { return named(link.target); });
+            if (!sameEndpoints && !overlaps) {
+                continue;
+            }
+            std::vector<ComponentLink> remaining;
+            std::copy_if(existing.links.begin(), existing.links.end(), std::back_inserter(remaining),
+                         [&named](const ComponentLink& link) { return !named(link.target); });
+            RemoveParameterConnection(existing.GetEndpoints());
+            if (remaining.empty()) {
+                continue;
+            }
+            if (sameEndpoints) {
+                added.links.insert(added.links.end(), remaining.begin(), remaining.end());
+            } else {
+                AddParameterConnection({existing.source, existing.target, remaining}, false);
+            }
+        }
+    }
+    Access::GetImplementation(*added.target)->AddIncomingConnection(added);
+    Access::GetImplementation(*added.source)->AddOutgoingConnection(added);
+    implementation->parameterConnections[added.GetEndpoints()] = added.links;
+    implementation->orderDirty = true;
+    if (Transaction::IsRecording()) {
+        Transaction::AddRecord(ParameterConnectionRecord{added.source->GetPath(), added.target->GetPath(),
+                                                         added.links, Presence::Added});
+    }
+    PassValue(*added.source, *added.target, added.links);
+    implementation->connectionsChangedEvent.Fire();
+    return true;
+}
+
+bool Graph::RemoveParameterConnection(ParameterConnectionEndpoints endpoints) {
+    const auto found = implementation->parameterConnections.find(endpoints);
+    if (found == implementation->parameterConnections.end()) {
+        return false;
+    }
+    const std::vector<ComponentLink> links = std::move(found->second);
+    implementation->parameterConnections.erase(found);
+    Access::GetImplementation(*endpoints.target)->RemoveIncomingConnection(endpoints);
+    Access::GetImplementation(*endpoints.source)->RemoveOutgoingConnection(endpoints);
+    if (Transaction::IsRecording()) {
+        Transaction::AddRecord(ParameterConnectionRecord{
+            endpoints.source->GetPath(), endpoints.target->GetPath(), links, Presence::Removed});
+    }
+    implementation->orderDirty = true;
+    implementation->connectionsChangedEvent.Fire();
+    return true;
+}
+
+void Graph::DisconnectParameter(Parameter& parameter) {
+    for (const ParameterConnection& connection :
+         std::vector<ParameterConnection>(parameter.GetIncomingConnections())) {
+        RemoveParameterConnection(connection.GetEndpoints());
+    }
+    for (const ParameterConnection& connection :
+         std::vector<ParameterConnection>(parameter.GetOutgoingConnections())) {
+        RemoveParameterConnection(connection.GetEndpoints());
+    }
+}
+
+void Graph::DisconnectParameterComponent(Parameter& target, int component) {
+    const ParameterConnection* driving = target.FindIncomingConnection(component);
+    if (driving == nullptr) {
+        return;
+    }
+    ParameterConnection rest = *driving;
+    std::erase_if(rest.links, [component](const ComponentLink& link) { return link.target == component; });
+    RemoveParameterConnection(rest.GetEndpoints());
+    if (!rest.links.empty()) {
+        AddParameterConnection(rest, false);
+    }
+}
+
+const ParameterConnectionMap& Graph::GetParameterConnections() const {
+    return implementation->parameterConnections;
+}
+
+DataInput* Graph::AddUserDataInput(const ObjectType* type) {
+    if (type == nullptr) {
+        return nullptr;
+    }
+    if (!type->Inherits(DataInput::Type())) {
+        LogError("Graph::AddUserDataInput: '" + type->GetName() + "' is not a data input type.");
+        return nullptr;
+    }
+    std::unique_ptr<Object> made = type->CreateInstance();
+    auto* input = dynamic_cast<DataInput*>(made.get());
+    if (input == nullptr) {
+        return nullptr;
+    }
+    made.release();
+    input->SetName(TypeKeyOrDataTypeName(*type) + " Input");
+    return AddUserDataInput(std::unique_ptr<DataInput>(input)) ? input : nullptr;
+}
+
+bool Graph::AddUserDataInput(std::unique_ptr<DataInput>&& input) {
+    if (input == nullptr) {
+        return false;
+    }
+    Access::GetImplementation(*input)->SetAddedByUser(true);
+    return AddDataInput(std::move(input));
+}
+
+DataOutput* Graph::AddUserDataOutput(const ObjectType* type) {
+    if (type == nullptr) {
+        return nullptr;
+    }
+    if (!type->Inherits(DataOutput::Type())) {
+        LogError("Graph::AddUserDataOutput: '" + type->GetName() + "' is not a data output type.");
+        return nullptr;
+    }
+    std::unique_ptr<Object> made = type->CreateInstance();
+    auto* output = dynamic_cast<DataOutput*>(made.get());
+    if (output == nullptr) {
+        return nullptr;
+    }
+    made.release();
+    output->SetName(TypeKeyOrDataTypeName(*type) + " Output");
+    return AddUserDataOutput(std::unique_ptr<DataOutput>(output)) ? output : nullptr;
+}
+
+bool Graph::AddUserDataOutput(std::unique_ptr<DataOutput>&& output) {
+    if (output == nullptr) {
+        return false;
+    }
+    Access::GetImplementation(*output)->SetAddedByUser(true);
+    return AddDataOutput(std::move(output));
+}
+
+Parameter* Graph::AddUserParameter(const ObjectType* type, bool output) {
+    if (type == nullptr) {
+        return nullptr;
+    }
+    if (!type->Inherits(Parameter::Type())) {
+        LogError("Graph::AddUserParameter: '" + type->GetName() + "' is not a parameter type.");
+        return nullptr;
+    }
+    std::unique_ptr<Object> made = type->CreateInstance();
+    auto* parameter = dynamic_cast<Parameter*>(made.get());
+    if (parameter == nullptr) {
+        return nullptr;
+    }
+    made.release();
+    std::unique_ptr<Parameter> owned(parameter);
+    const ParameterInfo* info = TypeLibrary::Get()->FindParameterInfo(type);
+    parameter->SetName(info != nullptr ? info->name : type->GetDisplayName());
+    parameter->SetParameterFlag(ParameterFlag::Output, output);
+    return AddUserParameter(std::move(owned), ParameterNode::npos) ? parameter : nullptr;
+}
+
+bool Graph::AddUserParameter(std::unique_ptr<Parameter>&& parameter, std::size_t index) {
+    if (parameter == nullptr) {
+        return false;
+    }
+    Access::GetImplementation(*parameter)->SetAddedByUser(true);
+    return InsertParameter(std::move(parameter), index);
+}
+
+void Graph::Execute(ExecutionContext& context) {
+    for (Operator* op : implementation->GetExecutionOrder()) {
+        if (op->Outdated()) {
+            op->Execute(context);
+        }
+        for (DataOutput* output : op->GetAllDataOutputs()) {
+            if (!output->HasDataChanged()) {
+                continue;
+            }
+            for (const DataConnection& connection : output->GetConnections()) {
+                connection.input->Receive(output->GetData());
+            }
+        }
+        for (Parameter* parameter : op->GetAllParameters()) {
+            if (!parameter->HasValueChanged()) {
+                continue;
+            }
+            for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
+                PassValue(*parameter, *connection.target, connection.links);
+            }
+        }
+    }
+}
+
+bool Graph::Outdated() const {
+    for (const Operator* op : implementation->constOperators) {
+        if (op->Outdated()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+Event<Operator*>& Graph::OperatorAddedEvent() {
+    return implementation->operatorAddedEvent;
+}
+
+Event<Operator*>& Graph::OperatorRemovedEvent() {
+    return implementation->operatorRemovedEvent;
+}
+
+Event<>& Graph::ConnectionsChangedEvent() {
+    return implementation->connectionsChangedEvent;
+}
+
+Object* Graph::FindChildImplementation(std::string_view key) {
+    if (Object* own = Operator::FindChildImplementation(key)) {
+        return own;
+    }
+    for (Operator* op : implementation->operators) {
+        if (op->GetKey() == key) {
+            return op;
+        }
+    }
+    return nullptr;
 }
 
 }  // namespace Vantel

@@ -1,9 +1,13 @@
 #include <Vantel/Operators/Operator.h>
 
+#include <algorithm>
 #include <optional>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/DataInputListImplementation.h>
+#include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
@@ -30,6 +34,43 @@ void CollectParameters(ParameterGroup& group, std::vector<Parameter*>& parameter
     }
 }
 
+// A port without a key takes its name, or one made from the base when it has none.
+template <typename Port>
+void SettlePortKey(Operator::Implementation& implementation, Port& port, std::string_view base) {
+    if (port.GetKey().empty() && Path::IsValidKey(port.GetName())) {
+        port.SetKey(port.GetName());
+    }
+    implementation.SettleChildKey(port, port.GetName().empty() ? base : std::string_view(port.GetName()));
+}
+
+template <typename Item>
+std::size_t IndexIn(const std::vector<Item>& items, const Item& item) {
+    const auto found = std::find(items.begin(), items.end(), item);
+    return found == items.end() ? ParameterNode::npos : static_cast<std::size_t>(found - items.begin());
+}
+
+template <typename Item>
+void MoveItem(std::vector<Item>& items, std::size_t from, std::size_t to) {
+    Item item = std::move(items[from]);
+    items.erase(items.begin() + static_cast<std::ptrdiff_t>(from));
+    items.insert(items.begin() + static_cast<std::ptrdiff_t>(to), std::move(item));
+}
+
+// Hands ownership of `port` from `owned` to `target`, or destroys it when there is no target.
+template <typename Port>
+void ReleaseOwnership(std::vector<std::unique_ptr<Port>>& owned, Port* port, std::unique_ptr<Port>* target) {
+    const auto found =
+        std::find_if(owned.begin(), owned.end(), [port](const auto& p) { return p.get() == port; });
+    if (found == owned.end()) {
+        return;
+    }
+    std::unique_ptr<Port> released = std::move(*found);
+    owned.erase(found);
+    if (target != nullptr) {
+        *target = std::move(released);
+    }
+}
+
 }  // namespace
 
 // ---- Operator::Implementation ----
@@ -39,6 +80,97 @@ Operator::Implementation::Implementation(Operator& owner) : owner(owner) {
 }
 
 Operator::Implementation::~Implementation() = default;
+
+void Operator::Implementation::ReleaseOwnedPorts() {
+    // Ports must not call back into an operator that is going away: let every port go, then destroy the
+    // owned.
+    for (DataInputSlot& slot : inputSlots) {
+        if (auto* input = std::get_if<DataInput*>(&slot)) {
+            Access::GetImplementation(**input)->SetOperator(nullptr);
+        } else {
+            Access::GetImplementation(*std::get<DataInputList*>(slot))->DetachFromOperator();
+        }
+    }
+    for (DataOutput* output : outputs) {
+        Access::GetImplementation(*output)->SetOperator(nullptr);
+    }
+    inputSlots.clear();
+    outputs.clear();
+    ownedInputs.clear();
+    ownedOutputs.clear();
+}
+
+void Operator::Implementation::RebuildDataInputsIfNeeded() {
+    if (!flatInputsStale) {
+        return;
+    }
+    flatInputs.clear();
+    for (const DataInputSlot& slot : inputSlots) {
+        if (auto* input = std::get_if<DataInput*>(&slot)) {
+            flatInputs.push_back(*input);
+        } else {
+            const std::vector<DataInput*>& listInputs = std::get<DataInputList*>(slot)->GetInputs();
+            flatInputs.insert(flatInputs.end(), listInputs.begin(), listInputs.end());
+        }
+    }
+    constFlatInputs.assign(flatInputs.begin(), flatInputs.end());
+    flatInputsStale = false;
+}
+
+void Operator::Implementation::RebuildDataOutputsIfNeeded() {
+    if (!constOutputsStale) {
+        return;
+    }
+    constOutputs.assign(outputs.begin(), outputs.end());
+    constOutputsStale = false;
+}
+
+bool Operator::Implementation::DetachDataInput(DataInput* input, std::unique_ptr<DataInput>* owned) {
+    const std::size_t slot = IndexIn(inputSlots, DataInputSlot(input));
+    if (slot == ParameterNode::npos) {
+        return false;
+    }
+    if (graph != nullptr) {
+        graph->DisconnectDataInput(*input);
+    }
+    inputSlots.erase(inputSlots.begin() + static_cast<std::ptrdiff_t>(slot));
+    flatInputsStale = true;
+    Access::GetImplementation(*input)->SetOperator(nullptr);
+    ReleaseOwnership(ownedInputs, input, owned);
+    return true;
+}
+
+bool Operator::Implementation::DetachDataOutput(DataOutput* output, std::unique_ptr<DataOutput>* owned) {
+    const std::size_t index = IndexIn(outputs, output);
+    if (index == ParameterNode::npos) {
+        return false;
+    }
+    if (graph != nullptr) {
+        graph->DisconnectDataOutput(*output);
+    }
+    outputs.erase(outputs.begin() + static_cast<std::ptrdiff_t>(index));
+    constOutputsStale = true;
+    Access::GetImplementation(*output)->SetOperator(nullptr);
+    ReleaseOwnership(ownedOutputs, output, owned);
+    return true;
+}
+
+void Operator::Implementation::AddDataInputList(DataInputList& list, std::string_view name) {
+    if (list.GetKey().empty() && Path::IsValidKey(name)) {
+        list.SetKey(name);
+    }
+    SettleChildKey(list, name.empty() ? std::string_view("Inputs") : name);
+    inputSlots.emplace_back(&list);
+    flatInputsStale = true;
+}
+
+void Operator::Implementation::RemoveDataInputList(DataInputList& list) {
+    const std::size_t slot = IndexIn(inputSlots, DataInputSlot(&list));
+    if (slot != ParameterNode::npos) {
+        inputSlots.erase(inputSlots.begin() + static_cast<std::ptrdiff_t>(slot));
+        flatInputsStale = true;
+    }
+}
 
 void Operator::Implementation::UpdateStructureIfDirty() {
     if (updatingStructure || !structureDirty || SuppressUpdateStructure::IsActive()) {
@@ -109,7 +241,9 @@ void Operator::Implementation::SettleChildKey(Object& child, std::string_view ba
 
 Operator::Operator() : implementation(std::make_unique<Implementation>(*this)) {}
 
-Operator::~Operator() = default;
+Operator::~Operator() {
+    implementation->ReleaseOwnedPorts();
+}
 
 const ObjectType* Operator::Type() {
     static const ObjectType type("Vantel.General.Operator", Object::Type(), nullptr);
@@ -191,11 +325,163 @@ const std::vector<const Parameter*>& Operator::GetAllParameters() const {
     return implementation->constFlatParameters;
 }
 
+bool Operator::AddDataInput(DataInput* input) {
+    if (input == nullptr || input->GetOperator() != nullptr) {
+        return false;
+    }
+    SettlePortKey(*implementation, *input, "Input");
+    Access::GetImplementation(*input)->SetOperator(this);
+    implementation->inputSlots.emplace_back(input);
+    implementation->flatInputsStale = true;
+    if (Transaction::IsRecording() && input->IsAddedByUser()) {
+        Transaction::AddRecord(DataPortRecord{input->GetPath(), implementation->inputSlots.size() - 1,
+                                              Serialization::SerializeDataInput(*input), PortDirection::Input,
+                                              Presence::Added});
+    }
+    implementation->dataInputAddedEvent.Fire(input);
+    return true;
+}
+
+bool Operator::AddDataInput(std::unique_ptr<DataInput>&& input) {
+    std::unique_ptr<DataInput> taken = std::move(input);
+    if (!AddDataInput(taken.get())) {
+        return false;
+    }
+    implementation->ownedInputs.push_back(std::move(taken));
+    return true;
+}
+
+bool Operator::RemoveDataInput(DataInput* input) {
+    if (input == nullptr || input->GetOperator() != this || input->GetList() != nullptr) {
+        return false;
+    }
+    std::optional<Record> record;
+    if (Transaction::IsRecording() && input->IsAddedByUser()) {
+        const std::size_t slot = IndexIn(implementation->inputSlots, DataInputSlot(input));
+        record = DataPortRecord{input->GetPath(), slot, Serialization::SerializeDataInput(*input),
+                                PortDirection::Input, Presence::Removed};
+    }
+    std::unique_ptr<DataInput> owned;
+    if (!implementation->DetachDataInput(input, &owned)) {
+        return false;
+    }
+    if (record) {
+        Transaction::AddRecord(std::move(*record));
+    }
+    implementation->dataInputRemovedEvent.Fire(input);
+    return true;  // `owned` destroys an input the operator owned
+}
+
+bool Operator::MoveDataInput(DataInput* input, std::size_t index) {
+    std::vector<DataInputSlot>& slots = implementation->inputSlots;
+    if (input == nullptr || input->IsAddedByUser()) {
+        return false;
+    }
+    const std::size_t current = IndexIn(slots, DataInputSlot(input));
+    if (current == ParameterNode::npos || index >= slots.size() || current == index) {
+        return false;
+    }
+    MoveItem(slots, current, index);
+    implementation->flatInputsStale = true;
+    implementation->dataPortsReorderedEvent.Fire();
+    return true;
+}
+
+bool Operator::AddDataOutput(DataOutput* output) {
+    if (output == nullptr || output->GetOperator() != nullptr) {
+        return false;
+    }
+    SettlePortKey(*implementation, *output, "Output");
+    Access::GetImplementation(*output)->SetOperator(this);
+    implementation->outputs.push_back(output);
+    implementation->constOutputsStale = true;
+    if (Transaction::IsRecording() && output->IsAddedByUser()) {
+        Transaction::AddRecord(DataPortRecord{output->GetPath(), implementation->outputs.size() - 1,
+                                              Serialization::SerializeDataOutput(*output),
+                                              PortDirection::Output, Presence::Added});
+    }
+    implementation->dataOutputAddedEvent.Fire(output);
+    return true;
+}
+
+bool Operator::AddDataOutput(std::unique_ptr<DataOutput>&& output) {
+    std::unique_ptr<DataOutput> taken = std::move(output);
+    if (!AddDataOutput(taken.get())) {
+        return false;
+    }
+    implementation->ownedOutputs.push_back(std::move(taken));
+    return true;
+}
+
+bool Operator::RemoveDataOutput(DataOutput* output) {
+    if (output == nullptr || output->GetOperator() != this) {
+        return false;
+    }
+    std::optional<Record> record;
+    if (Transaction::IsRecording() && output->IsAddedByUser()) {
+        record = DataPortRecord{output->GetPath(), IndexIn(implementation->outputs, output),
+                                Serialization::SerializeDataOutput(*output), PortDirection::Output,
+                                Presence::Removed};
+    }
+    std::unique_ptr<DataOutput> owned;
+    if (!implementation->DetachDataOutput(output, &owned)) {
+        return false;
+    }
+    if (record) {
+        Transaction::AddRecord(std::move(*record));
+    }
+    implementation->dataOutputRemovedEvent.Fire(output);
+    return true;
+}
+
+bool Operator::MoveDataOutput(DataOutput* output, std::size_t index) {
+    std::vector<DataOutput*>& outputs = implementation->outputs;
+    if (output == nullptr || output->IsAddedByUser()) {
+        return false;
+    }
+    const std::size_t current = IndexIn(outputs, output);
+    if (current == ParameterNode::npos || index >= outputs.size() || current == index) {
+        return false;
+    }
+    MoveItem(outputs, current, index);
+    implementation->constOutputsStale = true;
+    implementation->dataPortsReorderedEvent.Fire();
+    return true;
+}
+
+const std::vector<DataInputSlot>& Operator::GetAllDataInputSlots() const {
+    return implementation->inputSlots;
+}
+
+const std::vector<DataInput*>& Operator::GetAllDataInputs() {
+    implementation->RebuildDataInputsIfNeeded();
+    return implementation->flatInputs;
+}
+
+const std::vector<const DataInput*>& Operator::GetAllDataInputs() const {
+    implementation->RebuildDataInputsIfNeeded();
+    return implementation->constFlatInputs;
+}
+
+const std::vector<DataOutput*>& Operator::GetAllDataOutputs() {
+    return implementation->outputs;
+}
+
+const std::vector<const DataOutput*>& Operator::GetAllDataOutputs() const {
+    implementation->RebuildDataOutputsIfNeeded();
+    return implementation->constOutputs;
+}
+
 void Operator::Execute(ExecutionContext&) {}
 
 bool Operator::Outdated() const {
     if (implementation->dirty) {
         return true;
+    }
+    for (const DataInput* input : GetAllDataInputs()) {
+        if (input->HasDataChanged()) {
+            return true;
+        }
     }
     for (const Parameter* parameter : GetAllParameters()) {
         if (parameter->HasValueChanged() && parameter->HasParameterFlag(ParameterFlag::MarksOutdated)) {
@@ -211,6 +497,26 @@ void Operator::MarkDirty() {
 
 bool Operator::IsStructureDirty() const {
     return implementation->structureDirty;
+}
+
+Event<DataInput*>& Operator::DataInputAddedEvent() {
+    return implementation->dataInputAddedEvent;
+}
+
+Event<DataInput*>& Operator::DataInputRemovedEvent() {
+    return implementation->dataInputRemovedEvent;
+}
+
+Event<DataOutput*>& Operator::DataOutputAddedEvent() {
+    return implementation->dataOutputAddedEvent;
+}
+
+Event<DataOutput*>& Operator::DataOutputRemovedEvent() {
+    return implementation->dataOutputRemovedEvent;
+}
+
+Event<>& Operator::DataPortsReorderedEvent() {
+    return implementation->dataPortsReorderedEvent;
 }
 
 Event<ParameterNode*>& Operator::ParameterNodeAddedEvent() {
@@ -234,6 +540,19 @@ Object* Operator::GetParentObjectImplementation() {
 }
 
 Object* Operator::FindChildImplementation(std::string_view key) {
+    for (const DataInputSlot& slot : implementation->inputSlots) {
+        Object* object = std::holds_alternative<DataInput*>(slot)
+                             ? static_cast<Object*>(std::get<DataInput*>(slot))
+                             : std::get<DataInputList*>(slot);
+        if (object->GetKey() == key) {
+            return object;
+        }
+    }
+    for (DataOutput* output : implementation->outputs) {
+        if (output->GetKey() == key) {
+            return output;
+        }
+    }
     return implementation->parameterGroup.Find(key);
 }
 

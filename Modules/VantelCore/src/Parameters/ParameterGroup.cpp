@@ -7,6 +7,7 @@
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
@@ -28,15 +29,26 @@ const std::string& EmptyLabel() {
     return empty;
 }
 
-// The key a node asks for when it has none: its name, or a word for what it is.
-std::string WantedKey(const ParameterNode& node) {
+std::string NameOf(const ParameterNode& node) {
     if (const auto* parameter = dynamic_cast<const Parameter*>(&node)) {
-        return parameter->GetName().empty() ? "Parameter" : parameter->GetName();
+        return parameter->GetName();
     }
     if (const auto* bundle = dynamic_cast<const ParameterBundle*>(&node)) {
-        return bundle->GetName().empty() ? "Bundle" : bundle->GetName();
+        return bundle->GetName();
     }
-    return "Node";
+    return "";
+}
+
+// The base of the key made for a node without one: its name, or a word for what it is.
+std::string KeyBase(const ParameterNode& node) {
+    const std::string name = NameOf(node);
+    if (!name.empty()) {
+        return name;
+    }
+    if (dynamic_cast<const Parameter*>(&node) != nullptr) {
+        return "Parameter";
+    }
+    return dynamic_cast<const ParameterBundle*>(&node) != nullptr ? "Bundle" : "Node";
 }
 
 // Bundles and user-added parameters are what a user creates and removes, so only they are recorded.
@@ -46,6 +58,18 @@ bool IsRecordedNode(const ParameterNode& node) {
     }
     const auto* parameter = dynamic_cast<const Parameter*>(&node);
     return parameter != nullptr && parameter->IsAddedByUser();
+}
+
+void CollectSubtreeParameters(ParameterNode& node, std::vector<Parameter*>& parameters) {
+    if (auto* parameter = dynamic_cast<Parameter*>(&node)) {
+        parameters.push_back(parameter);
+        return;
+    }
+    if (auto* group = dynamic_cast<ParameterGroup*>(&node)) {
+        for (ParameterNode* child : group->GetChildren()) {
+            CollectSubtreeParameters(*child, parameters);
+        }
+    }
 }
 
 }  // namespace
@@ -139,9 +163,10 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
         return false;
     }
 
-    const std::string wanted = WantedKey(*node);
-    if (node->GetKey().empty() && Path::IsValidKey(wanted)) {
-        node->SetKey(wanted);
+    // A declared parameter is keyed by its name, so that saved values find it again when it is re-created.
+    const std::string wanted = KeyBase(*node);
+    if (node->GetKey().empty() && Path::IsValidKey(NameOf(*node))) {
+        node->SetKey(NameOf(*node));
     }
     if (implementation->owningOperator != nullptr) {
         Access::GetImplementation(*implementation->owningOperator)->SettleChildKey(*node, wanted);
@@ -176,6 +201,14 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
 bool ParameterGroup::Remove(ParameterNode* node) {
     if (node == nullptr || node->GetParent() != this) {
         return false;
+    }
+    Operator* op = GetOperator();
+    if (Graph* graph = op != nullptr ? op->GetGraph() : nullptr) {
+        std::vector<Parameter*> parameters;
+        CollectSubtreeParameters(*node, parameters);
+        for (Parameter* parameter : parameters) {
+            graph->DisconnectParameter(*parameter);
+        }
     }
     std::unique_ptr<ParameterNode> owned = Detach(node);
     return true;  // `owned` dies here, destroying a node the group owned

@@ -1,4 +1,4 @@
-#include "Support/Resources.h"
+#include <Vantel/Support/Resources.h>
 
 #include "Support/ResourceTable.h"
 
@@ -11,6 +11,17 @@ std::optional<std::string_view> Find(std::string_view path) {
         }
     }
     return std::nullopt;
+}
+
+std::vector<std::string_view> List(std::string_view prefix) {
+    // The build writes the table sorted by path, so the result needs no sorting of its own.
+    std::vector<std::string_view> paths;
+    for (const Detail::Entry* entry = Detail::GetEntries(); entry->path != nullptr; ++entry) {
+        if (std::string_view(entry->path).starts_with(prefix)) {
+            paths.emplace_back(entry->path);
+        }
+    }
+    return paths;
 }
 
 }  // namespace Vantel::Resources

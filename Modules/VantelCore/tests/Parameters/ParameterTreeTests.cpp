@@ -45,7 +45,8 @@ TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
     EXPECT_TRUE(group.Add(&a));
     EXPECT_TRUE(group.Add(&b));
     EXPECT_TRUE(group.Insert(&unnamed, 0));
-    EXPECT_EQ(Keys(group), (std::vector<std::string>{"Parameter", "Gain", "Gain_"}));
+    EXPECT_EQ(unnamed.GetKey().rfind("Parameter [", 0), 0u);
+    EXPECT_EQ(Keys(group), (std::vector<std::string>{unnamed.GetKey(), "Gain", "Gain_"}));
     EXPECT_EQ(
         log.Text(),
         "[Error] The key 'Gain' is already taken in parameter group 'Settings'. Keys must be unique among "
@@ -55,7 +56,7 @@ TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
 
     // Inserting a child again moves it, clamped to the last position.
     EXPECT_TRUE(group.Insert(&unnamed, ParameterNode::npos));
-    EXPECT_EQ(Keys(group), (std::vector<std::string>{"Gain", "Gain_", "Parameter"}));
+    EXPECT_EQ(Keys(group), (std::vector<std::string>{"Gain", "Gain_", unnamed.GetKey()}));
     EXPECT_FALSE(group.Move(&unnamed, 2));
     EXPECT_FALSE(group.Move(&unnamed, 3));
     EXPECT_EQ(unnamed.GetIndex(), 2u);

@@ -6,7 +6,12 @@
 
 #include <memory>
 
+#include <Vantel/Execution/ExecutionContext.h>
 #include <Vantel/Export.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/Parameter.h>
 
@@ -20,11 +25,28 @@ class VANTEL_API Access {
 public:
     Access() = delete;
 
+    static std::unique_ptr<Graph::Implementation>& GetImplementation(Graph& graph) {
+        return graph.implementation;
+    }
     static std::unique_ptr<Operator::Implementation>& GetImplementation(Operator& op) {
         return op.implementation;
     }
     static std::unique_ptr<Parameter::Implementation>& GetImplementation(Parameter& parameter) {
         return parameter.implementation;
+    }
+    static std::unique_ptr<DataInput::Implementation>& GetImplementation(DataInput& input) {
+        return input.implementation;
+    }
+    static std::unique_ptr<DataOutput::Implementation>& GetImplementation(DataOutput& output) {
+        return output.implementation;
+    }
+    static std::unique_ptr<DataInputList::Implementation>& GetImplementation(DataInputList& list) {
+        return list.implementation;
+    }
+    // Execution contexts are made only here (and so by the runner), never by operators.
+    static std::unique_ptr<ExecutionContext> CreateExecutionContext(double time, double deltaTime,
+                                                                    unsigned long long frameNumber) {
+        return std::unique_ptr<ExecutionContext>(new ExecutionContext(time, deltaTime, frameNumber));
     }
 };
 

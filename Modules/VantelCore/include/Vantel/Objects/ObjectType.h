@@ -25,11 +25,20 @@ public:
     using Factory = std::function<std::unique_ptr<Object>()>;
 
     ObjectType(std::string_view name, const ObjectType* baseType, Factory factory);
+    // For types whose display name cannot be derived from the type name ("Vantel.PtrParameter" is shown as
+    // "Reference"). An empty `displayName` means none was given.
+    ObjectType(std::string_view name, const ObjectType* baseType, Factory factory,
+               std::string_view displayName);
     virtual ~ObjectType();
     ObjectType(const ObjectType&) = delete;
     ObjectType& operator=(const ObjectType&) = delete;
 
     const std::string& GetName() const;
+    // The name shown to users and used for the type's documentation file. Unless one was given, it is made
+    // from the last dotted part of the type name, less a trailing "Operator" or "Parameter" when more
+    // remains, with blanks at the word boundaries: "Vantel.General.GraphInputsOperator" -> "Graph Inputs",
+    // "Vantel.Vector3IntParameter" -> "Vector 3 Int", "Vantel.Transform3DParameter" -> "Transform 3D".
+    const std::string& GetDisplayName() const;
     // Null for a root type.
     const ObjectType* GetBaseType() const;
 

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include <glm/vec2.hpp>
@@ -21,19 +22,26 @@
 
 namespace Vantel {
 
+class DataInput;
+class DataInputList;
+class DataOutput;
 class ExecutionContext;
 class Graph;
 class Parameter;
 class ParameterNode;
 class ParameterRootGroup;
 
+// One input slot of an operator: a plain input or a data input list.
+using DataInputSlot = std::variant<DataInput*, DataInputList*>;
+
 // Operator
 //
-// Owns its parameter tree (a root group), has a display name and a canvas position, and runs when something
-// it depends on changed. Operator types derive from it, declare their parameters as members constructed with
-// ParameterScope(this), override Execute to do their work and UpdateStructure to add or remove parameters in
-// answer to their structural parameters. A graph owns its operators; the operator's object parent is its
-// graph. Main thread only.
+// Owns its parameter tree (a root group), lists its data inputs (plain inputs and data input lists) and data
+// outputs, has a display name and a canvas position, and runs when something it depends on changed. Operator
+// types derive from it, declare their parameters and ports as members constructed with `this`, override
+// Execute to do their work and UpdateStructure to add or remove ports and parameters in answer to their
+// structural parameters. A graph owns its operators; the operator's object parent is its graph. Children
+// (ports, lists, parameter nodes of the root group) have keys unique among all of them. Main thread only.
 class VANTEL_API Operator : public Object {
 public:
     class Implementation;
@@ -69,14 +77,41 @@ public:
     const std::vector<Parameter*>& GetAllParameters();
     const std::vector<const Parameter*>& GetAllParameters() const;
 
+    // False for null or an input that already has an operator. The key is the input's name (or one made from
+    // "Input"), settled among the operator's children. The owning form keeps the input; a refused one dies.
+    bool AddDataInput(DataInput* input);
+    bool AddDataInput(std::unique_ptr<DataInput>&& input);
+    // False for null, an input of another operator, or an input of a data input list (those go through their
+    // list). Disconnects the input and destroys it when the operator owned it.
+    bool RemoveDataInput(DataInput* input);
+    // Reorders declared inputs only: false for a user-added input, an index not below the slot count, or the
+    // current slot. Not recorded.
+    bool MoveDataInput(DataInput* input, std::size_t index);
+    bool AddDataOutput(DataOutput* output);
+    bool AddDataOutput(std::unique_ptr<DataOutput>&& output);
+    bool RemoveDataOutput(DataOutput* output);
+    bool MoveDataOutput(DataOutput* output, std::size_t index);
+
+    const std::vector<DataInputSlot>& GetAllDataInputSlots() const;
+    // Plain inputs and every input of every list, in slot order.
+    const std::vector<DataInput*>& GetAllDataInputs();
+    const std::vector<const DataInput*>& GetAllDataInputs() const;
+    const std::vector<DataOutput*>& GetAllDataOutputs();
+    const std::vector<const DataOutput*>& GetAllDataOutputs() const;
+
     // Does nothing here; operator types do their work in it.
     virtual void Execute(ExecutionContext& context);
-    // True when marked dirty, or a parameter with MarksOutdated changed.
+    // True when marked dirty, an input received new data, or a parameter with MarksOutdated changed.
     virtual bool Outdated() const;
     // Makes the operator run in the next frame.
     void MarkDirty();
     bool IsStructureDirty() const;
 
+    Event<DataInput*>& DataInputAddedEvent();
+    Event<DataInput*>& DataInputRemovedEvent();
+    Event<DataOutput*>& DataOutputAddedEvent();
+    Event<DataOutput*>& DataOutputRemovedEvent();
+    Event<>& DataPortsReorderedEvent();
     Event<ParameterNode*>& ParameterNodeAddedEvent();
     Event<ParameterNode*>& ParameterNodeRemovedEvent();
     Event<>& ParameterTreeChangedEvent();
@@ -84,7 +119,8 @@ public:
 
 protected:
     Object* GetParentObjectImplementation() override;
-    // A parameter node of the root group whose key is `key`.
+    // A plain data input, data input list, data output or parameter node of the root group whose key is
+    // `key`.
     Object* FindChildImplementation(std::string_view key) override;
     // Adds or removes ports and parameters according to the structural parameters; does nothing here.
     virtual void UpdateStructure();

@@ -5,6 +5,7 @@
 //   impl.UpdateStructureIfDirty();
 #pragma once
 
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -45,6 +46,19 @@ public:
     // else extended with "_" (with the key-collision error).
     void SettleChildKey(Object& child, std::string_view base);
 
+    void RebuildDataInputsIfNeeded();
+    void RebuildDataOutputsIfNeeded();
+    // Set when a list's inputs changed: the flat input list is rebuilt on its next use.
+    void MarkDataInputsChanged() { flatInputsStale = true; }
+    // Takes the input out of its slot, disconnected, and clears its operator; when the operator owned it, the
+    // ownership goes to `owned` (or the input is destroyed when `owned` is null). False when no slot holds
+    // it.
+    bool DetachDataInput(DataInput* input, std::unique_ptr<DataInput>* owned = nullptr);
+    bool DetachDataOutput(DataOutput* output, std::unique_ptr<DataOutput>* owned = nullptr);
+    // Called by a data input list as it is built and destroyed.
+    void AddDataInputList(DataInputList& list, std::string_view name);
+    void RemoveDataInputList(DataInputList& list);
+
     // Set by the graph that takes the operator in (null when it lets it go).
     void SetGraph(Graph* graph) { this->graph = graph; }
     // Cleared by the runner after each frame.
@@ -52,14 +66,29 @@ public:
 
 private:
     friend class Operator;
+    void ReleaseOwnedPorts();
 
     Operator& owner;
     std::string name;
     glm::vec2 position{0.0f, 0.0f};
     ParameterRootGroup parameterGroup;
+    std::vector<DataInputSlot> inputSlots;
+    std::vector<std::unique_ptr<DataInput>> ownedInputs;
+    std::vector<std::unique_ptr<DataOutput>> ownedOutputs;
+    std::vector<DataInput*> flatInputs;
+    std::vector<const DataInput*> constFlatInputs;
+    bool flatInputsStale = true;
+    std::vector<DataOutput*> outputs;
+    std::vector<const DataOutput*> constOutputs;
+    bool constOutputsStale = true;
     std::vector<Parameter*> flatParameters;
     std::vector<const Parameter*> constFlatParameters;
     bool flatParametersStale = true;
+    Event<DataInput*> dataInputAddedEvent;
+    Event<DataInput*> dataInputRemovedEvent;
+    Event<DataOutput*> dataOutputAddedEvent;
+    Event<DataOutput*> dataOutputRemovedEvent;
+    Event<> dataPortsReorderedEvent;
     Event<ParameterNode*> parameterNodeAddedEvent;
     Event<ParameterNode*> parameterNodeRemovedEvent;
     Event<> parameterTreeChangedEvent;

@@ -4,12 +4,18 @@
 //   nlohmann::json own = Serialization::SerializeOwnStructure(op);       // the parameters a user added
 #pragma once
 
+#include <vector>
+
 #include <nlohmann/json.hpp>
 
 #include <Vantel/Export.h>
+#include <Vantel/Operators/DataConnection.h>
+#include <Vantel/Operators/Graph.h>
 
 namespace Vantel {
 
+class DataInput;
+class DataOutput;
 class Operator;
 class Parameter;
 class ParameterGroup;
@@ -28,6 +34,20 @@ VANTEL_API nlohmann::json SerializeParameterNode(const ParameterNode& node);
 VANTEL_API nlohmann::json SerializeParameterScope(const ParameterGroup& group);
 // The array of SerializeParameterNode of the root group's children that a user added.
 VANTEL_API nlohmann::json SerializeOwnStructure(const Operator& op);
+
+// "type", "key", "name", "position", "dataInputs" (user-added inputs, and lists that hold inputs),
+// "dataOutputs" (user-added outputs), "parameters"; for a graph also "operators" and, when there are any,
+// "dataConnections" and "parameterConnections".
+VANTEL_API nlohmann::json SerializeOperator(const Operator& op);
+// Pairs of endpoint paths relative to the graph of the input's operator, sorted so that the order in which
+// connections were made does not show: [{"output": "...", "input": "..."}].
+VANTEL_API nlohmann::json SerializeDataConnections(const std::vector<DataConnection>& connections);
+// As data connections, with "links": [[source component, target component], ...].
+VANTEL_API nlohmann::json SerializeParameterConnections(const ParameterConnectionMap& connections);
+
+// "key" when not empty; for a port the user added also "type" (the port's type name) and "name".
+VANTEL_API nlohmann::json SerializeDataInput(const DataInput& input);
+VANTEL_API nlohmann::json SerializeDataOutput(const DataOutput& output);
 
 }  // namespace Serialization
 }  // namespace Vantel

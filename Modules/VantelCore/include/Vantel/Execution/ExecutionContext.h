@@ -1,0 +1,39 @@
+// ExecutionContext.h: the time, frame duration and frame number that operators see while a frame runs.
+//
+//   void Execute(ExecutionContext& context) override {
+//       phase += frequency.Value() * context.GetDeltaTime();
+//   }
+#pragma once
+
+#include <memory>
+
+#include <Vantel/Export.h>
+
+namespace Vantel {
+
+// ExecutionContext
+//
+// Made by the runner for each frame (through Access::CreateExecutionContext) and handed to every operator
+// that runs in it. Read-only for operators.
+class VANTEL_API ExecutionContext {
+public:
+    ~ExecutionContext();
+    ExecutionContext(const ExecutionContext&) = delete;
+    ExecutionContext& operator=(const ExecutionContext&) = delete;
+
+    // Seconds since the first frame: the sum of the durations of the frames before this one.
+    double GetTime() const;
+    // Seconds, the duration of this frame.
+    double GetDeltaTime() const;
+    // 0 for the first frame.
+    unsigned long long GetFrameNumber() const;
+
+private:
+    friend class Access;
+    ExecutionContext(double time, double deltaTime, unsigned long long frameNumber);
+
+    class Implementation;
+    std::unique_ptr<Implementation> implementation;
+};
+
+}  // namespace Vantel

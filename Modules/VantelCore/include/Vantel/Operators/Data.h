@@ -1,0 +1,35 @@
+// Data.h: the base of every value that flows between operators through data ports.
+//
+//   class ImageData : public Data { public: Image image; };
+//   output.Activate(std::make_shared<ImageData>(...));   // a new value, a new serial
+#pragma once
+
+#include <cstdint>
+
+#include <Vantel/Export.h>
+#include <Vantel/Objects/Object.h>
+
+namespace Vantel {
+
+// Data
+//
+// A value shared by pointer between the output that wrote it and every input that received it; nothing is
+// copied. Its serial, taken from one process-wide counter at construction, tells ports whether a value is
+// new: contents are never compared. The first Data ever made has serial 1; 0 means "no data". Construction is
+// thread-safe (values are often built by background tasks); everything else belongs to the model's thread.
+class VANTEL_API Data : public Object {
+public:
+    Data();
+    ~Data() override;
+
+    static const ObjectType* Type();
+    const ObjectType* GetType() const override;
+
+    std::uint64_t GetSerial() const { return serial; }
+
+private:
+    // Fixed at construction, so it stands inline rather than behind a private block.
+    const std::uint64_t serial;
+};
+
+}  // namespace Vantel

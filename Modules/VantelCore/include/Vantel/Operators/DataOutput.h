@@ -1,0 +1,76 @@
+// DataOutput.h: where an operator publishes the data it produced.
+//
+//   class Blur : public Operator {
+//       DataOutput result{this, "Result"};
+//       void Execute(ExecutionContext&) override { result.Activate(std::make_shared<ImageData>(...)); }
+//   };
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <Vantel/Export.h>
+#include <Vantel/Objects/Event.h>
+#include <Vantel/Objects/Object.h>
+#include <Vantel/Operators/DataConnection.h>
+#include <Vantel/Parameters/Color.h>
+
+namespace Vantel {
+
+class Data;
+class Operator;
+
+// DataOutput
+//
+// Holds the value last written and whether it changed in this frame; the graph hands a changed value to every
+// connected input. Writing twice in one frame is allowed (the last write wins) and warned about. Plug-in data
+// types derive typed outputs and may override Activate and Clear. Destroying it removes it from its operator,
+// which disconnects it. Main thread only.
+class VANTEL_API DataOutput : public Object {
+public:
+    class Implementation;
+
+    DataOutput();
+    // Registers the output with `op` (without handing over ownership) when `op` is not null.
+    DataOutput(Operator* op, std::string_view name);
+    ~DataOutput() override;
+
+    static const ObjectType* Type();
+    const ObjectType* GetType() const override;
+
+    const std::string& GetName() const;
+    // Recorded while a transaction records and the operator is in a graph.
+    void SetName(std::string_view name);
+    Operator* GetOperator();
+    const Operator* GetOperator() const;
+    Color GetUIColor() const;
+    void SetUIColor(Color color);
+
+    bool HasData() const;
+    bool HasDataChanged() const;
+    const std::shared_ptr<Data>& GetData() const;
+    // 0 when there is no data.
+    std::uint64_t GetDataSerial() const;
+    bool IsAddedByUser() const;
+    bool HasConnections() const;
+    const std::vector<DataConnection>& GetConnections() const;
+
+    // Writes a value. A different value while this frame's change is still marked logs "DataOutput '<path>'
+    // is written more than once per frame, whichever write happens last wins."
+    virtual void Activate(const std::shared_ptr<Data>& data);
+    // Writes nothing, which is a write like any other.
+    virtual void Clear();
+    Event<>& ActivatedEvent();
+
+protected:
+    Object* GetParentObjectImplementation() override;
+
+private:
+    friend class Access;
+    std::unique_ptr<Implementation> implementation;
+};
+
+}  // namespace Vantel

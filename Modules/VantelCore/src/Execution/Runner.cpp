@@ -1,0 +1,108 @@
+#include <Vantel/Execution/Runner.h>
+
+#include <chrono>
+#include <cstdint>
+
+#include <Vantel/Execution/Clock.h>
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Operators/DataPortImplementation.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Projects/SuppressUpdateStructure.h>
+#include <Vantel/Projects/Transaction.h>
+
+namespace Vantel {
+namespace {
+
+void ClearChangeMarks(Operator& op) {
+    Access::GetImplementation(op)->ClearDirty();
+    for (DataInput* input : op.GetAllDataInputs()) {
+        Access::GetImplementation(*input)->ClearChanged();
+    }
+    for (DataOutput* output : op.GetAllDataOutputs()) {
+        Access::GetImplementation(*output)->ClearChanged();
+    }
+    for (Parameter* parameter : op.GetAllParameters()) {
+        Access::GetImplementation(*parameter)->ClearValueChanged();
+    }
+    if (auto* graph = dynamic_cast<Graph*>(&op)) {
+        for (Operator* child : graph->GetOperators()) {
+            ClearChangeMarks(*child);
+        }
+    }
+}
+
+std::int64_t NowInNanoseconds() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+}  // namespace
+
+Clock::~Clock() = default;
+
+class Runner::Implementation {
+public:
+    std::unique_ptr<Clock> clock;
+    Graph* graph = nullptr;
+    unsigned long long frameNumber = 0;
+    double time = 0.0;
+    double deltaTime = 0.0;
+    std::int64_t lastTick = 0;
+    bool started = false;
+};
+
+Runner::Runner(std::unique_ptr<Clock> clock) : implementation(std::make_unique<Implementation>()) {
+    implementation->clock = std::move(clock);
+}
+
+Runner::~Runner() = default;
+
+void Runner::SetGraph(Graph* graph) {
+    implementation->graph = graph;
+}
+
+Graph* Runner::GetGraph() const {
+    return implementation->graph;
+}
+
+void Runner::WaitForTick() {
+    const std::int64_t now = NowInNanoseconds();
+    if (implementation->started) {
+        implementation->deltaTime = static_cast<double>(now - implementation->lastTick) / 1e9;
+    } else {
+        implementation->deltaTime =
+            implementation->clock != nullptr ? implementation->clock->GetFirstFrameDuration() : 0.0;
+        implementation->started = true;
+    }
+    implementation->lastTick = now;
+}
+
+void Runner::Execute() {
+    if (Graph* graph = implementation->graph) {
+        const std::unique_ptr<ExecutionContext> context = Access::CreateExecutionContext(
+            implementation->time, implementation->deltaTime, implementation->frameNumber);
+        Transaction::SuppressRecording suppressRecording;
+        SuppressUpdateStructure suppressStructure;
+        graph->Execute(*context);
+        ClearChangeMarks(*graph);
+    }
+    implementation->frameNumber += 1;
+    implementation->time += implementation->deltaTime;
+}
+
+double Runner::GetTime() const {
+    return implementation->time;
+}
+
+double Runner::GetDeltaTime() const {
+    return implementation->deltaTime;
+}
+
+unsigned long long Runner::GetFrameNumber() const {
+    return implementation->frameNumber;
+}
+
+}  // namespace Vantel

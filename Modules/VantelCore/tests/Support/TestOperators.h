@@ -1,0 +1,74 @@
+// TestOperators.h: small operator types for tests of graphs, runners and projects.
+#pragma once
+
+#include <memory>
+#include <string_view>
+
+#include <Vantel/Execution/ExecutionContext.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/Data.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Operator.h>
+
+#include "Support/TestParameters.h"
+
+namespace Vantel::Testing {
+
+// A number flowing through data ports.
+class NumberData : public Data {
+public:
+    explicit NumberData(double value) : value(value) {}
+    const double value;
+};
+
+// The value carried by an input, 0 without data.
+inline double NumberOf(const DataInput& input) {
+    const auto* data = dynamic_cast<const NumberData*>(input.GetData().get());
+    return data != nullptr ? data->value : 0.0;
+}
+
+// Publishes its "Value" parameter on "Out" each time it runs.
+class SourceOperator : public Operator {
+public:
+    NumberParameter value{this, "Value", 0.0};
+    DataOutput out{this, "Out"};
+    int runs = 0;
+
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.Source", Operator::Type(), MakeFactory<SourceOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+    void Execute(ExecutionContext&) override {
+        ++runs;
+        out.Activate(std::make_shared<NumberData>(value.Value()));
+    }
+};
+
+// Out = In + Offset; "Result" (an output parameter) mirrors Out, so parameter connections can leave it.
+class AddOperator : public Operator {
+public:
+    DataInput in{this, "In"};
+    NumberParameter offset{this, "Offset", 0.0};
+    NumberParameter result{this, "Result", 0.0};
+    DataOutput out{this, "Out"};
+    int runs = 0;
+    double lastFrameTime = -1.0;
+
+    AddOperator() { result.SetParameterFlag(ParameterFlag::Output, true); }
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.Add", Operator::Type(), MakeFactory<AddOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+    void Execute(ExecutionContext& context) override {
+        ++runs;
+        lastFrameTime = context.GetTime();
+        const double sum = NumberOf(in) + offset.Value();
+        result.SetValue(sum);
+        out.Activate(std::make_shared<NumberData>(sum));
+    }
+};
+
+}  // namespace Vantel::Testing
