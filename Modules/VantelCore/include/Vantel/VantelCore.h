@@ -6,6 +6,11 @@
 
 #include <Vantel/Export.h>
 
+#include <Vantel/Documentation/TypeDocumentation.h>
+
+#include <Vantel/Execution/Clock.h>
+#include <Vantel/Execution/ExecutionContext.h>
+#include <Vantel/Execution/Runner.h>
 #include <Vantel/Execution/Tasks.h>
 
 #include <Vantel/Objects/Access.h>
@@ -16,13 +21,31 @@
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/Ptr.h>
+#include <Vantel/Objects/TypeLibrary.h>
 
 #include <Vantel/Operators/ComponentLink.h>
+#include <Vantel/Operators/Data.h>
+#include <Vantel/Operators/DataConnection.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataInputListImplementation.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPortImplementation.h>
+#include <Vantel/Operators/DataTypeInfo.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/GraphImplementation.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Operators/OperatorInfo.h>
 #include <Vantel/Operators/ParameterConnection.h>
 
+#include <Vantel/Parameters/BoolParameter.h>
+#include <Vantel/Parameters/Color.h>
+#include <Vantel/Parameters/ColorParameter.h>
+#include <Vantel/Parameters/DataParameter.h>
+#include <Vantel/Parameters/EnumParameter.h>
+#include <Vantel/Parameters/FloatParameter.h>
+#include <Vantel/Parameters/IntParameter.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
@@ -30,9 +53,15 @@
 #include <Vantel/Parameters/ParameterFlag.h>
 #include <Vantel/Parameters/ParameterGroup.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterInfo.h>
 #include <Vantel/Parameters/ParameterNode.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
 #include <Vantel/Parameters/ParameterScope.h>
+#include <Vantel/Parameters/StringParameter.h>
+#include <Vantel/Parameters/Transform3DParameter.h>
+#include <Vantel/Parameters/TriggerParameter.h>
+#include <Vantel/Parameters/VectorIntParameter.h>
+#include <Vantel/Parameters/VectorParameter.h>
 
 #include <Vantel/Projects/BuildInfo.h>
 #include <Vantel/Projects/Record.h>
@@ -43,4 +72,5 @@
 
 #include <Vantel/Support/Image.h>
 #include <Vantel/Support/Logging.h>
+#include <Vantel/Support/Resources.h>
 #include <Vantel/Support/StatusEvent.h>

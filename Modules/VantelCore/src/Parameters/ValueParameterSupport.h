@@ -20,7 +20,8 @@
 
 namespace Vantel::ValueParameterSupport {
 
-// The previous value a setter hands to MarkChanged; serialising it costs, so only while a transaction records.
+// The previous value a setter hands to MarkChanged; serialising it costs, so only while a transaction
+// records.
 inline nlohmann::json PreviousValue(const Parameter& parameter) {
     return Transaction::IsRecording() ? parameter.SerializeValue() : nlohmann::json();
 }
@@ -45,8 +46,8 @@ inline std::int64_t RoundToInt64(double value) {
 }
 
 inline int ClampToInt32(std::int64_t value) {
-    return static_cast<int>(std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(),
-                                                     std::numeric_limits<int>::max()));
+    return static_cast<int>(
+        std::clamp<std::int64_t>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 inline int RoundToInt32(double value) {
