@@ -19,6 +19,7 @@
 #include <Vantel/Objects/KeySettling.h>
 #include <Vantel/Objects/Object.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/Plugin.h>
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/Ptr.h>
 #include <Vantel/Objects/TypeLibrary.h>
@@ -34,6 +35,8 @@
 #include <Vantel/Operators/DataTypeInfo.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphImplementation.h>
+#include <Vantel/Operators/GraphInputsOperator.h>
+#include <Vantel/Operators/GraphOutputsOperator.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Operators/OperatorInfo.h>
@@ -46,6 +49,7 @@
 #include <Vantel/Parameters/EnumParameter.h>
 #include <Vantel/Parameters/FloatParameter.h>
 #include <Vantel/Parameters/IntParameter.h>
+#include <Vantel/Parameters/ObjectFilter.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
@@ -57,6 +61,8 @@
 #include <Vantel/Parameters/ParameterNode.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
 #include <Vantel/Parameters/ParameterScope.h>
+#include <Vantel/Parameters/PtrListParameter.h>
+#include <Vantel/Parameters/PtrParameter.h>
 #include <Vantel/Parameters/StringParameter.h>
 #include <Vantel/Parameters/Transform3DParameter.h>
 #include <Vantel/Parameters/TriggerParameter.h>
@@ -70,6 +76,7 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Projects/Version.h>
 
+#include <Vantel/Support/FileImportRegistry.h>
 #include <Vantel/Support/Image.h>
 #include <Vantel/Support/Logging.h>
 #include <Vantel/Support/Resources.h>

@@ -11,6 +11,10 @@ public:
 
 ExecutionContext::ExecutionContext(double time, double deltaTime, unsigned long long frameNumber)
     : implementation(std::make_unique<Implementation>()) {
+    Update(time, deltaTime, frameNumber);
+}
+
+void ExecutionContext::Update(double time, double deltaTime, unsigned long long frameNumber) {
     implementation->time = time;
     implementation->deltaTime = deltaTime;
     implementation->frameNumber = frameNumber;

@@ -16,17 +16,21 @@ namespace Vantel {
 namespace {
 
 void ClearChangeMarks(Operator& op) {
-    Access::GetImplementation(op)->ClearDirty();
-    for (DataInput* input : op.GetAllDataInputs()) {
-        Access::GetImplementation(*input)->ClearChanged();
+    Operator::Implementation& opImplementation = *Access::GetImplementation(op);
+    opImplementation.ClearDirty();
+    if (opImplementation.MayHaveMarkedMembers()) {
+        for (DataInput* input : op.GetAllDataInputs()) {
+            Access::GetImplementation(*input)->ClearChanged();
+        }
+        for (DataOutput* output : op.GetAllDataOutputs()) {
+            Access::GetImplementation(*output)->ClearChanged();
+        }
+        for (Parameter* parameter : op.GetAllParameters()) {
+            Access::GetImplementation(*parameter)->ClearValueChanged();
+        }
+        opImplementation.ForgetMarkedMembers();
     }
-    for (DataOutput* output : op.GetAllDataOutputs()) {
-        Access::GetImplementation(*output)->ClearChanged();
-    }
-    for (Parameter* parameter : op.GetAllParameters()) {
-        Access::GetImplementation(*parameter)->ClearValueChanged();
-    }
-    if (auto* graph = dynamic_cast<Graph*>(&op)) {
+    if (Graph* graph = opImplementation.AsGraph()) {
         for (Operator* child : graph->GetOperators()) {
             ClearChangeMarks(*child);
         }
@@ -52,6 +56,8 @@ public:
     double deltaTime = 0.0;
     std::int64_t lastTick = 0;
     bool started = false;
+    // One context for every frame, updated before each: a frame allocates nothing of its own.
+    std::unique_ptr<ExecutionContext> context = Access::CreateExecutionContext(0.0, 0.0, 0);
 };
 
 Runner::Runner(std::unique_ptr<Clock> clock) : implementation(std::make_unique<Implementation>()) {
@@ -82,11 +88,12 @@ void Runner::WaitForTick() {
 
 void Runner::Execute() {
     if (Graph* graph = implementation->graph) {
-        const std::unique_ptr<ExecutionContext> context = Access::CreateExecutionContext(
-            implementation->time, implementation->deltaTime, implementation->frameNumber);
+        ExecutionContext& context = *implementation->context;
+        Access::UpdateExecutionContext(context, implementation->time, implementation->deltaTime,
+                                       implementation->frameNumber);
         Transaction::SuppressRecording suppressRecording;
         SuppressUpdateStructure suppressStructure;
-        graph->Execute(*context);
+        graph->Execute(context);
         ClearChangeMarks(*graph);
     }
     implementation->frameNumber += 1;

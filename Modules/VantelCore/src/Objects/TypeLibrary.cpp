@@ -45,6 +45,9 @@ bool RegisterInfo(TypeLibrary::Implementation& state, Info info, std::string_vie
         return false;
     }
     const bool added = state.AddType(type);
+    if (!added && state.currentPlugin != nullptr) {
+        state.currentPlugin->types.push_back(type);  // so that its record leaves with the plug-in
+    }
     auto owned = std::make_unique<Info>(std::move(info));
     records.push_back(owned.get());
     byType.emplace(type, std::move(owned));
@@ -72,26 +75,33 @@ bool TypeLibrary::Implementation::AddType(const ObjectType* type) {
 }
 
 void TypeLibrary::Implementation::RemoveType(const ObjectType* type) {
-    typesByName.erase(type->GetName());
-    Erase(types, type);
+    // A type whose name was taken by another was never added, but its record may have been: take that out
+    // without touching the other type.
+    const auto byName = typesByName.find(type->GetName());
+    const bool registered = byName != typesByName.end() && byName->second == type;
+    if (registered) {
+        typesByName.erase(byName);
+        Erase(types, type);
+    }
+    std::unique_ptr<OperatorInfo> operatorInfo;
     if (auto found = operatorInfosByType.find(type); found != operatorInfosByType.end()) {
         Erase(operatorInfos, static_cast<const OperatorInfo*>(found->second.get()));
-        typeRemovedEvent.Fire(type);
+        operatorInfo = std::move(found->second);
         operatorInfosByType.erase(found);
-        return;
     }
+    std::unique_ptr<ParameterInfo> parameterInfo;
     if (auto found = parameterInfosByType.find(type); found != parameterInfosByType.end()) {
         const ParameterInfo* info = found->second.get();
         Erase(parameterInfos, info);
-        if (auto byName = parameterInfosByName.find(info->name);
-            byName != parameterInfosByName.end() && byName->second == info) {
-            parameterInfosByName.erase(byName);
+        if (auto name = parameterInfosByName.find(info->name); name != parameterInfosByName.end() && name->second == info) {
+            parameterInfosByName.erase(name);
         }
-        typeRemovedEvent.Fire(type);
+        parameterInfo = std::move(found->second);
         parameterInfosByType.erase(found);
-        return;
     }
-    typeRemovedEvent.Fire(type);
+    if (registered) {
+        typeRemovedEvent.Fire(type);  // the records are gone from the maps but still alive during the event
+    }
 }
 
 void TypeLibrary::Implementation::RemoveDataType(const std::string& id) {

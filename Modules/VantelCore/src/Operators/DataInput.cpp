@@ -1,9 +1,11 @@
 #include <Vantel/Operators/DataInput.h>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Projects/Transaction.h>
 
 namespace Vantel {
@@ -115,6 +117,9 @@ void DataInput::Receive(const std::shared_ptr<Data>& data) {
     implementation->lastSerial = serial;
     implementation->data = data;
     implementation->changed = true;
+    if (implementation->op != nullptr) {
+        Access::GetImplementation(*implementation->op)->NoteMemberMarked();
+    }
 }
 
 void DataInput::Clear() {

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
@@ -114,6 +116,9 @@ void DataOutput::Activate(const std::shared_ptr<Data>& data) {
     implementation->lastSerial = serial;
     implementation->data = data;
     implementation->changed = true;
+    if (implementation->op != nullptr) {
+        Access::GetImplementation(*implementation->op)->NoteMemberMarked();
+    }
     implementation->activatedEvent.Fire();
 }
 

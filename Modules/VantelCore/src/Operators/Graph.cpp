@@ -206,7 +206,9 @@ void Graph::Implementation::ForgetConnections() {
 
 // ---- Graph ----
 
-Graph::Graph() : implementation(std::make_unique<Implementation>(*this)) {}
+Graph::Graph() : implementation(std::make_unique<Implementation>(*this)) {
+    Access::GetImplementation(static_cast<Operator&>(*this))->SetAsGraph(this);
+}
 
 Graph::~Graph() {
     Transaction::SuppressRecording suppress;
@@ -601,6 +603,9 @@ void Graph::Execute(ExecutionContext& context) {
     for (Operator* op : implementation->GetExecutionOrder()) {
         if (op->Outdated()) {
             op->Execute(context);
+        }
+        if (!Access::GetImplementation(*op)->MayHaveMarkedMembers()) {
+            continue;  // no output or parameter has anything to hand on
         }
         for (DataOutput* output : op->GetAllDataOutputs()) {
             if (!output->HasDataChanged()) {

@@ -37,7 +37,9 @@ void CollectParameters(ParameterGroup& group, std::vector<Parameter*>& parameter
 // A port without a key takes its name, or one made from the base when it has none.
 template <typename Port>
 void SettlePortKey(Operator::Implementation& implementation, Port& port, std::string_view base) {
-    if (port.GetKey().empty() && Path::IsValidKey(port.GetName())) {
+    // Declared ports are keyed by their names so that files find them again; a user's ports get made keys, so
+    // that two of one type do not collide.
+    if (port.GetKey().empty() && !port.IsAddedByUser() && Path::IsValidKey(port.GetName())) {
         port.SetKey(port.GetName());
     }
     implementation.SettleChildKey(port, port.GetName().empty() ? base : std::string_view(port.GetName()));
@@ -162,6 +164,7 @@ void Operator::Implementation::AddDataInputList(DataInputList& list, std::string
     SettleChildKey(list, name.empty() ? std::string_view("Inputs") : name);
     inputSlots.emplace_back(&list);
     flatInputsStale = true;
+    membersMarked = true;
 }
 
 void Operator::Implementation::RemoveDataInputList(DataInputList& list) {
@@ -230,6 +233,7 @@ void Operator::Implementation::RebuildFlatParametersIfNeeded() {
 
 void Operator::Implementation::MarkParameterTreeChanged() {
     flatParametersStale = true;
+    membersMarked = true;  // a parameter that joins may carry a mark
 }
 
 void Operator::Implementation::SettleChildKey(Object& child, std::string_view base) {
@@ -333,6 +337,7 @@ bool Operator::AddDataInput(DataInput* input) {
     Access::GetImplementation(*input)->SetOperator(this);
     implementation->inputSlots.emplace_back(input);
     implementation->flatInputsStale = true;
+    implementation->membersMarked = true;  // it may carry a mark
     if (Transaction::IsRecording() && input->IsAddedByUser()) {
         Transaction::AddRecord(DataPortRecord{input->GetPath(), implementation->inputSlots.size() - 1,
                                               Serialization::SerializeDataInput(*input), PortDirection::Input,
@@ -395,6 +400,7 @@ bool Operator::AddDataOutput(DataOutput* output) {
     Access::GetImplementation(*output)->SetOperator(this);
     implementation->outputs.push_back(output);
     implementation->constOutputsStale = true;
+    implementation->membersMarked = true;
     if (Transaction::IsRecording() && output->IsAddedByUser()) {
         Transaction::AddRecord(DataPortRecord{output->GetPath(), implementation->outputs.size() - 1,
                                               Serialization::SerializeDataOutput(*output),
@@ -477,6 +483,9 @@ void Operator::Execute(ExecutionContext&) {}
 bool Operator::Outdated() const {
     if (implementation->dirty) {
         return true;
+    }
+    if (!implementation->membersMarked) {
+        return false;
     }
     for (const DataInput* input : GetAllDataInputs()) {
         if (input->HasDataChanged()) {

@@ -241,9 +241,11 @@ void Parameter::MarkComponentChanged(int component, double previousValue, double
 void Parameter::MarkDirty() {
     implementation->valueChanged = true;
     implementation->dataInvalid = true;
-    if (HasParameterFlag(ParameterFlag::Structural)) {
-        if (Operator* op = GetOperator()) {
-            Access::GetImplementation(*op)->MarkStructureDirty();
+    if (Operator* op = GetOperator()) {
+        Operator::Implementation& opImplementation = *Access::GetImplementation(*op);
+        opImplementation.NoteMemberMarked();
+        if (HasParameterFlag(ParameterFlag::Structural)) {
+            opImplementation.MarkStructureDirty();
         }
     }
 }

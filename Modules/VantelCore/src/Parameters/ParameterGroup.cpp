@@ -15,6 +15,8 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Parameters/ReferenceSupport.h"
+
 namespace Vantel {
 namespace {
 
@@ -49,6 +51,11 @@ std::string KeyBase(const ParameterNode& node) {
         return "Parameter";
     }
     return dynamic_cast<const ParameterBundle*>(&node) != nullptr ? "Bundle" : "Node";
+}
+
+bool IsUserParameter(const ParameterNode& node) {
+    const auto* parameter = dynamic_cast<const Parameter*>(&node);
+    return parameter != nullptr && parameter->IsAddedByUser();
 }
 
 // Bundles and user-added parameters are what a user creates and removes, so only they are recorded.
@@ -165,7 +172,8 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
 
     // A declared parameter is keyed by its name, so that saved values find it again when it is re-created.
     const std::string wanted = KeyBase(*node);
-    if (node->GetKey().empty() && Path::IsValidKey(NameOf(*node))) {
+    // A user's parameters get made keys instead, so that two of one type do not collide.
+    if (node->GetKey().empty() && !IsUserParameter(*node) && Path::IsValidKey(NameOf(*node))) {
         node->SetKey(NameOf(*node));
     }
     if (implementation->owningOperator != nullptr) {
@@ -202,6 +210,9 @@ bool ParameterGroup::Remove(ParameterNode* node) {
     if (node == nullptr || node->GetParent() != this) {
         return false;
     }
+    // Through the parameters' setters, while the node is still attached, so that each clearing is recorded
+    // with a path that resolves and is undone after the node comes back.
+    ReferenceSupport::ClearReferencesInto(*node);
     Operator* op = GetOperator();
     if (Graph* graph = op != nullptr ? op->GetGraph() : nullptr) {
         std::vector<Parameter*> parameters;

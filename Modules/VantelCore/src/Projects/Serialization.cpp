@@ -1,18 +1,24 @@
 #include <Vantel/Projects/Serialization.h>
 
-#include <Vantel/Objects/ObjectType.h>
 #include <algorithm>
 #include <tuple>
 
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Projects/BuildInfo.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/ProjectFileVersion.h>
 
 namespace Vantel::Serialization {
 namespace {
@@ -73,7 +79,50 @@ std::string RelativeText(Object& object, const Graph& graph) {
     return object.GetRelativePath(graph).ToString();
 }
 
+// What is written is what the tree now is: its change marks are consumed, down through nested graphs.
+void ClearChangeMarks(Operator& op) {
+    for (DataInput* input : op.GetAllDataInputs()) {
+        Access::GetImplementation(*input)->ClearChanged();
+    }
+    for (DataOutput* output : op.GetAllDataOutputs()) {
+        Access::GetImplementation(*output)->ClearChanged();
+    }
+    for (Parameter* parameter : op.GetAllParameters()) {
+        Access::GetImplementation(*parameter)->ClearValueChanged();
+    }
+    if (auto* graph = dynamic_cast<Graph*>(&op)) {
+        for (Operator* child : graph->GetOperators()) {
+            ClearChangeMarks(*child);
+        }
+    }
+}
+
 }  // namespace
+
+nlohmann::json SerializeProject(const Project& project) {
+    // The marks are bookkeeping of the running tree, not part of the document; clearing them is the one
+    // change that saving makes.
+    auto& root = const_cast<Graph&>(*project.GetRootGraph());
+    ClearChangeMarks(root);
+    return {{"version", SerializeProjectFileVersion()}, {"root", SerializeOperator(root)}};
+}
+
+nlohmann::json SerializeProjectFileVersion() {
+    nlohmann::json record = nlohmann::json::object();
+    record["format"] = ProjectFileVersion::kThisBuildFormat;
+    const Version release = BuildInfo::GetReleaseVersion();
+    const Version software = release.IsEmpty() ? BuildInfo::GetLastReleaseVersion() : release;
+    if (!software.IsEmpty()) {
+        record["software"] = software.ToString();
+    }
+    if (release.IsEmpty()) {
+        record["dev"] = {{"commit", BuildInfo::GetCommit()},
+                         {"modified", BuildInfo::IsModified()},
+                         {"commitsAfterRelease", BuildInfo::GetCommitsSinceLastRelease()},
+                         {"date", BuildInfo::GetBuildDate()}};
+    }
+    return record;
+}
 
 nlohmann::json SerializeOperator(const Operator& op) {
     nlohmann::json entry = nlohmann::json::object();

@@ -178,6 +178,7 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     auto user = UserParameter("Extra");
     NumberParameter* extra = user.get();
     ASSERT_TRUE(op.AddParameter(std::move(user)));
+    const std::string key = extra->GetKey();
     ParameterBundle* bundle = list.CreateBundle("Image", "Layer");
     ASSERT_NE(bundle, nullptr);
     EXPECT_FALSE(op.GetParameterGroup().Move(extra, extra->GetIndex()));
@@ -188,12 +189,11 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     const std::vector<Record>& records = transaction.GetRecords();
     ASSERT_EQ(records.size(), 4u);
     const auto& added = std::get<ParameterAddedRecord>(records[0]);
-    EXPECT_EQ(added.path.ToString(), "/Extra");
+    EXPECT_EQ(key.rfind("Extra [", 0), 0u);  // a user's parameters get made keys
+    EXPECT_EQ(added.path.ToString(), "/" + key);
     EXPECT_EQ(added.index, 2u);
-    EXPECT_EQ(
-        added.node,
-        (nlohmann::json{
-            {"key", "Extra"}, {"name", "Extra"}, {"type", "Vantel.Test.NumberParameter"}, {"value", 0.0}}));
+    EXPECT_EQ(added.node, (nlohmann::json{
+                              {"key", key}, {"name", "Extra"}, {"type", "Vantel.Test.NumberParameter"}, {"value", 0.0}}));
     const auto& created = std::get<BundleAddedRecord>(records[1]);
     EXPECT_EQ(created.path.ToString(), "/Layers/Layer");
     EXPECT_EQ(created.node, (nlohmann::json{{"key", "Layer"},
@@ -203,7 +203,7 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     EXPECT_EQ(moved.previousIndex, 2u);
     EXPECT_EQ(moved.nextIndex, 0u);
     const auto& removed = std::get<ParameterRemovedRecord>(records[3]);
-    EXPECT_EQ(removed.path.ToString(), "/Extra");
+    EXPECT_EQ(removed.path.ToString(), "/" + key);
     EXPECT_EQ(removed.index, 0u);
 }
 

@@ -13,8 +13,8 @@ namespace Vantel {
 
 // ExecutionContext
 //
-// Made by the runner for each frame (through Access::CreateExecutionContext) and handed to every operator
-// that runs in it. Read-only for operators.
+// Made by the runner (through Access::CreateExecutionContext), updated for each frame and handed to every
+// operator that runs in it. Read-only for operators.
 class VANTEL_API ExecutionContext {
 public:
     ~ExecutionContext();
@@ -31,6 +31,7 @@ public:
 private:
     friend class Access;
     ExecutionContext(double time, double deltaTime, unsigned long long frameNumber);
+    void Update(double time, double deltaTime, unsigned long long frameNumber);
 
     class Implementation;
     std::unique_ptr<Implementation> implementation;

@@ -48,6 +48,11 @@ public:
                                                                     unsigned long long frameNumber) {
         return std::unique_ptr<ExecutionContext>(new ExecutionContext(time, deltaTime, frameNumber));
     }
+    // The runner keeps one context and moves it on to each new frame.
+    static void UpdateExecutionContext(ExecutionContext& context, double time, double deltaTime,
+                                       unsigned long long frameNumber) {
+        context.Update(time, deltaTime, frameNumber);
+    }
 };
 
 }  // namespace Vantel

@@ -1,6 +1,6 @@
 // ObjectType.h: the run-time type of an object, with the factory that creates it by name.
 //
-//   const ObjectType* type = TypeLibrary::Get().FindType("Vantel.IntParameter");
+//   const ObjectType* type = TypeLibrary::Get()->GetType("Vantel.IntParameter");
 //   if (type && type->Inherits(Parameter::Type())) { std::unique_ptr<Object> made = type->CreateInstance(); }
 #pragma once
 

@@ -49,7 +49,10 @@ public:
     void RebuildDataInputsIfNeeded();
     void RebuildDataOutputsIfNeeded();
     // Set when a list's inputs changed: the flat input list is rebuilt on its next use.
-    void MarkDataInputsChanged() { flatInputsStale = true; }
+    void MarkDataInputsChanged() {
+        flatInputsStale = true;
+        membersMarked = true;
+    }
     // Takes the input out of its slot, disconnected, and clears its operator; when the operator owned it, the
     // ownership goes to `owned` (or the input is destroyed when `owned` is null). False when no slot holds
     // it.
@@ -62,7 +65,21 @@ public:
     // Set by the graph that takes the operator in (null when it lets it go).
     void SetGraph(Graph* graph) { this->graph = graph; }
     // Cleared by the runner after each frame.
-    void ClearDirty() { dirty = false; }
+    void ClearDirty() {
+        if (dirty) {
+            dirty = false;  // EXPERIMENT
+        }
+    }
+
+    // A port or parameter of this operator calls this as it sets its change mark; joining the operator counts
+    // too. While it stays false, none of them carries a mark, so a frame need not look at them.
+    void NoteMemberMarked() { membersMarked = true; }
+    bool MayHaveMarkedMembers() const { return membersMarked; }
+    // The runner, once it has cleared the marks of every port and parameter.
+    void ForgetMarkedMembers() { membersMarked = false; }
+    // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
+    Graph* AsGraph() const { return asGraph; }
+    void SetAsGraph(Graph* self) { asGraph = self; }
 
 private:
     friend class Operator;
@@ -97,6 +114,9 @@ private:
     bool dirty = false;
     bool structureDirty = false;
     bool updatingStructure = false;
+    // Beside `dirty`, so that an idle frame reads one cache line per operator.
+    bool membersMarked = true;
+    Graph* asGraph = nullptr;
 };
 
 }  // namespace Vantel

@@ -20,9 +20,17 @@ class Operator;
 class Parameter;
 class ParameterGroup;
 class ParameterNode;
+class Project;
 
 // Free functions, one per kind of object; none fails or logs. JSON objects keep their keys sorted.
 namespace Serialization {
+
+// {"root": the root graph as an operator, "version": SerializeProjectFileVersion()}. Clears the changed marks
+// of every data port and parameter in the tree first, so that a tree just saved reads as unchanged.
+VANTEL_API nlohmann::json SerializeProject(const Project& project);
+// This build's record: "format" 1; "software" (the release version, else the last release) when there is
+// one; "dev" {"commit", "modified", "commitsAfterRelease", "date"} for a build without release version.
+VANTEL_API nlohmann::json SerializeProjectFileVersion();
 
 // "key" when not empty; "value" unless the parameter is Output or NotSaved or every component is driven by a
 // connection; for a user-added parameter also "type", "name" and, when it is an output, "output": true.
@@ -37,7 +45,7 @@ VANTEL_API nlohmann::json SerializeOwnStructure(const Operator& op);
 
 // "type", "key", "name", "position", "dataInputs" (user-added inputs, and lists that hold inputs),
 // "dataOutputs" (user-added outputs), "parameters"; for a graph also "operators" and, when there are any,
-// "dataConnections" and "parameterConnections".
+// "dataConnections" and "parameterConnections". Leaves change marks alone: undo records use it mid-frame.
 VANTEL_API nlohmann::json SerializeOperator(const Operator& op);
 // Pairs of endpoint paths relative to the graph of the input's operator, sorted so that the order in which
 // connections were made does not show: [{"output": "...", "input": "..."}].

@@ -1,0 +1,27 @@
+// A plug-in that loads another (VantelTestPlugin) from its load entry, registering one type before and one
+// after, so that tests can see which plug-in each type is booked to. It has no unload entry.
+#include <Vantel/Objects/Object.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/Plugin.h>
+#include <Vantel/Objects/TypeLibrary.h>
+
+namespace VantelNestedTestPlugin {
+
+const Vantel::ObjectType* BeforeType() {
+    static const Vantel::ObjectType type("NestedTestPlugin.Before", Vantel::Object::Type(), nullptr);
+    return &type;
+}
+
+const Vantel::ObjectType* AfterType() {
+    static const Vantel::ObjectType type("NestedTestPlugin.After", Vantel::Object::Type(), nullptr);
+    return &type;
+}
+
+}  // namespace VantelNestedTestPlugin
+
+VANTEL_PLUGIN_EXPORT void VantelPluginLoad() {
+    Vantel::TypeLibrary* library = Vantel::TypeLibrary::Get();
+    library->RegisterType(VantelNestedTestPlugin::BeforeType());
+    library->LoadPlugin("VantelTestPlugin");
+    library->RegisterType(VantelNestedTestPlugin::AfterType());
+}

@@ -1,0 +1,167 @@
+// GraphBoundary.h: what the graph inputs and outputs operators share: following the ports and parameters of
+// the graph that contains them.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/EventSubscription.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/Ptr.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+
+namespace Vantel::Detail {
+
+// One graph member and the port or parameter that stands for it on the boundary operator.
+template <typename Source, typename Mirror>
+struct MirrorPair {
+    Ptr<Source> source;
+    Mirror* mirror = nullptr;
+};
+
+// The mirror of `source` among `pairs`; null when it has none.
+template <typename Source, typename Mirror>
+Mirror* FindMirrorOf(const std::vector<MirrorPair<Source, Mirror>>& pairs, const Source& source) {
+    for (const MirrorPair<Source, Mirror>& pair : pairs) {
+        if (pair.source.Get() == &source) {
+            return pair.mirror;
+        }
+    }
+    return nullptr;
+}
+
+// Watches the containing graph and says when the mirror must be rebuilt; `onChange` rebuilds it at once when the
+// graph's members change, so that the mirror never lags behind an edit.
+class GraphWatch {
+public:
+    explicit GraphWatch(std::function<void()> onChange) : onChange(std::move(onChange)) {}
+
+    // True when the operator's graph changed or the graph's members did since the last call.
+    bool NeedsSync(Graph* graph) {
+        if (graph != watched) {
+            watched = graph;
+            subscriptions.clear();
+            if (graph != nullptr) {
+                const auto stale = [this] {
+                    changed = true;
+                    onChange();
+                };
+                subscriptions.push_back(graph->DataInputAddedEvent().Subscribe([stale](DataInput*) { stale(); }));
+                subscriptions.push_back(graph->DataInputRemovedEvent().Subscribe([stale](DataInput*) { stale(); }));
+                subscriptions.push_back(graph->DataOutputAddedEvent().Subscribe([stale](DataOutput*) { stale(); }));
+                subscriptions.push_back(graph->DataOutputRemovedEvent().Subscribe([stale](DataOutput*) { stale(); }));
+                subscriptions.push_back(graph->DataPortsReorderedEvent().Subscribe(stale));
+                subscriptions.push_back(graph->ParameterTreeChangedEvent().Subscribe(stale));
+            }
+            changed = true;
+        }
+        const bool result = changed;
+        changed = false;
+        return result;
+    }
+
+private:
+    std::function<void()> onChange;
+    Graph* watched = nullptr;
+    bool changed = true;
+    std::vector<EventSubscription> subscriptions;
+};
+
+// The data inputs (or outputs) that a user added to `graph`, in their order.
+inline std::vector<DataInput*> UserInputs(Graph* graph) {
+    std::vector<DataInput*> inputs;
+    if (graph != nullptr) {
+        for (DataInput* input : graph->GetAllDataInputs()) {
+            if (input->IsAddedByUser()) {
+                inputs.push_back(input);
+            }
+        }
+    }
+    return inputs;
+}
+
+inline std::vector<DataOutput*> UserOutputs(Graph* graph) {
+    std::vector<DataOutput*> outputs;
+    if (graph != nullptr) {
+        for (DataOutput* output : graph->GetAllDataOutputs()) {
+            if (output->IsAddedByUser()) {
+                outputs.push_back(output);
+            }
+        }
+    }
+    return outputs;
+}
+
+// The parameters a user added to `graph` whose Output flag equals `outputs`, in tree order.
+inline std::vector<Parameter*> UserParameters(Graph* graph, bool outputs) {
+    std::vector<Parameter*> parameters;
+    if (graph != nullptr) {
+        for (ParameterNode* node : graph->GetParameterGroup().GetChildren()) {
+            auto* parameter = dynamic_cast<Parameter*>(node);
+            if (parameter != nullptr && parameter->IsAddedByUser() &&
+                parameter->HasParameterFlag(ParameterFlag::Output) == outputs) {
+                parameters.push_back(parameter);
+            }
+        }
+    }
+    return parameters;
+}
+
+// Brings `pairs` in line with `sources`: drops mirrors of sources that went, makes mirrors for new sources
+// with `make`, removes with `remove`, and keeps keys, names and order equal to the sources'.
+template <typename Source, typename Mirror, typename Make, typename Remove, typename Move>
+void SyncMirrors(std::vector<MirrorPair<Source, Mirror>>& pairs, const std::vector<Source*>& sources, Make make,
+                 Remove remove, Move move) {
+    std::vector<MirrorPair<Source, Mirror>> kept;
+    for (MirrorPair<Source, Mirror>& pair : pairs) {
+        Source* source = pair.source.Get();
+        if (source != nullptr && std::find(sources.begin(), sources.end(), source) != sources.end()) {
+            kept.push_back(pair);
+        } else {
+            remove(pair.mirror);
+        }
+    }
+    std::vector<MirrorPair<Source, Mirror>> ordered;
+    for (Source* source : sources) {
+        auto found = std::find_if(kept.begin(), kept.end(), [source](const auto& pair) {
+            return pair.source.Get() == source;
+        });
+        if (found != kept.end()) {
+            ordered.push_back(*found);
+        } else if (Mirror* mirror = make(*source)) {
+            ordered.push_back({Ptr<Source>(source), mirror});
+        }
+    }
+    for (std::size_t i = 0; i < ordered.size(); ++i) {
+        move(ordered[i].mirror, i);
+        if (ordered[i].mirror->GetName() != ordered[i].source->GetName()) {
+            ordered[i].mirror->SetName(ordered[i].source->GetName());
+        }
+    }
+    pairs = std::move(ordered);
+}
+
+// A new object of `type`, or of `fallback` when `type` is null or cannot be made, as a T.
+template <typename T>
+std::unique_ptr<T> MakeOfType(const ObjectType* type, const ObjectType* fallback) {
+    for (const ObjectType* candidate : {type, fallback}) {
+        if (candidate == nullptr) {
+            continue;
+        }
+        std::unique_ptr<Object> made = candidate->CreateInstance();
+        if (auto* typed = dynamic_cast<T*>(made.get())) {
+            made.release();
+            return std::unique_ptr<T>(typed);
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace Vantel::Detail

@@ -1,0 +1,230 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <Vantel/Objects/Object.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataTypeInfo.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorInfo.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterInfo.h>
+
+#include "Support/LogCapture.h"
+
+// The plug-ins of Modules/Plugins are built beside this executable; every test unloads what it loads.
+namespace Vantel {
+namespace {
+
+namespace fs = std::filesystem;
+using Testing::LogCapture;
+using Names = std::vector<std::string>;
+
+const Names kTestPluginTypes = {"TestPlugin.SampleInput", "TestPlugin.SampleOutput",
+                                "TestPlugin.FactorParameter", "TestPlugin.Math.Scale"};
+const std::string kUnloadTrace = "[Info] VantelTestPlugin: unload entry called\n";
+
+fs::path PluginPath(const std::string& name) {
+    return fs::read_symlink("/proc/self/exe").parent_path() / ("lib" + name + ".so");
+}
+
+std::string Loading(const fs::path& path) {
+    return "[Info] Loading plugin: " + path.string() + "\n";
+}
+
+// The names of the types added and removed while it lives, taken during the events (so the types must be
+// valid).
+struct TypeEvents {
+    Names added, removed;
+    EventSubscription onAdded = TypeLibrary::Get()->TypeAddedEvent().Subscribe(
+        [this](const ObjectType* type) { added.push_back(type->GetName()); });
+    EventSubscription onRemoved = TypeLibrary::Get()->TypeRemovedEvent().Subscribe(
+        [this](const ObjectType* type) { removed.push_back(type->GetName()); });
+};
+
+struct TempFolder {
+    fs::path path =
+        fs::temp_directory_path() / ("VantelPluginTests-" + std::to_string(std::random_device()()));
+    TempFolder() { fs::create_directories(path); }
+    ~TempFolder() { fs::remove_all(path); }
+    fs::path CopyTestPlugin(const std::string& fileName) const {
+        fs::copy_file(PluginPath("VantelTestPlugin"), path / fileName);
+        return path / fileName;
+    }
+};
+
+TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const std::size_t typeCount = library.GetTypes().size();
+    const std::size_t operatorCount = library.GetOperatorInfos().size();
+    const std::size_t dataTypeCount = library.GetDataTypes().size();
+    TypeEvents events;
+    LogCapture log;
+    ASSERT_TRUE(library.LoadPlugin("VantelTestPlugin"));
+    EXPECT_EQ(log.Text(), Loading(PluginPath("VantelTestPlugin")));  // its docs pass every check
+    EXPECT_EQ(events.added, kTestPluginTypes);
+    EXPECT_EQ(library.GetTypes().size(), typeCount + 4);
+    {
+        // The operator's ports and parameter are of the plug-in's own registered types.
+        const std::unique_ptr<Object> made = library.GetType("TestPlugin.Math.Scale")->CreateInstance();
+        const auto* scale = dynamic_cast<const Operator*>(made.get());
+        ASSERT_TRUE(scale && scale->GetAllDataInputs().size() == 1 && scale->GetAllParameters().size() == 1);
+        EXPECT_EQ(library.FindOperatorInfo(scale->GetType())->category, "Math");
+        const DataTypeInfo* sample = library.FindDataType(scale->GetAllDataInputs()[0]->GetType());
+        ASSERT_NE(sample, nullptr);
+        EXPECT_EQ(scale->GetAllDataInputs()[0]->GetAcceptedOutputType(), sample->outputType);
+        EXPECT_EQ(scale->GetAllDataOutputs().at(0)->GetType(), sample->outputType);
+        EXPECT_EQ(library.FindParameterInfo(scale->GetAllParameters()[0]->GetType())->name, "Factor");
+        for (const std::string& name : kTestPluginTypes) {
+            EXPECT_EQ(library.GetType(name)->CreateInstance()->GetType(), library.GetType(name)) << name;
+        }
+    }
+    log.Clear();
+    library.UnloadPlugin("VantelTestPlugin");
+    EXPECT_EQ(log.Text(), "[Info] Unloading plugin: VantelTestPlugin\n" + kUnloadTrace);
+    EXPECT_EQ(events.removed, kTestPluginTypes);
+    for (const std::string& name : kTestPluginTypes) {
+        EXPECT_EQ(library.GetType(name), nullptr) << name;
+    }
+    EXPECT_EQ(library.GetTypes().size(), typeCount);
+    EXPECT_EQ(library.GetOperatorInfos().size(), operatorCount);
+    EXPECT_EQ(library.GetDataTypes().size(), dataTypeCount);
+    EXPECT_EQ(library.FindParameterInfoByName("Factor"), nullptr);
+}
+
+TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const fs::path path = PluginPath("VantelTestPlugin");
+    LogCapture log;
+    ASSERT_TRUE(library.LoadPlugin("VantelTestPlugin"));
+    log.Clear();
+    EXPECT_TRUE(library.LoadPluginFromFile(path));  // "lib" is cut off the stem: the same name
+    EXPECT_EQ(
+        log.Text(),
+        Loading(path) +
+            "[Warning] Failed to register data type, id is already taken: \"TestPlugin.Sample\"\n"
+            "[Warning] Failed to register parameter, it is already registered: "
+            "\"TestPlugin.FactorParameter\"\n"
+            "[Warning] Operator \"Scale\" in category \"Math\" is registered twice, by "
+            "\"TestPlugin.Math.Scale\" and \"TestPlugin.Math.Scale\"\n"
+            "[Warning] Failed to register operator, it is already registered: \"TestPlugin.Math.Scale\"\n");
+    log.Clear();
+    library.UnloadAllPlugins();
+    EXPECT_EQ(log.Text(), "[Info] Unloading plugin: VantelTestPlugin\n" + kUnloadTrace);
+
+    // Everything went: loading again registers afresh.
+    TypeEvents events;
+    log.Clear();
+    ASSERT_TRUE(library.LoadPluginFromFile(path));
+    EXPECT_EQ(log.Text(), Loading(path));
+    EXPECT_EQ(events.added, kTestPluginTypes);
+    library.UnloadPlugin("VantelTestPlugin");
+}
+
+TEST(Plugin, PluginLoadedFromAnEntryPointOwnsOnlyItsOwnTypes) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    TypeEvents events;
+    LogCapture log;
+    ASSERT_TRUE(library.LoadPlugin("VantelNestedTestPlugin"));
+    EXPECT_EQ(log.Text(),
+              Loading(PluginPath("VantelNestedTestPlugin")) + Loading(PluginPath("VantelTestPlugin")));
+    log.Clear();
+    library.UnloadAllPlugins();  // the last loaded first
+    EXPECT_EQ(log.Text(), "[Info] Unloading plugin: VantelTestPlugin\n" + kUnloadTrace +
+                              "[Info] Unloading plugin: VantelNestedTestPlugin\n");
+    // The type registered after the nested load is the outer plug-in's again.
+    Names removed = kTestPluginTypes;
+    removed.insert(removed.end(), {"NestedTestPlugin.Before", "NestedTestPlugin.After"});
+    EXPECT_EQ(events.removed, removed);
+    EXPECT_EQ(library.GetType("NestedTestPlugin.After"), nullptr);
+}
+
+TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const TempFolder temp;
+    const fs::path noEntry = PluginPath("VantelNoEntryPlugin");
+    const fs::path folder = temp.path / "folder.so";
+    fs::create_directory(folder);
+    const auto refused = [](const fs::path& path, const std::string& problem) {
+        return Loading(path) + problem + "\n[Warning] Failed to load plugin: \"" + path.string() + "\"\n";
+    };
+    struct Row {
+        fs::path path;  // empty: LoadPlugin(name)
+        const char* name;
+        std::string log;
+    };
+    const std::vector<Row> rows = {
+        {{},
+         "NoSuchPlugin",
+         "[Warning] Could not find a plugin library for \"NoSuchPlugin\" in any of the expected "
+         "locations.\n"},
+        {{},
+         "VantelNoEntryPlugin",
+         Loading(noEntry) + "[Warning] Plugin library has no VantelPluginLoad entry point: \"" +
+             noEntry.string() + "\"\n"},
+        {temp.CopyTestPlugin("x.So"), "x",
+         refused(temp.path / "x.So", "[Error] Shared library must have .so or .SO file extension")},
+        {folder, "folder", refused(folder, "[Error] Path of given shared library is not a regular file.")},
+        {temp.path / "missing.so", "missing",
+         refused(temp.path / "missing.so", "[Error] Failed to resolve path of shared library.")},
+    };
+    const std::size_t typeCount = library.GetTypes().size();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        LogCapture log;
+        EXPECT_FALSE(row.path.empty() ? library.LoadPlugin(row.name) : library.LoadPluginFromFile(row.path));
+        EXPECT_EQ(log.Text(), row.log);
+        log.Clear();
+        library.UnloadPlugin(row.name);
+        EXPECT_EQ(log.Text(), "[Warning] Failed to unload plugin, it was never loaded: \"" +
+                                  std::string(row.name) + "\"\n");
+    }
+    EXPECT_EQ(library.GetTypes().size(), typeCount);
+}
+
+TEST(Plugin, NameComesFromTheFileOrTheCaller) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const TempFolder temp;
+    struct Row {
+        fs::path file;  // empty: LoadPlugin(name)
+        std::string name;
+    };
+    const std::vector<Row> rows = {
+        {temp.CopyTestPlugin("lib.so"), "lib"},  // nothing left after "lib"
+        {temp.CopyTestPlugin("libX.SO"), "X"},
+        // "liblibVantelTestPlugin.so" does not exist; "<name>.so" is looked for next.
+        {{}, "libVantelTestPlugin"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        LogCapture log;
+        ASSERT_TRUE(row.file.empty() ? library.LoadPlugin(row.name.c_str())
+                                     : library.LoadPluginFromFile(row.file));
+        library.UnloadPlugin(row.name.c_str());
+        EXPECT_EQ(log.Text(), Loading(row.file.empty() ? PluginPath("VantelTestPlugin") : row.file) +
+                                  "[Info] Unloading plugin: " + row.name + "\n" + kUnloadTrace);
+    }
+}
+
+// A host that exits without unloading its plug-ins must exit cleanly (the sanitizers fail the exit
+// otherwise).
+TEST(PluginDeathTest, ProcessEndsCleanlyWithAPluginLoaded) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            TypeLibrary::Get()->LoadPlugin("VantelTestPlugin");
+            std::exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace Vantel

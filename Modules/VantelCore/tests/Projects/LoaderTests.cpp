@@ -1,0 +1,215 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
+
+#include "Support/LogCapture.h"
+#include "Support/ProjectOperators.h"
+
+namespace Vantel {
+namespace {
+
+using nlohmann::json;
+using Testing::LogCapture;
+using Testing::MirrorOperator;
+using Testing::MixerOperator;
+using Testing::NumberParameter;
+using Testing::SourceOperator;
+
+constexpr const char* kVersion = R"("version": {"format": 1, "software": "2640"})";
+
+std::string WriteTemp(std::string_view name, const std::string& text) {
+    const std::filesystem::path path =
+        std::filesystem::temp_directory_path() /
+        (std::string(name) + GenerateKey("", [](std::string_view) { return true; }));
+    std::ofstream(path) << text;
+    return path.string();
+}
+
+TEST(Loader, WholeLoadFailuresReturnNullWithTheirReason) {
+    Testing::RegisterProjectTestTypes();
+    const std::string root = std::string("{") + kVersion + R"(, "root": )";
+    const std::string failedRoot = "[Error] DeserializeProject: failed to read the root entry.\n";
+    const struct {
+        const char* name;
+        std::string document;
+        std::string log;
+    } rows[] = {
+        {"not an object", "[1]", "[Error] DeserializeProject: expected a JSON object.\n"},
+        {"no version", R"({"root": {"type": "Vantel.General.Graph"}})",
+         "[Error] DeserializeProject: the file has no recognisable version, this build reads format 1.\n"},
+        {"version not an object", R"({"version": "2640"})",
+         "[Error] DeserializeProject: the file has no recognisable version, this build reads format 1.\n"},
+        {"later format", R"({"version": {"format": 2, "software": "2640"}})",
+         "[Error] DeserializeProject: unsupported project file format 2, this build reads format 1.\n"},
+        {"no root", std::string("{") + kVersion + "}",
+         "[Error] DeserializeOperator: expected a JSON object.\n" + failedRoot},
+        {"root without type", root + R"({"key": "R"}})",
+         "[Error] DeserializeOperator: an operator entry has no \"type\", it is dropped.\n" + failedRoot},
+        {"unknown root type", root + R"({"type": "Vantel.Test.Gone"}})",
+         "[Error] DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.\n" + failedRoot},
+        {"root of a parameter type", root + R"({"type": "Vantel.Test.NumberParameter"}})",
+         "[Error] DeserializeOperator: type 'Vantel.Test.NumberParameter' not found in type library.\n" +
+             failedRoot},
+        {"root not a graph", root + R"({"type": "Vantel.Test.Source"}})",
+         "[Error] DeserializeProject: the root entry is not a graph.\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        LogCapture log;
+        EXPECT_EQ(Deserialization::DeserializeProject(json::parse(row.document)), nullptr);
+        EXPECT_EQ(log.Text(), row.log);
+    }
+
+    // Wrong JSON types inside an entry are the caller's to catch.
+    EXPECT_THROW(Deserialization::DeserializeProject(
+                     json::parse(root + R"({"type": "Vantel.General.Graph", "name": 5}})")),
+                 json::type_error);
+
+    // Through a project: the old root stays, the failed file's version record is kept.
+    Project project;
+    Graph* before = project.GetRootGraph();
+    const std::string later = WriteTemp("later", R"({"version": {"format": 2}})");
+    LogCapture log;
+    EXPECT_FALSE(project.Deserialize(later));
+    EXPECT_FALSE(project.Deserialize(later + ".missing"));
+    EXPECT_EQ(log.Text(),
+              "[Error] DeserializeProject: unsupported project file format 2, this build reads format 1.\n"
+              "[Error] Project::Deserialize: failed to deserialize project from: " +
+                  later + "\n" + "[Error] Project::Deserialize: file does not exist: " + later +
+                  ".missing\n");
+    EXPECT_EQ(project.GetRootGraph(), before);
+    EXPECT_EQ(project.GetFileVersion().format, 2);
+    std::filesystem::remove(later);
+}
+
+TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
+    Testing::RegisterProjectTestTypes();
+    const json document = json::parse(std::string("{") + kVersion + R"(, "root": {
+        "type": "Vantel.General.Graph", "key": "Project [abc]", "name": "Root", "operators": [
+            {"type": "Vantel.Test.Source", "key": "Source", "name": "Source",
+             "parameters": [{"key": "Value", "value": 4.0}, {"key": "Nope", "value": 3}]},
+            {"type": "Vantel.Test.Gone", "key": "Gone", "name": "Gone"},
+            {"type": "Vantel.Test.Mixer", "key": "Mixer", "name": "Mixer",
+             "dataInputs": [{"key": "Layers", "inputs": [{"key": "A"}, {"key": "B"}]},
+                            {"key": "Ghost", "inputs": [{"key": "C"}]}],
+             "parameters": [{"key": "Extra", "type": "Vantel.Test.NumberParameter", "name": "Extra"},
+                            {"key": "Missing", "bundles": []}, {"key": "Mix", "value": 0.25}]},
+            {"type": "Vantel.Test.Mirror", "key": "Copy", "name": "Copy",
+             "parameters": [{"key": "Model", "value": "Source"}, {"key": "Bogus", "value": 1.0}]}],
+        "dataConnections": [{"output": "Source/Out", "input": "Mixer/Layers/A"},
+                            {"output": "Source/Out", "input": "Mixer/Layers/A"},
+                            {"output": "Gone/Out", "input": "Mixer/Layers/B"},
+                            {"output": "Source/Out", "input": "Mixer/Layers"}],
+        "parameterConnections": [{"output": "Gone/Result", "input": "Mixer/Mix", "links": [[0, 0]]},
+                                 {"output": "Source/Value", "input": "Mixer/Mix", "links": []}]}})");
+    LogCapture log;
+    std::unique_ptr<Project> project = Deserialization::DeserializeProject(document);
+    ASSERT_NE(project, nullptr);
+    EXPECT_EQ(
+        log.Text(),
+        "[Error] ApplyParameterValues: parameter 'Nope' not found in operator 'Source', its value is "
+        "dropped.\n"
+        "[Error] DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.\n"
+        "[Error] DeserializeOperator: failed to deserialize an operator of graph 'Root'.\n"
+        "[Error] CreateListInputs: data input list 'Ghost' not found in operator 'Mixer', its inputs are "
+        "dropped.\n"
+        "[Error] CreateAddedMembers: operator 'Mixer' is not a graph, the added entry 'Extra' in "
+        "\"parameters\" is dropped.\n"
+        "[Error] CreateBundles: bundle list 'Missing' not found in operator 'Mixer', its bundles are "
+        "dropped.\n"
+        "[Warning] Context::ResolveReferences: some stored values of operator 'Copy' did not match a member "
+        "and are dropped.\n"
+        "[Error] DeserializeDataConnections: failed to add connection 'Source/Out -> Mixer/Layers/A'.\n"
+        "[Error] DeserializeDataConnections: could not resolve connection 'Gone/Out -> Mixer/Layers/B', it "
+        "is dropped.\n"
+        "[Error] DeserializeParameterConnections: could not resolve connection 'Gone/Result -> Mixer/Mix', "
+        "it is dropped.\n"
+        "[Error] DeserializeParameterConnections: connection 'Source/Value -> Mixer/Mix' has no links, it "
+        "is dropped.\n"
+        "[Warning] PruneOrphanListInputs: input 'B' of list 'Layers' in operator 'Mixer' has no connection "
+        "and is removed. The file lost the connection to it, or the connection could not be made (see the "
+        "error above it); connecting the source again recreates the input.\n");
+
+    Graph& root = *project->GetRootGraph();
+    EXPECT_EQ(root.GetKey(), "Project [abc]");
+    ASSERT_EQ(root.GetOperators().size(), 3u);
+    auto& source = dynamic_cast<SourceOperator&>(*root.Resolve(*Path::Parse("Source")));
+    auto& mixer = dynamic_cast<MixerOperator&>(*root.Resolve(*Path::Parse("Mixer")));
+    auto& copy = dynamic_cast<MirrorOperator&>(*root.Resolve(*Path::Parse("Copy")));
+    EXPECT_EQ(source.value.Value(), 4.0);
+    EXPECT_EQ(mixer.mix.Value(), 0.25);
+    ASSERT_EQ(mixer.layers.GetInputCount(), 2u);  // A and the one the list connection made
+    EXPECT_EQ(mixer.layers.GetInput(0)->GetKey(), "A");
+    EXPECT_EQ(mixer.layers.GetInput(1)->GetConnection().output, &source.out);
+    EXPECT_EQ(copy.model.Value(), &source);
+    EXPECT_NE(copy.GetParameterGroup().FindParameter("Value"), nullptr);
+}
+
+TEST(Loader, NewerFilesWarnOlderAndDevelopmentFilesLoadSilently) {
+    Testing::RegisterProjectTestTypes();
+    const std::string root = R"(, "root": {"type": "Vantel.General.Graph"}})";
+    const struct {
+        const char* name;
+        const char* version;
+        bool newer;
+        bool older;
+        std::string log;
+    } rows[] = {
+        {"newer release", R"({"format": 1, "software": "2641"})", true, false,
+         "[Warning] DeserializeProject: the file was written by a newer Vantel than this build. Anything "
+         "this "
+         "build does not know is dropped.\n"},
+        {"older release", R"({"format": 1, "software": "2639"})", false, true, ""},
+        {"development build", R"({"format": 1, "dev": {"commit": "abc", "modified": true}})", false, false,
+         ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const std::string path = WriteTemp("version", std::string(R"({"version": )") + row.version + root);
+        Project project;
+        LogCapture log;
+        EXPECT_TRUE(project.Deserialize(path));
+        EXPECT_EQ(log.Text(), row.log);
+        EXPECT_EQ(project.GetFileVersion().IsNewerThanThisBuild(), row.newer);
+        EXPECT_EQ(project.GetFileVersion().IsOlderThanThisBuild(), row.older);
+        std::filesystem::remove(path);
+    }
+    const ProjectFileVersion dev = Deserialization::ReadProjectFileVersion(
+        json::parse(R"({"version": {"format": 1, "dev": {"commit": "abc", "commitsAfterRelease": 3}}})"));
+    ASSERT_TRUE(dev.dev.has_value());
+    EXPECT_EQ(dev.dev->commit, "abc");
+    EXPECT_EQ(dev.dev->commitsAfterRelease, 3);
+    EXPECT_FALSE(dev.software.has_value());
+}
+
+TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
+    Testing::RegisterProjectTestTypes();
+    Graph graph;
+    graph.AddUserParameter(NumberParameter::Type(), false)->SetName("First");
+    graph.AddUserParameter(NumberParameter::Type(), true);
+    const json structure = Serialization::SerializeOwnStructure(graph);
+    Deserialization::Context context;
+    EXPECT_FALSE(Deserialization::RestoreOwnStructure(graph, structure, context));
+
+    const json other = json::parse(R"([{"key": "Only", "name": "Only", "type": "Vantel.Test.NumberParameter",
+                                        "value": 2.0, "output": true}])");
+    EXPECT_TRUE(Deserialization::RestoreOwnStructure(graph, other, context));
+    EXPECT_EQ(Serialization::SerializeOwnStructure(graph), json::parse(R"([{"key": "Only", "name": "Only",
+        "type": "Vantel.Test.NumberParameter", "output": true}])"));  // an output's value is not stored
+    EXPECT_EQ(static_cast<NumberParameter*>(graph.GetParameterGroup().FindParameter("Only"))->Value(), 2.0);
+    EXPECT_TRUE(Deserialization::RestoreOwnStructure(graph, structure, context));
+    EXPECT_EQ(Serialization::SerializeOwnStructure(graph), structure);
+}
+
+}  // namespace
+}  // namespace Vantel

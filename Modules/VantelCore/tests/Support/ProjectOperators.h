@@ -1,0 +1,103 @@
+// ProjectOperators.h: operator types that exercise what project files store, and the one registration of
+// the types that the files name.
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Parameters/PtrParameter.h>
+
+#include "Support/TestOperators.h"
+
+namespace Vantel::Testing {
+
+// An input list, a bundle list whose bundles hold a "Gain", and a reference to an operator of its graph.
+class MixerOperator : public Operator {
+public:
+    DataInputList layers{this, "Layers", DataInput::Type(), {}};
+    ParameterBundleList bands{this, "Bands", {.created = [](ParameterBundle& band) {
+                                  band.Add(std::make_unique<NumberParameter>(nullptr, "Gain"));
+                              }}};
+    PtrParameter focus{this, "Focus", nullptr};
+    NumberParameter mix{this, "Mix", 0.0};
+    DataOutput out{this, "Out"};
+
+    MixerOperator() {
+        focus.SetFilter({.types = {Operator::Type()}, .scope = ObjectFilter::Scope::SameGraph});
+    }
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.Mixer", Operator::Type(), MakeFactory<MixerOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+};
+
+// Structural through a reference: one number per parameter of the model operator, keyed like it, so that
+// its stored values find their members only once the reference is resolved.
+class MirrorOperator : public Operator {
+public:
+    PtrParameter model{this, "Model", nullptr};
+
+    MirrorOperator() {
+        model.SetParameterFlag(ParameterFlag::Structural, true);
+        model.SetFilter({.types = {Operator::Type()},
+                         .scope = ObjectFilter::Scope::SameGraph,
+                         .excludeOwnOperator = true});
+    }
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.Mirror", Operator::Type(), MakeFactory<MirrorOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+
+protected:
+    void UpdateStructure() override {
+        std::vector<std::string> wanted;
+        if (auto* source = dynamic_cast<Operator*>(model.Value())) {
+            for (const Parameter* parameter : source->GetAllParameters()) {
+                wanted.push_back(parameter->GetKey());
+            }
+        }
+        for (Parameter* copy : std::vector<Parameter*>(copies)) {
+            if (std::find(wanted.begin(), wanted.end(), copy->GetKey()) == wanted.end()) {
+                std::erase(copies, copy);
+                RemoveParameter(copy);
+            }
+        }
+        for (const std::string& key : wanted) {
+            if (GetParameterGroup().Find(key) == nullptr) {
+                auto copy = std::make_unique<NumberParameter>(nullptr, key);
+                copies.push_back(copy.get());
+                AddParameter(std::move(copy));
+            }
+        }
+    }
+
+private:
+    std::vector<Parameter*> copies;
+};
+
+// The core types and the test types above, registered once per process (a second registration warns).
+inline void RegisterProjectTestTypes() {
+    static const bool registered = [] {
+        RegisterCoreTypes();
+        for (const ObjectType* type : {SourceOperator::Type(), AddOperator::Type(), NumberParameter::Type(),
+                                       MixerOperator::Type(), MirrorOperator::Type()}) {
+            TypeLibrary::Get()->RegisterType(type);
+        }
+        return true;
+    }();
+    static_cast<void>(registered);
+}
+
+}  // namespace Vantel::Testing

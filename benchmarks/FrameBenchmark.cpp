@@ -1,0 +1,370 @@
+// FrameBenchmark.cpp: what one runner frame costs on large graphs, against the same checks over flat arrays.
+//
+//   build/bench/bin/FrameBenchmark                                     # every case, then idle/baseline
+//   ratios build/bench/bin/FrameBenchmark --benchmark_filter='Idle|Baseline'
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <Vantel/Execution/Clock.h>
+#include <Vantel/Execution/ExecutionContext.h>
+#include <Vantel/Execution/Runner.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/Data.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/FloatParameter.h>
+
+// Every allocation of the program, the library's included, goes through these and is counted.
+namespace {
+std::atomic<std::uint64_t> allocationCount{0};
+}  // namespace
+
+void* operator new(std::size_t size) {
+    allocationCount.fetch_add(1, std::memory_order_relaxed);
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void* operator new[](std::size_t size) {
+    return ::operator new(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace Vantel {
+namespace {
+
+class ValueData : public Data {
+public:
+    explicit ValueData(double value) : value(value) {}
+    const double value;
+};
+
+// Publishes a new value each time it runs.
+class SourceOperator : public Operator {
+public:
+    FloatParameter frequency{this, "Frequency", 1.0};
+    FloatParameter amplitude{this, "Amplitude", 1.0};
+    FloatParameter phase{this, "Phase", 0.0};
+    DataOutput out{this, "Out"};
+
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Benchmark.Source", Operator::Type(), nullptr);
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+    void Execute(ExecutionContext& context) override {
+        const double angle = frequency.Value() * context.GetTime() + phase.Value();
+        out.Activate(std::make_shared<ValueData>(amplitude.Value() * std::sin(angle)));
+    }
+};
+
+// Out = min(In * Gain + Offset, Limit), a new value each time it runs.
+class ProcessOperator : public Operator {
+public:
+    DataInput in{this, "In"};
+    FloatParameter gain{this, "Gain", 1.0};
+    FloatParameter offset{this, "Offset", 0.0};
+    FloatParameter limit{this, "Limit", 1e6};
+    DataOutput out{this, "Out"};
+
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Benchmark.Process", Operator::Type(), nullptr);
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+    void Execute(ExecutionContext&) override {
+        const auto* data = static_cast<const ValueData*>(in.GetData().get());
+        const double value = (data != nullptr ? data->value : 0.0) * gain.Value() + offset.Value();
+        out.Activate(std::make_shared<ValueData>(std::min(value, limit.Value())));
+    }
+};
+
+class FixedClock : public Clock {
+public:
+    void Reset() override {}
+    double GetFirstFrameDuration() const override { return 1.0 / 60.0; }
+};
+
+enum class Shape { Chain, FanOut };
+
+constexpr int kInputsPerProcess = 1;
+constexpr int kParametersPerOperator = 3;
+
+// Operator 0 is the source. In a chain each operator feeds the next; in a fan-out the source feeds all
+// others.
+struct FrameGraph {
+    FrameGraph(Shape shape, int count) : shape(shape), count(count) {
+        auto made = std::make_unique<SourceOperator>();
+        source = made.get();
+        Add(std::move(made), 0);
+        std::vector<ProcessOperator*> processes;
+        for (int i = 1; i < count; ++i) {
+            auto process = std::make_unique<ProcessOperator>();
+            processes.push_back(process.get());
+            Add(std::move(process), i);
+        }
+        // Wired from the far end, so that each cycle check finds a producer without feeders.
+        for (int i = count - 1; i >= 1; --i) {
+            DataOutput& from = shape == Shape::FanOut || i == 1 ? source->out : processes[i - 2]->out;
+            graph.AddDataConnection({&from, &processes[i - 1]->in});
+        }
+        runner.SetGraph(&graph);
+        runner.WaitForTick();
+        runner.Execute();  // the first frame runs everything and builds the execution order
+    }
+
+    void Add(std::unique_ptr<Operator>&& op, int index) {
+        op->SetKey("Op" + std::to_string(index));
+        operators.push_back(op.get());
+        graph.AddOperator(std::move(op));
+    }
+
+    Shape shape;
+    int count;
+    Graph graph;
+    Runner runner{std::make_unique<FixedClock>()};
+    SourceOperator* source = nullptr;
+    std::vector<Operator*> operators;
+};
+
+// One graph at a time: the cases of a shape and size run one after the other and share it.
+FrameGraph& GraphFor(Shape shape, int count) {
+    static std::unique_ptr<FrameGraph> current;
+    if (current == nullptr || current->shape != shape || current->count != count) {
+        current.reset();
+        current = std::make_unique<FrameGraph>(shape, count);
+    }
+    return *current;
+}
+
+void ReportCounters(benchmark::State& state, int count, std::uint64_t allocations) {
+    state.counters["allocs/frame"] =
+        static_cast<double>(allocations) /
+        static_cast<double>(std::max<benchmark::IterationCount>(state.iterations(), 1));
+    state.counters["per_op"] =
+        benchmark::Counter(static_cast<double>(count),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// Times `change` followed by one runner frame; `change` is part of the measured frame.
+template <typename Change>
+void RunFrames(benchmark::State& state, Shape shape, int count, Change&& change) {
+    FrameGraph& frameGraph = GraphFor(shape, count);
+    frameGraph.runner.Execute();  // start from a settled graph
+    const std::uint64_t before = allocationCount.load(std::memory_order_relaxed);
+    for (auto _ : state) {
+        change(frameGraph);
+        frameGraph.runner.Execute();
+    }
+    ReportCounters(state, count, allocationCount.load(std::memory_order_relaxed) - before);
+}
+
+void Idle(benchmark::State& state, Shape shape, int count) {
+    RunFrames(state, shape, count, [](FrameGraph&) {});
+}
+
+// Every operator downstream of the source runs, which in both shapes is every operator.
+void OneSourceChanged(benchmark::State& state, Shape shape, int count) {
+    double phase = 0.0;
+    RunFrames(state, shape, count, [&phase](FrameGraph& g) { g.source->phase.SetValue(phase += 1.0); });
+}
+
+// Marking costs a store per operator and is timed with the frame.
+void AllRun(benchmark::State& state, Shape shape, int count) {
+    RunFrames(state, shape, count, [](FrameGraph& g) {
+        for (Operator* op : g.operators) {
+            op->MarkDirty();
+        }
+    });
+}
+
+// The baseline: the idle frame's work over plain structs in flat arrays, operators in execution order.
+struct FlatOperator {
+    bool dirty = false;
+    std::uint32_t firstInput = 0;
+    std::uint32_t inputCount = 0;
+    std::uint32_t firstParameter = 0;
+    std::uint32_t parameterCount = 0;
+    std::uint32_t firstOutput = 0;
+    std::uint32_t outputCount = 0;
+};
+struct FlatInput {
+    bool changed = false;
+};
+struct FlatParameter {
+    bool changed = false;
+    bool marksOutdated = true;
+    std::uint32_t firstTarget = 0;  // into FlatGraph::parameterTargets
+    std::uint32_t targetCount = 0;
+};
+struct FlatOutput {
+    bool changed = false;
+    std::uint32_t firstConnection = 0;  // into FlatGraph::connections
+    std::uint32_t connectionCount = 0;
+};
+struct FlatGraph {
+    std::vector<FlatOperator> operators;
+    std::vector<FlatInput> inputs;
+    std::vector<FlatParameter> parameters;
+    std::vector<FlatOutput> outputs;
+    std::vector<std::uint32_t> connections;       // the input each data connection goes to
+    std::vector<std::uint32_t> parameterTargets;  // the parameter each parameter connection goes to
+};
+
+FlatGraph MakeFlatGraph(Shape shape, int count) {
+    FlatGraph g;
+    const auto n = static_cast<std::uint32_t>(count);
+    for (std::uint32_t i = 0; i < n; ++i) {
+        const std::uint32_t inputs = i == 0 ? 0 : kInputsPerProcess;
+        g.operators.push_back({false, static_cast<std::uint32_t>(g.inputs.size()), inputs,
+                               static_cast<std::uint32_t>(g.parameters.size()), kParametersPerOperator, i,
+                               1});
+        g.inputs.resize(g.inputs.size() + inputs);
+        g.parameters.resize(g.parameters.size() + kParametersPerOperator);
+        // Input k belongs to operator k + 1.
+        const std::uint32_t first = static_cast<std::uint32_t>(g.connections.size());
+        if (shape == Shape::Chain && i + 1 < n) {
+            g.connections.push_back(i);
+        } else if (shape == Shape::FanOut && i == 0) {
+            for (std::uint32_t k = 0; k + 1 < n; ++k) {
+                g.connections.push_back(k);
+            }
+        }
+        g.outputs.push_back({false, first, static_cast<std::uint32_t>(g.connections.size()) - first});
+    }
+    return g;
+}
+
+int RunFlatFrame(FlatGraph& g) {
+    int ran = 0;
+    for (FlatOperator& op : g.operators) {
+        bool outdated = op.dirty;
+        for (std::uint32_t i = op.firstInput; !outdated && i < op.firstInput + op.inputCount; ++i) {
+            outdated = g.inputs[i].changed;
+        }
+        for (std::uint32_t p = op.firstParameter; !outdated && p < op.firstParameter + op.parameterCount;
+             ++p) {
+            outdated = g.parameters[p].changed && g.parameters[p].marksOutdated;
+        }
+        ran += outdated ? 1 : 0;
+        for (std::uint32_t o = op.firstOutput; o < op.firstOutput + op.outputCount; ++o) {
+            const FlatOutput& output = g.outputs[o];
+            for (std::uint32_t c = 0; output.changed && c < output.connectionCount; ++c) {
+                g.inputs[g.connections[output.firstConnection + c]].changed = true;
+            }
+        }
+        for (std::uint32_t p = op.firstParameter; p < op.firstParameter + op.parameterCount; ++p) {
+            const FlatParameter& parameter = g.parameters[p];
+            for (std::uint32_t t = 0; parameter.changed && t < parameter.targetCount; ++t) {
+                g.parameters[g.parameterTargets[parameter.firstTarget + t]].changed = true;
+            }
+        }
+    }
+    for (FlatOperator& op : g.operators) {
+        op.dirty = false;
+    }
+    for (FlatInput& input : g.inputs) {
+        input.changed = false;
+    }
+    for (FlatOutput& output : g.outputs) {
+        output.changed = false;
+    }
+    for (FlatParameter& parameter : g.parameters) {
+        parameter.changed = false;
+    }
+    return ran;
+}
+
+void Baseline(benchmark::State& state, Shape shape, int count) {
+    FlatGraph g = MakeFlatGraph(shape, count);
+    const std::uint64_t before = allocationCount.load(std::memory_order_relaxed);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(RunFlatFrame(g));
+        benchmark::ClobberMemory();
+    }
+    ReportCounters(state, count, allocationCount.load(std::memory_order_relaxed) - before);
+}
+
+// The console table, then the idle frame's CPU time over the baseline's for each shape and size.
+class RatioReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) {
+            if (run.run_type == Run::RT_Iteration && !run.error_occurred) {
+                cpuTimes[run.benchmark_name()] = run.GetAdjustedCPUTime();
+            }
+        }
+        ConsoleReporter::ReportRuns(runs);
+    }
+    void Finalize() override {
+        for (const auto& [name, idle] : cpuTimes) {
+            const std::size_t at = name.find("/Idle/");
+            if (at == std::string::npos) {
+                continue;
+            }
+            const std::string baselineName = name.substr(0, at) + "/Baseline/" + name.substr(at + 6);
+            const auto baseline = cpuTimes.find(baselineName);
+            if (baseline != cpuTimes.end() && baseline->second > 0.0) {
+                GetOutputStream() << "Idle/baseline " << name << ": " << idle / baseline->second << "\n";
+            }
+        }
+        ConsoleReporter::Finalize();
+    }
+
+private:
+    std::map<std::string, double> cpuTimes;
+};
+
+void RegisterAll() {
+    using Case = void (*)(benchmark::State&, Shape, int);
+    const std::pair<const char*, Case> cases[] = {
+        {"Idle", Idle}, {"Baseline", Baseline}, {"OneSourceChanged", OneSourceChanged}, {"AllRun", AllRun}};
+    for (const auto& [shapeName, shape] :
+         {std::pair{"Chain", Shape::Chain}, std::pair{"FanOut", Shape::FanOut}}) {
+        for (int count : {1000, 10000, 100000}) {
+            for (const auto& [caseName, run] : cases) {
+                const std::string name =
+                    std::string("Frame/") + shapeName + "/" + caseName + "/" + std::to_string(count);
+                benchmark::RegisterBenchmark(name.c_str(), run, shape, count)->Unit(benchmark::kMicrosecond);
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Vantel
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    Vantel::RegisterAll();
+    Vantel::RatioReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}
