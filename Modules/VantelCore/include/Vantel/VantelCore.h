@@ -19,8 +19,8 @@
 #include <Vantel/Objects/KeySettling.h>
 #include <Vantel/Objects/Object.h>
 #include <Vantel/Objects/ObjectType.h>
-#include <Vantel/Objects/Plugin.h>
 #include <Vantel/Objects/Path.h>
+#include <Vantel/Objects/Plugin.h>
 #include <Vantel/Objects/Ptr.h>
 #include <Vantel/Objects/TypeLibrary.h>
 

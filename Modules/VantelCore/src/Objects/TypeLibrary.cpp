@@ -93,7 +93,8 @@ void TypeLibrary::Implementation::RemoveType(const ObjectType* type) {
     if (auto found = parameterInfosByType.find(type); found != parameterInfosByType.end()) {
         const ParameterInfo* info = found->second.get();
         Erase(parameterInfos, info);
-        if (auto name = parameterInfosByName.find(info->name); name != parameterInfosByName.end() && name->second == info) {
+        if (auto name = parameterInfosByName.find(info->name);
+            name != parameterInfosByName.end() && name->second == info) {
             parameterInfosByName.erase(name);
         }
         parameterInfo = std::move(found->second);

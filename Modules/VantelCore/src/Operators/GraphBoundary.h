@@ -37,8 +37,8 @@ Mirror* FindMirrorOf(const std::vector<MirrorPair<Source, Mirror>>& pairs, const
     return nullptr;
 }
 
-// Watches the containing graph and says when the mirror must be rebuilt; `onChange` rebuilds it at once when the
-// graph's members change, so that the mirror never lags behind an edit.
+// Watches the containing graph and says when the mirror must be rebuilt; `onChange` rebuilds it at once when
+// the graph's members change, so that the mirror never lags behind an edit.
 class GraphWatch {
 public:
     explicit GraphWatch(std::function<void()> onChange) : onChange(std::move(onChange)) {}
@@ -53,10 +53,14 @@ public:
                     changed = true;
                     onChange();
                 };
-                subscriptions.push_back(graph->DataInputAddedEvent().Subscribe([stale](DataInput*) { stale(); }));
-                subscriptions.push_back(graph->DataInputRemovedEvent().Subscribe([stale](DataInput*) { stale(); }));
-                subscriptions.push_back(graph->DataOutputAddedEvent().Subscribe([stale](DataOutput*) { stale(); }));
-                subscriptions.push_back(graph->DataOutputRemovedEvent().Subscribe([stale](DataOutput*) { stale(); }));
+                subscriptions.push_back(
+                    graph->DataInputAddedEvent().Subscribe([stale](DataInput*) { stale(); }));
+                subscriptions.push_back(
+                    graph->DataInputRemovedEvent().Subscribe([stale](DataInput*) { stale(); }));
+                subscriptions.push_back(
+                    graph->DataOutputAddedEvent().Subscribe([stale](DataOutput*) { stale(); }));
+                subscriptions.push_back(
+                    graph->DataOutputRemovedEvent().Subscribe([stale](DataOutput*) { stale(); }));
                 subscriptions.push_back(graph->DataPortsReorderedEvent().Subscribe(stale));
                 subscriptions.push_back(graph->ParameterTreeChangedEvent().Subscribe(stale));
             }
@@ -117,8 +121,8 @@ inline std::vector<Parameter*> UserParameters(Graph* graph, bool outputs) {
 // Brings `pairs` in line with `sources`: drops mirrors of sources that went, makes mirrors for new sources
 // with `make`, removes with `remove`, and keeps keys, names and order equal to the sources'.
 template <typename Source, typename Mirror, typename Make, typename Remove, typename Move>
-void SyncMirrors(std::vector<MirrorPair<Source, Mirror>>& pairs, const std::vector<Source*>& sources, Make make,
-                 Remove remove, Move move) {
+void SyncMirrors(std::vector<MirrorPair<Source, Mirror>>& pairs, const std::vector<Source*>& sources,
+                 Make make, Remove remove, Move move) {
     std::vector<MirrorPair<Source, Mirror>> kept;
     for (MirrorPair<Source, Mirror>& pair : pairs) {
         Source* source = pair.source.Get();
@@ -130,9 +134,8 @@ void SyncMirrors(std::vector<MirrorPair<Source, Mirror>>& pairs, const std::vect
     }
     std::vector<MirrorPair<Source, Mirror>> ordered;
     for (Source* source : sources) {
-        auto found = std::find_if(kept.begin(), kept.end(), [source](const auto& pair) {
-            return pair.source.Get() == source;
-        });
+        auto found = std::find_if(kept.begin(), kept.end(),
+                                  [source](const auto& pair) { return pair.source.Get() == source; });
         if (found != kept.end()) {
             ordered.push_back(*found);
         } else if (Mirror* mirror = make(*source)) {

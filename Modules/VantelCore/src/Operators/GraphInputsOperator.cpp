@@ -23,8 +23,7 @@ public:
         }
         Transaction::SuppressRecording suppress;
         Detail::SyncMirrors(
-            inputs, Detail::UserInputs(graph),
-            [this](DataInput& source) { return MakeOutput(source); },
+            inputs, Detail::UserInputs(graph), [this](DataInput& source) { return MakeOutput(source); },
             [this](DataOutput* mirror) { owner.RemoveDataOutput(mirror); },
             [this](DataOutput* mirror, std::size_t index) { owner.MoveDataOutput(mirror, index); });
         Detail::SyncMirrors(
@@ -72,7 +71,9 @@ const ObjectType* GraphInputsOperator::Type() {
     return &type;
 }
 
-const ObjectType* GraphInputsOperator::GetType() const { return Type(); }
+const ObjectType* GraphInputsOperator::GetType() const {
+    return Type();
+}
 
 DataOutput* GraphInputsOperator::FindMirror(const DataInput& graphInput) {
     implementation->Sync();

@@ -22,8 +22,7 @@ public:
         }
         Transaction::SuppressRecording suppress;
         Detail::SyncMirrors(
-            outputs, Detail::UserOutputs(graph),
-            [this](DataOutput& source) { return MakeInput(source); },
+            outputs, Detail::UserOutputs(graph), [this](DataOutput& source) { return MakeInput(source); },
             [this](DataInput* mirror) { owner.RemoveDataInput(mirror); },
             [this](DataInput* mirror, std::size_t index) { owner.MoveDataInput(mirror, index); });
         Detail::SyncMirrors(
@@ -72,7 +71,9 @@ const ObjectType* GraphOutputsOperator::Type() {
     return &type;
 }
 
-const ObjectType* GraphOutputsOperator::GetType() const { return Type(); }
+const ObjectType* GraphOutputsOperator::GetType() const {
+    return Type();
+}
 
 DataInput* GraphOutputsOperator::FindMirror(const DataOutput& graphOutput) {
     implementation->Sync();

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include <Vantel/Execution/Clock.h>
-#include <Vantel/Objects/Access.h>
 #include <Vantel/Execution/Runner.h>
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
@@ -124,7 +124,8 @@ TEST(NestedGraph, BoundaryOperatorsFollowTheGraphsMembers) {
     EXPECT_EQ(inputs.FindMirror(*first)->GetKey(), first->GetKey());
     EXPECT_EQ(inputs.GetAllDataOutputs().size(), 2u);
     EXPECT_EQ(outputs.FindMirror(*out)->GetName(), out->GetName());
-    EXPECT_EQ(graph.Resolve(*Path::Parse(inputs.GetKey() + "/" + second->GetKey())), inputs.FindMirror(*second));
+    EXPECT_EQ(graph.Resolve(*Path::Parse(inputs.GetKey() + "/" + second->GetKey())),
+              inputs.FindMirror(*second));
 
     first->SetName("Renamed");
     AddOperator& consumer = Add<AddOperator>(graph);

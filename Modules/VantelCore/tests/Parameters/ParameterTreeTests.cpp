@@ -192,8 +192,9 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     EXPECT_EQ(key.rfind("Extra [", 0), 0u);  // a user's parameters get made keys
     EXPECT_EQ(added.path.ToString(), "/" + key);
     EXPECT_EQ(added.index, 2u);
-    EXPECT_EQ(added.node, (nlohmann::json{
-                              {"key", key}, {"name", "Extra"}, {"type", "Vantel.Test.NumberParameter"}, {"value", 0.0}}));
+    EXPECT_EQ(added.node,
+              (nlohmann::json{
+                  {"key", key}, {"name", "Extra"}, {"type", "Vantel.Test.NumberParameter"}, {"value", 0.0}}));
     const auto& created = std::get<BundleAddedRecord>(records[1]);
     EXPECT_EQ(created.path.ToString(), "/Layers/Layer");
     EXPECT_EQ(created.node, (nlohmann::json{{"key", "Layer"},
