@@ -9,6 +9,8 @@
 #include <utility>
 
 #include <Vantel/Objects/Object.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/Parameter.h>
 
 namespace Vantel {
 namespace {
@@ -125,9 +127,14 @@ std::string JoinNumbers(const std::vector<T>& values) {
     return text;
 }
 
-// The name a reference shows. Operators and parameters have names of their own (GetName) that take
-// precedence over the key once those classes exist; until then every object shows its key.
+// The name a reference shows: an operator's or a parameter's own name, any other object's key.
 std::string GetDisplayName(const Object& object) {
+    if (const auto* op = dynamic_cast<const Operator*>(&object)) {
+        return op->GetName();
+    }
+    if (const auto* parameter = dynamic_cast<const Parameter*>(&object)) {
+        return parameter->GetName();
+    }
     return object.GetKey();
 }
 

@@ -11,7 +11,10 @@
 
 #include <Vantel/Objects/Object.h>
 #include <Vantel/Objects/Ptr.h>
+#include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterData.h>
+
+#include "Support/TestParameters.h"
 
 namespace Vantel {
 namespace {
@@ -146,11 +149,11 @@ TEST(ParameterData, CopiesOwnTheirRecordAndOnlyMovingHandsOverEmptiness) {
     EXPECT_EQ(empty.GetFloat(0), 0.0);
 }
 
-TEST(ParameterData, PointerShowsTheKeyAndComparesByIdentityOfTheLivingObject) {
+TEST(ParameterData, PointerShowsTheNameAndComparesByIdentityOfTheLivingObject) {
     auto blur = std::make_unique<Thing>("Blur");
     Thing twin("Blur");
     const ParameterData live{Ptr<Object>(blur.get())};
-    EXPECT_EQ(live.GetString(), "Blur");  // the key: no operator or parameter names yet
+    EXPECT_EQ(live.GetString(), "Blur");  // a plain object shows its key
     EXPECT_EQ(live.GetPointer().Get(), blur.get());
     EXPECT_EQ(live, ParameterData(Ptr<Object>(blur.get())));
     EXPECT_NE(live, ParameterData(Ptr<Object>(&twin)));
@@ -164,6 +167,15 @@ TEST(ParameterData, PointerShowsTheKeyAndComparesByIdentityOfTheLivingObject) {
     const ParameterData dead(weak);
     EXPECT_EQ(dead.GetType(), Type::Pointer);
     EXPECT_EQ(dead.GetString(), "");
+
+    // Operators and parameters show their own names, not their keys.
+    Operator op;
+    op.SetKey("Blur [k3x]");
+    op.SetName("Soft Blur");
+    Testing::NumberParameter radius(&op, "Radius");
+    radius.SetName("Blur Radius");
+    EXPECT_EQ(ParameterData(Ptr<Object>(&op)).GetString(), "Soft Blur");
+    EXPECT_EQ(ParameterData(Ptr<Object>(&radius)).GetString(), "Blur Radius");
 }
 
 }  // namespace
