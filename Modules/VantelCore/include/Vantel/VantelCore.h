@@ -70,6 +70,9 @@
 #include <Vantel/Parameters/VectorParameter.h>
 
 #include <Vantel/Projects/BuildInfo.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/ProjectFileVersion.h>
 #include <Vantel/Projects/Record.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/SuppressUpdateStructure.h>

@@ -1,0 +1,145 @@
+// The context of one load: what waits until the whole tree exists, and how it is finished.
+#include <Vantel/Projects/Deserialization.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include <Vantel/Objects/Ptr.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Support/Logging.h>
+
+#include "Projects/DeserializationSupport.h"
+
+namespace Vantel::Deserialization {
+
+class Context::Implementation {
+public:
+    struct DeferredValue {
+        Ptr<Parameter> parameter;
+        nlohmann::json value;
+    };
+    struct StoredValue {
+        Ptr<Operator> op;
+        Ptr<ParameterGroup> scope;
+        std::size_t index = 0;
+        nlohmann::json entry;
+    };
+    struct DeferredConnections {
+        Ptr<Graph> graph;
+        nlohmann::json data;
+        nlohmann::json parameters;
+    };
+
+    // Applies the reference values; gives the operators whose structural values were among them, each once
+    // and in the order met.
+    std::vector<Ptr<Operator>> ApplyReferenceValues() {
+        std::vector<Ptr<Operator>> structural;
+        for (DeferredValue& deferred : std::exchange(references, {})) {
+            Parameter* parameter = deferred.parameter.Get();
+            if (parameter == nullptr) {
+                LogError("Context::ResolveReferences: Parameter pointer is null.");
+                continue;
+            }
+            parameter->DeserializeValue(deferred.value);
+            Operator* op = parameter->GetOperator();
+            if (op != nullptr && parameter->HasParameterFlag(ParameterFlag::Structural) &&
+                std::find(structural.begin(), structural.end(), Ptr<Operator>(op)) == structural.end()) {
+                structural.emplace_back(op);
+            }
+        }
+        return structural;
+    }
+
+    // Rebuilds each operator and gives its stored values a second chance.
+    void ApplyStoredValues(std::vector<Ptr<Operator>> operators, Context& context) {
+        std::vector<StoredValue> values = std::exchange(stored, {});
+        // Values whose structural parameter went away still get their chance, and their report.
+        for (const StoredValue& value : values) {
+            if (value.op && std::find(operators.begin(), operators.end(), value.op) == operators.end()) {
+                operators.push_back(value.op);
+            }
+        }
+        for (const Ptr<Operator>& handle : operators) {
+            Operator* op = handle.Get();
+            if (op == nullptr) {
+                continue;
+            }
+            Detail::RebuildStructure(*op);
+            std::vector<Detail::Unmatched> missing;
+            for (const StoredValue& value : values) {
+                if (value.op.Get() != op) {
+                    continue;
+                }
+                ParameterGroup* scope = value.scope.Get();
+                Detail::ApplyEntry(*op, scope != nullptr ? *scope : op->GetParameterGroup(), value.index,
+                                   value.entry, context, Detail::References::Apply, missing);
+            }
+            if (!missing.empty()) {
+                LogWarning("Context::ResolveReferences: some stored values of operator '" + op->GetName() +
+                           "' did not match a member and are dropped.");
+            }
+        }
+    }
+
+    std::vector<DeferredValue> references;
+    std::vector<StoredValue> stored;
+    std::vector<DeferredConnections> graphs;
+};
+
+Context::Context() : implementation(std::make_unique<Implementation>()) {}
+
+Context::~Context() = default;
+
+Context::Context(Context&&) noexcept = default;
+
+Context& Context::operator=(Context&&) noexcept = default;
+
+void Context::DeferReferenceValue(Parameter& parameter, nlohmann::json value) {
+    implementation->references.push_back({Ptr<Parameter>(&parameter), std::move(value)});
+}
+
+bool Context::HasDeferredStructuralValue(const Operator& op) const {
+    return std::any_of(implementation->references.begin(), implementation->references.end(),
+                       [&op](const Implementation::DeferredValue& deferred) {
+                           const Parameter* parameter = deferred.parameter.Get();
+                           return parameter != nullptr && parameter->GetOperator() == &op &&
+                                  parameter->HasParameterFlag(ParameterFlag::Structural);
+                       });
+}
+
+void Context::StoreValue(Operator& op, ParameterGroup& scope, std::size_t index, nlohmann::json entry) {
+    implementation->stored.push_back(
+        {Ptr<Operator>(&op), Ptr<ParameterGroup>(&scope), index, std::move(entry)});
+}
+
+void Context::DeferConnections(Graph& graph, nlohmann::json dataConnections,
+                               nlohmann::json parameterConnections) {
+    implementation->graphs.push_back(
+        {Ptr<Graph>(&graph), std::move(dataConnections), std::move(parameterConnections)});
+}
+
+void Context::ResolveReferences() {
+    implementation->ApplyStoredValues(implementation->ApplyReferenceValues(), *this);
+
+    const std::vector<Implementation::DeferredConnections> graphs = std::exchange(implementation->graphs, {});
+    for (const Implementation::DeferredConnections& deferred : graphs) {
+        if (Graph* graph = deferred.graph.Get()) {
+            DeserializeDataConnections(deferred.data, *graph, *this);
+            DeserializeParameterConnections(deferred.parameters, *graph, *this);
+        }
+    }
+    // List inputs exist to receive a connection: whatever is still unconnected now is a leftover.
+    for (const Implementation::DeferredConnections& deferred : graphs) {
+        if (Graph* graph = deferred.graph.Get()) {
+            for (Operator* op : std::vector<Operator*>(graph->GetOperators())) {
+                PruneOrphanListInputs(*op);
+            }
+        }
+    }
+}
+
+}  // namespace Vantel::Deserialization

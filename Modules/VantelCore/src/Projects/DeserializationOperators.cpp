@@ -1,0 +1,294 @@
+// Operators, data ports and parameters: building the objects of an entry, with what the user added to them.
+#include <Vantel/Projects/Deserialization.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include <glm/vec2.hpp>
+
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataInputListImplementation.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Support/Logging.h>
+
+#include "Projects/DeserializationSupport.h"
+
+namespace Vantel::Deserialization {
+namespace {
+
+using nlohmann::json;
+
+// An object of `type` as a T; null when the type cannot be made or makes something else.
+template <typename T>
+std::unique_ptr<T> CreateAs(const ObjectType& type) {
+    std::unique_ptr<Object> made = type.CreateInstance();
+    auto* typed = dynamic_cast<T*>(made.get());
+    if (typed == nullptr) {
+        return nullptr;
+    }
+    made.release();
+    return std::unique_ptr<T>(typed);
+}
+
+// The creating half shared by parameters and ports; `function` names the caller in the messages.
+template <typename T>
+std::unique_ptr<T> CreateFromEntry(const json& entry, const std::string& function) {
+    if (!entry.is_object() || !entry.contains("type")) {
+        LogError(function + ": expected a JSON object with a 'type' field.");
+        return nullptr;
+    }
+    const auto& typeName = entry.at("type").get_ref<const std::string&>();
+    const ObjectType* type = TypeLibrary::Get()->GetType(typeName);
+    if (type == nullptr) {
+        LogError(function + ": type '" + typeName + "' not found in type library.");
+        return nullptr;
+    }
+    std::unique_ptr<T> made = CreateAs<T>(*type);
+    if (made == nullptr) {
+        LogError(function + ": failed to create instance of type '" + typeName + "'.");
+        return nullptr;
+    }
+    return made;
+}
+
+// An attached object's key is its identity, so only a detached one takes the stored key.
+template <typename T>
+void ApplyKeyAndName(const json& entry, T& object) {
+    const std::string key = Detail::KeyOf(entry);
+    if (!key.empty() && key != object.GetKey() && object.GetParentObject() == nullptr) {
+        object.SetKey(key);
+    }
+    if (const auto name = entry.find("name"); name != entry.end()) {
+        object.SetName(name->get<std::string>());
+    }
+}
+
+// A stored port carries nothing beyond its key, type and name.
+template <typename Port>
+void DeserializePort(const json& entry, Port& port) {
+    ApplyKeyAndName(entry, port);
+}
+
+DataInputList* FindList(const Operator& op, const std::string& key) {
+    for (const DataInputSlot& slot : op.GetAllDataInputSlots()) {
+        if (DataInputList* const* list = std::get_if<DataInputList*>(&slot); list != nullptr) {
+            if ((*list)->GetKey() == key) {
+                return *list;
+            }
+        }
+    }
+    return nullptr;
+}
+
+void CreateListInputs(Operator& op, const json& entry, Context& context) {
+    for (const json& item : Detail::ArrayAt(entry, "dataInputs")) {
+        if (!item.is_object() || !item.contains("inputs")) {
+            continue;
+        }
+        const std::string key = Detail::KeyOf(item);
+        DataInputList* list = FindList(op, key);
+        if (list == nullptr) {
+            LogError("CreateListInputs: data input list '" + key + "' not found in operator '" +
+                     op.GetName() + "', its inputs are dropped.");
+            continue;
+        }
+        for (const json& inputEntry : Detail::AsArray(item.at("inputs"))) {
+            if (DataInput* input = Access::GetImplementation(*list)->CreateInput(Detail::KeyOf(inputEntry))) {
+                DeserializeDataInput(inputEntry, *input, context);
+            }
+        }
+    }
+}
+
+void AddUserParameter(Operator& op, std::unique_ptr<Parameter> parameter) {
+    if (auto* graph = dynamic_cast<Graph*>(&op)) {
+        graph->AddUserParameter(std::move(parameter), ParameterNode::npos);
+        return;
+    }
+    Access::GetImplementation(*parameter)->SetAddedByUser(true);
+    op.AddParameter(std::move(parameter));
+}
+
+// Only a graph takes ports and parameters from its user; elsewhere such an entry has nowhere to go.
+void CreateAddedMembers(Operator& op, const json& entry, Context& context) {
+    auto* graph = dynamic_cast<Graph*>(&op);
+    for (const char* section : {"dataInputs", "dataOutputs", "parameters"}) {
+        const std::string sectionKey = section;
+        for (const json& item : Detail::ArrayAt(entry, section)) {
+            if (!item.is_object() || !item.contains("type")) {
+                continue;
+            }
+            if (graph == nullptr) {
+                LogError("CreateAddedMembers: operator '" + op.GetName() +
+                         "' is not a graph, the added entry '" + Detail::KeyOf(item) + "' in \"" +
+                         sectionKey + "\" is dropped.");
+                continue;
+            }
+            if (sectionKey == "dataInputs") {
+                if (std::unique_ptr<DataInput> input = DeserializeDataInput(item, context)) {
+                    graph->AddUserDataInput(std::move(input));
+                }
+            } else if (sectionKey == "dataOutputs") {
+                if (std::unique_ptr<DataOutput> output = DeserializeDataOutput(item, context)) {
+                    graph->AddUserDataOutput(std::move(output));
+                }
+            } else if (std::unique_ptr<Parameter> parameter = DeserializeParameter(item, context)) {
+                AddUserParameter(*graph, std::move(parameter));
+            }
+        }
+    }
+}
+
+// The graph's operators in file order; its connections wait until every operator of the load exists.
+void BuildGraph(Graph& graph, const json& entry, Context& context) {
+    for (const json& child : Detail::ArrayAt(entry, "operators")) {
+        std::unique_ptr<Operator> op = DeserializeOperator(child, context);
+        if (op == nullptr) {
+            LogError("DeserializeOperator: failed to deserialize an operator of graph '" + graph.GetName() +
+                     "'.");
+            continue;
+        }
+        graph.AddOperator(std::move(op));
+    }
+    context.DeferConnections(graph, Detail::ArrayAt(entry, "dataConnections"),
+                             Detail::ArrayAt(entry, "parameterConnections"));
+}
+
+}  // namespace
+
+std::unique_ptr<Operator> DeserializeOperator(const json& entry, Context& context) {
+    if (!entry.is_object()) {
+        LogError("DeserializeOperator: expected a JSON object.");
+        return nullptr;
+    }
+    const auto typeEntry = entry.find("type");
+    if (typeEntry == entry.end()) {
+        LogError("DeserializeOperator: an operator entry has no \"type\", it is dropped.");
+        return nullptr;
+    }
+    const auto& typeName = typeEntry->get_ref<const std::string&>();
+    const ObjectType* type = TypeLibrary::Get()->GetType(typeName);
+    if (type == nullptr || !type->Inherits(Operator::Type())) {
+        LogError("DeserializeOperator: type '" + typeName + "' not found in type library.");
+        return nullptr;
+    }
+    std::unique_ptr<Operator> op = CreateAs<Operator>(*type);
+    if (op == nullptr) {
+        LogError("DeserializeOperator: failed to create instance of type '" + typeName + "'.");
+        return nullptr;
+    }
+
+    if (const std::string key = Detail::KeyOf(entry); !key.empty()) {
+        op->SetKey(key);
+    }
+    if (const auto name = entry.find("name"); name != entry.end()) {
+        op->SetName(name->get<std::string>());
+    }
+    if (const auto position = entry.find("position"); position != entry.end()) {
+        op->SetPosition(glm::vec2(position->at(0).get<float>(), position->at(1).get<float>()));
+    }
+    CreateListInputs(*op, entry, context);
+    CreateAddedMembers(*op, entry, context);
+    ApplyParameterValues(*op, entry, context);
+    if (auto* graph = dynamic_cast<Graph*>(op.get())) {
+        BuildGraph(*graph, entry, context);
+    }
+    return op;
+}
+
+std::unique_ptr<Parameter> DeserializeParameter(const json& entry, Context& context) {
+    std::unique_ptr<Parameter> parameter = CreateFromEntry<Parameter>(entry, "DeserializeParameter");
+    if (parameter != nullptr) {
+        DeserializeParameter(entry, *parameter, context);
+    }
+    return parameter;
+}
+
+std::unique_ptr<DataInput> DeserializeDataInput(const json& entry, Context& context) {
+    std::unique_ptr<DataInput> input = CreateFromEntry<DataInput>(entry, "DeserializeDataInput");
+    if (input != nullptr) {
+        DeserializeDataInput(entry, *input, context);
+    }
+    return input;
+}
+
+std::unique_ptr<DataOutput> DeserializeDataOutput(const json& entry, Context& context) {
+    std::unique_ptr<DataOutput> output = CreateFromEntry<DataOutput>(entry, "DeserializeDataOutput");
+    if (output != nullptr) {
+        DeserializeDataOutput(entry, *output, context);
+    }
+    return output;
+}
+
+void DeserializeParameter(const json& entry, Parameter& parameter, Context& context) {
+    ApplyKeyAndName(entry, parameter);
+    if (const auto output = entry.find("output"); output != entry.end()) {
+        parameter.SetParameterFlag(ParameterFlag::Output, output->get<bool>());
+    }
+    if (const auto value = entry.find("value"); value != entry.end()) {
+        Detail::ApplyValue(parameter, *value, context, Detail::References::Defer);
+    }
+}
+
+void DeserializeDataInput(const json& entry, DataInput& input, Context&) {
+    DeserializePort(entry, input);
+}
+
+void DeserializeDataOutput(const json& entry, DataOutput& output, Context&) {
+    DeserializePort(entry, output);
+}
+
+bool RestoreOwnStructure(Operator& op, const json& structure, Context& context) {
+    if (Serialization::SerializeOwnStructure(op) == structure) {
+        return false;
+    }
+    std::vector<Parameter*> current;
+    for (ParameterNode* child : op.GetParameterGroup().GetChildren()) {
+        auto* parameter = dynamic_cast<Parameter*>(child);
+        if (parameter != nullptr && parameter->IsAddedByUser()) {
+            current.push_back(parameter);
+        }
+    }
+    for (Parameter* parameter : current) {
+        op.RemoveParameter(parameter);
+    }
+    for (const json& entry : Detail::AsArray(structure)) {
+        if (std::unique_ptr<Parameter> parameter = DeserializeParameter(entry, context)) {
+            AddUserParameter(op, std::move(parameter));
+        }
+    }
+    return true;
+}
+
+void PruneOrphanListInputs(Operator& op) {
+    for (const DataInputSlot& slot : std::vector<DataInputSlot>(op.GetAllDataInputSlots())) {
+        DataInputList* const* list = std::get_if<DataInputList*>(&slot);
+        if (list == nullptr) {
+            continue;
+        }
+        for (DataInput* input : std::vector<DataInput*>((*list)->GetInputs())) {
+            if (input->IsConnected()) {
+                continue;
+            }
+            LogWarning("PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" +
+                       (*list)->GetKey() + "' in operator '" + op.GetName() +
+                       "' has no connection and is removed. The file lost the connection to it, or the "
+                       "connection could not be made (see the error above it); connecting the source again "
+                       "recreates the input.");
+            Access::GetImplementation(**list)->RemoveInput(input);
+        }
+    }
+}
+
+}  // namespace Vantel::Deserialization

@@ -1,0 +1,54 @@
+// DeserializationSupport.h: the pieces of the loader that its source files share: reading arrays out of
+// entries and walking stored parameter values against a parameter tree.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include <Vantel/Objects/Ptr.h>
+#include <Vantel/Parameters/ParameterGroup.h>
+#include <Vantel/Projects/Deserialization.h>
+
+namespace Vantel {
+
+class Operator;
+class Parameter;
+
+namespace Deserialization::Detail {
+
+// The array at `entry[key]`; an empty array when the entry is no object or has no such key. A value of
+// another type throws the JSON library's type error.
+const nlohmann::json& ArrayAt(const nlohmann::json& entry, const char* key);
+// `value` as an array (null reads as empty); another type throws the JSON library's type error.
+const nlohmann::json& AsArray(const nlohmann::json& value);
+// The entry's "key", empty when it has none.
+std::string KeyOf(const nlohmann::json& entry);
+
+// What to do with a value that names other objects.
+enum class References {
+    Defer,  // while the tree is being built: it waits in the context
+    Apply,  // once every object exists
+};
+
+// A parameter entry with a value that found no member: where it was looked for, and the entry.
+struct Unmatched {
+    Ptr<ParameterGroup> scope;
+    std::size_t index = 0;
+    nlohmann::json entry;
+};
+
+void ApplyValue(Parameter& parameter, const nlohmann::json& value, Context& context, References references);
+// Applies the entry at `index` of a stored scope to `scope` of `op`. A parameter value without member is
+// added to `unmatched`; a bundle list or a group without member is reported at once.
+void ApplyEntry(Operator& op, ParameterGroup& scope, std::size_t index, const nlohmann::json& entry,
+                Context& context, References references, std::vector<Unmatched>& unmatched);
+void ApplyScope(Operator& op, ParameterGroup& scope, const nlohmann::json& entries, Context& context,
+                References references, std::vector<Unmatched>& unmatched);
+// Marks the operator's structure dirty and rebuilds it.
+void RebuildStructure(Operator& op);
+
+}  // namespace Deserialization::Detail
+}  // namespace Vantel

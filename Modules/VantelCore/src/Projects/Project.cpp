@@ -1,0 +1,103 @@
+#include <Vantel/Projects/Project.h>
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include <nlohmann/json.hpp>
+
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Support/Logging.h>
+
+namespace Vantel {
+namespace {
+
+// The root graph has no siblings, so any key GenerateKey makes is free.
+void KeyRootGraph(Graph& graph) {
+    if (graph.GetKey().empty()) {
+        graph.SetKey(GenerateKey("Project", [](std::string_view) { return true; }));
+    }
+}
+
+}  // namespace
+
+class Project::Implementation {
+public:
+    std::unique_ptr<Graph> rootGraph;
+    ProjectFileVersion fileVersion;
+};
+
+Project::Project() : implementation(std::make_unique<Implementation>()) {
+    implementation->rootGraph = std::make_unique<Graph>();
+    KeyRootGraph(*implementation->rootGraph);
+}
+
+Project::~Project() = default;
+
+Graph* Project::GetRootGraph() {
+    return implementation->rootGraph.get();
+}
+
+const Graph* Project::GetRootGraph() const {
+    return implementation->rootGraph.get();
+}
+
+void Project::SetRootGraph(std::unique_ptr<Graph> graph) {
+    if (graph == nullptr) {
+        return;
+    }
+    KeyRootGraph(*graph);
+    implementation->rootGraph = std::move(graph);
+}
+
+Object* Project::Resolve(const Path& path) {
+    Graph* root = GetRootGraph();
+    return root != nullptr ? root->Resolve(path) : nullptr;
+}
+
+const Object* Project::Resolve(const Path& path) const {
+    // Resolving walks children through non-const lookups; it changes nothing.
+    return const_cast<Project*>(this)->Resolve(path);
+}
+
+void Project::Serialize(const std::string& path) const {
+    const nlohmann::json document = Serialization::SerializeProject(*this);
+    std::ofstream file(path, std::ios::out | std::ios::trunc);
+    if (!file) {
+        return;
+    }
+    file << document.dump(4, ' ', false, nlohmann::json::error_handler_t::strict);
+}
+
+bool Project::Deserialize(const std::string& path) {
+    std::error_code error;
+    const bool exists = std::filesystem::exists(path, error);
+    if (error) {
+        throw std::filesystem::filesystem_error("exists", path, error);
+    }
+    if (!exists) {
+        LogError("Project::Deserialize: file does not exist: " + path);
+        return false;
+    }
+    nlohmann::json document;
+    {
+        std::ifstream file(path);
+        document = nlohmann::json::parse(file, nullptr, true, false);
+    }
+    implementation->fileVersion = Deserialization::ReadProjectFileVersion(document);
+    std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);
+    if (loaded == nullptr) {
+        LogError("Project::Deserialize: failed to deserialize project from: " + path);
+        return false;
+    }
+    implementation->rootGraph = std::move(loaded->implementation->rootGraph);
+    return true;
+}
+
+const ProjectFileVersion& Project::GetFileVersion() const {
+    return implementation->fileVersion;
+}
+
+}  // namespace Vantel

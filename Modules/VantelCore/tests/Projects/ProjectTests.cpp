@@ -1,0 +1,171 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <regex>
+#include <string>
+
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/GraphInputsOperator.h>
+#include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Transaction.h>
+
+#include "Support/LogCapture.h"
+#include "Support/ProjectOperators.h"
+
+namespace Vantel {
+namespace {
+
+using Testing::AddOperator;
+using Testing::LogCapture;
+using Testing::MirrorOperator;
+using Testing::MixerOperator;
+using Testing::NumberParameter;
+using Testing::SourceOperator;
+
+template <typename T>
+T& Add(Graph& graph, std::string_view name) {
+    auto op = std::make_unique<T>();
+    op->SetName(name);
+    T& added = *op;
+    graph.AddOperator(std::move(op));
+    return added;
+}
+
+std::string TempFile(std::string_view name) {
+    return (std::filesystem::temp_directory_path() /
+            (std::string(name) + GenerateKey("", [](std::string_view) { return true; }) + ".vantel"))
+        .string();
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream file(path);
+    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+TEST(Project, NewProjectsKeyTheirRootAndKeepGivenRoots) {
+    Project project;
+    EXPECT_TRUE(std::regex_match(project.GetRootGraph()->GetKey(), std::regex(R"(Project \[[0-9a-z]+\])")));
+    EXPECT_EQ(project.GetFileVersion().format, 0);
+
+    SourceOperator& source = Add<SourceOperator>(*project.GetRootGraph(), "Source");
+    EXPECT_EQ(project.Resolve(*Path::Parse("/" + source.GetKey() + "/Value")), &source.value);
+    EXPECT_EQ(project.Resolve(*Path::Parse(source.GetKey() + "/Nothing")), nullptr);
+
+    Graph* before = project.GetRootGraph();
+    project.SetRootGraph(nullptr);
+    EXPECT_EQ(project.GetRootGraph(), before);
+    auto keyed = std::make_unique<Graph>();
+    keyed->SetKey("Mine");
+    project.SetRootGraph(std::move(keyed));
+    EXPECT_EQ(project.GetRootGraph()->GetKey(), "Mine");
+    EXPECT_EQ(project.Resolve(Path()), project.GetRootGraph());
+}
+
+TEST(Project, TheEmptyProjectWritesItsExactDocument) {
+    Project project;
+    const std::string path = TempFile("empty");
+    project.Serialize(path);
+    EXPECT_EQ(ReadFile(path), R"({
+    "root": {
+        "dataInputs": [],
+        "dataOutputs": [],
+        "key": ")" + project.GetRootGraph()->GetKey() +
+                                  R"(",
+        "name": "",
+        "operators": [],
+        "parameters": [],
+        "position": [
+            0.0,
+            0.0
+        ],
+        "type": "Vantel.General.Graph"
+    },
+    "version": {
+        "format": 1,
+        "software": "2640"
+    }
+})");
+    std::filesystem::remove(path);
+}
+
+// Everything a file stores: nested graph with boundary operators, user ports and parameters, an input list,
+// bundles, both kinds of connection, plain and structural references.
+struct Scene {
+    Project project;
+    Graph& root = *project.GetRootGraph();
+    SourceOperator& source = Add<SourceOperator>(root, "Source");
+    Graph& nested = Add<Graph>(root, "Nested");
+    MixerOperator& mixer = Add<MixerOperator>(root, "Mixer \xC3\xBC");
+    MirrorOperator& mirror = Add<MirrorOperator>(root, "Copy");
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested, "In");
+    AddOperator& adder = Add<AddOperator>(nested, "Add");
+    GraphOutputsOperator& outputs = Add<GraphOutputsOperator>(nested, "Out");
+
+    Scene() {
+        source.value.SetValue(2.5);
+        source.SetPosition({10.25f, -3.5f});
+        source.out.Activate(std::make_shared<Testing::NumberData>(1.0));  // connected inputs receive a change
+        DataInput* in = nested.AddUserDataInput(DataInput::Type());
+        DataOutput* out = nested.AddUserDataOutput(DataOutput::Type());
+        Parameter* gain = nested.AddUserParameter(NumberParameter::Type(), false);
+        Parameter* total = nested.AddUserParameter(NumberParameter::Type(), true);
+        gain->SetName("Gain");
+        EXPECT_TRUE(root.AddDataConnection({&source.out, in}));
+        EXPECT_NE(root.AddDataConnection(source.out, mixer.layers), nullptr);
+        EXPECT_NE(root.AddDataConnection(*out, mixer.layers), nullptr);
+        EXPECT_TRUE(root.AddParameterConnection({total, &mixer.mix, {{0, 0}}}, false));
+        EXPECT_TRUE(nested.AddDataConnection({inputs.FindMirror(*in), &adder.in}));
+        EXPECT_TRUE(nested.AddDataConnection({&adder.out, outputs.FindMirror(*out)}));
+        EXPECT_TRUE(
+            nested.AddParameterConnection({inputs.FindMirror(*gain), &adder.offset, {{0, 0}}}, false));
+        EXPECT_TRUE(
+            nested.AddParameterConnection({&adder.result, outputs.FindMirror(*total), {{0, 0}}}, false));
+        static_cast<NumberParameter*>(mixer.bands.CreateBundle("Band", "Low")->GetChild(0))->SetValue(0.5);
+        mixer.bands.CreateBundle("Band", "High");
+        mixer.focus = &nested;
+        mirror.model = &source;
+        static_cast<NumberParameter*>(mirror.GetParameterGroup().FindParameter("Value"))->SetValue(7.0);
+    }
+};
+
+TEST(Project, SaveLoadSaveGivesTheSameBytes) {
+    Testing::RegisterProjectTestTypes();
+    Scene scene;
+    const std::string first = TempFile("first");
+    const std::string second = TempFile("second");
+    scene.project.Serialize(first);
+    EXPECT_FALSE(scene.source.value.HasValueChanged());  // saving consumed the marks
+    EXPECT_FALSE(scene.mixer.layers.GetInput(0)->HasDataChanged());
+    const std::string written = ReadFile(first);
+    EXPECT_NE(written.find("Mixer \xC3\xBC"), std::string::npos);  // written as it is, not escaped
+
+    Project loaded;
+    LogCapture log;
+    {
+        Transaction transaction("Load");  // loading records nothing, even inside a transaction
+        ASSERT_TRUE(loaded.Deserialize(first));
+        EXPECT_TRUE(transaction.GetRecords().empty());
+    }
+    EXPECT_EQ(log.Text(), "");
+    EXPECT_TRUE(loaded.GetFileVersion().IsReadable());
+    loaded.Serialize(second);
+    EXPECT_EQ(ReadFile(second), written);
+
+    auto* mixer = dynamic_cast<MixerOperator*>(loaded.Resolve(*Path::Parse(scene.mixer.GetKey())));
+    ASSERT_NE(mixer, nullptr);
+    EXPECT_EQ(mixer->focus.Value(), loaded.Resolve(*Path::Parse(scene.nested.GetKey())));
+    EXPECT_EQ(mixer->layers.GetInputCount(), 2u);
+    EXPECT_EQ(mixer->bands.GetBundleCount(), 2u);
+    auto* copy = loaded.Resolve(*Path::Parse(scene.mirror.GetKey() + "/Value"));
+    ASSERT_NE(dynamic_cast<NumberParameter*>(copy), nullptr);
+    EXPECT_EQ(static_cast<NumberParameter*>(copy)->Value(), 7.0);
+    std::filesystem::remove(first);
+    std::filesystem::remove(second);
+}
+
+}  // namespace
+}  // namespace Vantel
