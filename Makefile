@@ -1,5 +1,5 @@
 # Front door: each target installs what is missing, then wraps the CMake presets.
-.PHONY: deps run test test-tsan bench lint format clean
+.PHONY: deps run test test-tsan fuzz bench lint format clean
 
 deps:
 	@bash tools/install-deps.sh
@@ -20,6 +20,16 @@ test-tsan: deps
 	cmake --build --preset tsan --target ExecutionTests TasksShutdownTests
 	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/ExecutionTests --gtest_brief=1
 	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/TasksShutdownTests --gtest_brief=1
+
+# The project loader under libFuzzer for a minute, from the seed corpus; new inputs go to a scratch folder so
+# that the checked-in corpus stays as written.
+fuzz:
+	@VANTEL_FUZZ=1 bash tools/install-deps.sh
+	cmake --preset fuzz
+	cmake --build --preset fuzz --target LoaderFuzzer
+	rm -rf build/fuzz/corpus && mkdir -p build/fuzz/corpus
+	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+		./build/fuzz/bin/LoaderFuzzer -max_total_time=60 -print_final_stats=1 build/fuzz/corpus fuzz/corpus
 
 bench: deps
 	cmake --preset bench

@@ -77,6 +77,7 @@
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/SuppressUpdateStructure.h>
 #include <Vantel/Projects/Transaction.h>
+#include <Vantel/Projects/UndoRedo.h>
 #include <Vantel/Projects/Version.h>
 
 #include <Vantel/Support/FileImportRegistry.h>

@@ -17,8 +17,12 @@ void Erase(std::vector<T>& items, const T& item) {
     items.erase(std::remove(items.begin(), items.end(), item), items.end());
 }
 
+// Built by appending: g++ 12 at -O3 warns falsely (-Wrestrict) about the concatenation form.
 std::string Quoted(std::string_view text) {
-    return "\"" + std::string(text) + "\"";
+    std::string quoted;
+    quoted.reserve(text.size() + 2);
+    quoted.append(1, '"').append(text).append(1, '"');
+    return quoted;
 }
 
 // The procedure shared by operator and parameter records; false when the record was refused.

@@ -65,11 +65,7 @@ public:
     // Set by the graph that takes the operator in (null when it lets it go).
     void SetGraph(Graph* graph) { this->graph = graph; }
     // Cleared by the runner after each frame.
-    void ClearDirty() {
-        if (dirty) {
-            dirty = false;  // EXPERIMENT
-        }
-    }
+    void ClearDirty() { dirty = false; }
 
     // A port or parameter of this operator calls this as it sets its change mark; joining the operator counts
     // too. While it stays false, none of them carries a mark, so a frame need not look at them.

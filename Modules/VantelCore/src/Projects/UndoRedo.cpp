@@ -1,0 +1,467 @@
+#include <Vantel/Projects/UndoRedo.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataInputListImplementation.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/GraphImplementation.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/ParameterGroup.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Transaction.h>
+#include <Vantel/Support/Logging.h>
+
+#include "Projects/DeserializationSupport.h"
+
+namespace Vantel {
+
+namespace {
+
+using nlohmann::json;
+
+enum class Direction { Forward, Backward };
+
+void LogDrift(const Path& path) {
+    LogError("ApplyRecord: " + path.ToString() +
+             " was not found. The history and the model have drifted apart.");
+}
+
+// The object at `path` as a T; logs the drift error when nothing (or nothing of that kind) answers.
+template <typename T>
+T* Find(Project& project, const Path& path) {
+    T* found = dynamic_cast<T*>(project.Resolve(path));
+    if (found == nullptr) {
+        LogDrift(path);
+    }
+    return found;
+}
+
+// The group that holds the node at `path`: the root group when the parent is an operator.
+ParameterGroup* FindGroup(Project& project, const Path& path) {
+    Object* parent = project.Resolve(path.GetParent());
+    if (auto* op = dynamic_cast<Operator*>(parent)) {
+        return &op->GetParameterGroup();
+    }
+    auto* group = dynamic_cast<ParameterGroup*>(parent);
+    if (group == nullptr) {
+        LogDrift(path.GetParent());
+    }
+    return group;
+}
+
+void RebuildIfDirty(Operator* op) {
+    if (op != nullptr) {
+        Access::GetImplementation(*op)->UpdateStructureIfDirty();
+    }
+}
+
+bool SetValue(Project& project, const Path& path, const json& value) {
+    auto* parameter = Find<Parameter>(project, path);
+    if (parameter == nullptr) {
+        return false;
+    }
+    parameter->DeserializeValue(value);
+    RebuildIfDirty(parameter->GetOperator());
+    return true;
+}
+
+// ---- one function per kind and direction ----
+
+class Replayer {
+public:
+    Replayer(Project& project, Direction direction) : project(project), direction(direction) {}
+
+    bool Forward() const { return direction == Direction::Forward; }
+
+    bool operator()(const ParameterValueRecord& record) const {
+        return SetValue(project, record.path, Forward() ? record.next : record.previous);
+    }
+
+    bool operator()(const ParameterComponentRecord& record) const {
+        auto* parameter = Find<Parameter>(project, record.path);
+        if (parameter == nullptr) {
+            return false;
+        }
+        parameter->SetComponent(record.component, Forward() ? record.next : record.previous);
+        return true;
+    }
+
+    bool operator()(const OperatorPositionRecord& record) const {
+        auto* op = Find<Operator>(project, record.path);
+        if (op == nullptr) {
+            return false;
+        }
+        op->SetPosition(Forward() ? record.next : record.previous);
+        return true;
+    }
+
+    bool operator()(const RenameRecord& record) const {
+        Object* target = project.Resolve(record.path);
+        const std::string& name = Forward() ? record.next : record.previous;
+        if (auto* op = dynamic_cast<Operator*>(target)) {
+            op->SetName(name);
+        } else if (auto* parameter = dynamic_cast<Parameter*>(target)) {
+            parameter->SetName(name);
+        } else if (auto* input = dynamic_cast<DataInput*>(target)) {
+            input->SetName(name);
+        } else if (auto* output = dynamic_cast<DataOutput*>(target)) {
+            output->SetName(name);
+        } else if (auto* list = dynamic_cast<DataInputList*>(target)) {
+            list->SetName(name);
+        } else {
+            LogDrift(record.path);
+            return false;
+        }
+        return true;
+    }
+
+    bool operator()(const OperatorRecord& record) const {
+        const bool add = (record.presence == Presence::Added) == Forward();
+        if (!add) {
+            auto* op = Find<Operator>(project, record.path);
+            if (op == nullptr || op->GetGraph() == nullptr) {
+                return false;
+            }
+            return op->GetGraph()->RemoveOperator(op) != nullptr;
+        }
+        auto* graph = Find<Graph>(project, record.path.GetParent());
+        if (graph == nullptr) {
+            return false;
+        }
+        Deserialization::Context context;
+        std::unique_ptr<Operator> op =
+            Deserialization::DeserializeOperator(record.serializedOperator, context);
+        if (op == nullptr) {
+            return false;
+        }
+        Access::GetImplementation(*graph)->InsertOperator(std::move(op),
+                                                          static_cast<std::size_t>(record.index));
+        context.ResolveReferences();
+        return true;
+    }
+
+    bool operator()(const DataConnectionRecord& record) const {
+        auto* output = Find<DataOutput>(project, record.output);
+        auto* input = Find<DataInput>(project, record.input);
+        if (output == nullptr || input == nullptr) {
+            return false;
+        }
+        Graph* graph = input->GetOperator() != nullptr ? input->GetOperator()->GetGraph() : nullptr;
+        if (graph == nullptr) {
+            return false;
+        }
+        if ((record.presence == Presence::Added) == Forward()) {
+            return graph->AddDataConnection(DataConnection{output, input});
+        }
+        return graph->RemoveDataConnection(DataConnection{output, input});
+    }
+
+    bool operator()(const ParameterConnectionRecord& record) const {
+        auto* source = Find<Parameter>(project, record.output);
+        auto* target = Find<Parameter>(project, record.input);
+        if (source == nullptr || target == nullptr) {
+            return false;
+        }
+        Graph* graph = target->GetOperator() != nullptr ? target->GetOperator()->GetGraph() : nullptr;
+        if (graph == nullptr) {
+            return false;
+        }
+        if ((record.presence == Presence::Added) == Forward()) {
+            return graph->AddParameterConnection(ParameterConnection{source, target, record.links}, true);
+        }
+        return graph->RemoveParameterConnection(ParameterConnectionEndpoints{source, target});
+    }
+
+    bool operator()(const DataPortRecord& record) const {
+        const bool add = (record.presence == Presence::Added) == Forward();
+        Object* parent = project.Resolve(record.path.GetParent());
+        if (auto* list = dynamic_cast<DataInputList*>(parent)) {
+            return add ? AddListInput(*list, record) : RemoveListInput(*list, record);
+        }
+        auto* op = dynamic_cast<Operator*>(parent);
+        if (op == nullptr) {
+            LogDrift(record.path.GetParent());
+            return false;
+        }
+        return add ? AddUserPort(*op, record) : RemoveUserPort(*op, record);
+    }
+
+    bool operator()(const StructureRecord& record) const {
+        auto* op = Find<Operator>(project, record.path);
+        if (op == nullptr) {
+            return false;
+        }
+        Deserialization::Context context;
+        Deserialization::RestoreOwnStructure(*op, Forward() ? record.next : record.previous, context);
+        context.ResolveReferences();
+        return true;
+    }
+
+    bool operator()(const ListInputMoveRecord& record) const {
+        auto* input = Find<DataInput>(project, record.path);
+        if (input == nullptr || input->GetList() == nullptr) {
+            return false;
+        }
+        const std::size_t index =
+            static_cast<std::size_t>(Forward() ? record.nextIndex : record.previousIndex);
+        return input->GetList()->IndexOf(input) == index || input->GetList()->MoveInput(input, index);
+    }
+
+    bool operator()(const ParameterAddedRecord& record) const {
+        return Forward() ? AddNode(record.path, record.index, record.node) : RemoveNode(record.path);
+    }
+
+    bool operator()(const ParameterRemovedRecord& record) const {
+        return Forward() ? RemoveNode(record.path) : AddNode(record.path, record.index, record.node);
+    }
+
+    bool operator()(const BundleAddedRecord& record) const {
+        return Forward() ? AddNode(record.path, record.index, record.node) : RemoveNode(record.path);
+    }
+
+    bool operator()(const BundleRemovedRecord& record) const {
+        return Forward() ? RemoveNode(record.path) : AddNode(record.path, record.index, record.node);
+    }
+
+    bool operator()(const ParameterNodeMoveRecord& record) const {
+        auto* node = Find<ParameterNode>(project, record.path);
+        if (node == nullptr || node->GetParent() == nullptr) {
+            return false;
+        }
+        const std::size_t index =
+            static_cast<std::size_t>(Forward() ? record.nextIndex : record.previousIndex);
+        ParameterGroup& group = *node->GetParent();
+        return node->GetIndex() == index || group.Move(node, index);
+    }
+
+    bool operator()(const CompoundRecord& record) const {
+        return SetValue(project, record.path, Forward() ? record.next : record.previous);
+    }
+
+private:
+    // A list input that comes back is made with its old key and moved to where it was.
+    static bool AddListInput(DataInputList& list, const DataPortRecord& record) {
+        const std::string key = Deserialization::Detail::KeyOf(record.port);
+        if (list.FindChild(key) != nullptr) {
+            return true;  // the graph kept it as its spare input
+        }
+        DataInput* input = Access::GetImplementation(list)->CreateInput(key);
+        if (input == nullptr) {
+            return false;
+        }
+        Deserialization::Context context;
+        Deserialization::DeserializeDataInput(record.port, *input, context);
+        context.ResolveReferences();
+        const std::size_t index = static_cast<std::size_t>(record.index);
+        if (index < list.GetInputCount() && list.IndexOf(input) != index) {
+            list.MoveInput(input, index);
+        }
+        return true;
+    }
+
+    // The graph removes a list input whose connection went, so one that is already gone is done.
+    static bool RemoveListInput(DataInputList& list, const DataPortRecord& record) {
+        auto* input = dynamic_cast<DataInput*>(list.FindChild(record.path[record.path.Size() - 1]));
+        if (input == nullptr) {
+            return true;
+        }
+        return Access::GetImplementation(list)->RemoveInput(input);
+    }
+
+    static bool AddUserPort(Operator& op, const DataPortRecord& record) {
+        auto* graph = dynamic_cast<Graph*>(&op);
+        if (graph == nullptr) {
+            return false;  // only a graph takes ports from its user
+        }
+        Deserialization::Context context;
+        bool added = false;
+        if (record.direction == PortDirection::Input) {
+            std::unique_ptr<DataInput> input = Deserialization::DeserializeDataInput(record.port, context);
+            added = graph->AddUserDataInput(std::move(input));
+        } else {
+            std::unique_ptr<DataOutput> output = Deserialization::DeserializeDataOutput(record.port, context);
+            added = graph->AddUserDataOutput(std::move(output));
+        }
+        context.ResolveReferences();
+        return added;
+    }
+
+    bool RemoveUserPort(Operator& op, const DataPortRecord& record) const {
+        Object* port = project.Resolve(record.path);
+        if (record.direction == PortDirection::Input) {
+            if (auto* input = dynamic_cast<DataInput*>(port)) {
+                return op.RemoveDataInput(input);
+            }
+        } else if (auto* output = dynamic_cast<DataOutput*>(port)) {
+            return op.RemoveDataOutput(output);
+        }
+        LogDrift(record.path);
+        return false;
+    }
+
+    bool AddNode(const Path& path, std::uint64_t index, const json& node) const {
+        ParameterGroup* group = FindGroup(project, path);
+        if (group == nullptr) {
+            return false;
+        }
+        if (auto* list = dynamic_cast<ParameterBundleList*>(group)) {
+            return AddBundle(*list, static_cast<std::size_t>(index), node);
+        }
+        Deserialization::Context context;
+        std::unique_ptr<Parameter> parameter = Deserialization::DeserializeParameter(node, context);
+        if (parameter == nullptr) {
+            return false;
+        }
+        if (node.contains("type")) {
+            Access::GetImplementation(*parameter)->SetAddedByUser(true);
+        }
+        const bool inserted = group->Insert(std::move(parameter), static_cast<std::size_t>(index));
+        context.ResolveReferences();
+        return inserted;
+    }
+
+    static bool AddBundle(ParameterBundleList& list, std::size_t index, const json& node) {
+        Operator* op = list.GetOperator();
+        ParameterBundle* bundle =
+            list.CreateBundle(node.value("kind", std::string()), Deserialization::Detail::KeyOf(node));
+        if (bundle == nullptr || op == nullptr) {
+            return false;
+        }
+        Deserialization::Context context;
+        std::vector<Deserialization::Detail::Unmatched> unmatched;
+        Deserialization::Detail::ApplyScope(*op, *bundle,
+                                            Deserialization::Detail::ArrayAt(node, "parameters"), context,
+                                            Deserialization::Detail::References::Defer, unmatched);
+        if (index < list.GetBundles().size() && list.IndexOf(bundle) != index) {
+            list.MoveBundle(bundle, index);
+        }
+        Deserialization::Detail::RebuildStructure(*op);
+        context.ResolveReferences();
+        return true;
+    }
+
+    bool RemoveNode(const Path& path) const {
+        auto* node = Find<ParameterNode>(project, path);
+        if (node == nullptr || node->GetParent() == nullptr) {
+            return false;
+        }
+        return node->GetParent()->Remove(node);
+    }
+
+    Project& project;
+    Direction direction;
+};
+
+bool Step(Project& project, const Record& record, Direction direction) {
+    Transaction::SuppressRecording suppress;
+    return std::visit(Replayer(project, direction), record);
+}
+
+bool Replay(Project& project, const std::vector<Record>& records, Direction direction) {
+    bool result = true;
+    const std::size_t count = records.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const Record& record = records[direction == Direction::Forward ? i : count - 1 - i];
+        result = Step(project, record, direction) && result;
+        if (const auto* compound = std::get_if<CompoundRecord>(&record)) {
+            result = Replay(project, compound->nested, direction) && result;
+        }
+    }
+    return result;
+}
+
+std::string Presented(Presence presence) {
+    return presence == Presence::Added ? "Add" : "Remove";
+}
+
+struct Describer {
+    std::string operator()(const ParameterValueRecord& record) const {
+        return "Set " + record.path.ToString() + " to " + record.next.dump();
+    }
+    std::string operator()(const ParameterComponentRecord& record) const {
+        return "Set component " + std::to_string(record.component) + " of " + record.path.ToString() +
+               " to " + json(record.next).dump();
+    }
+    std::string operator()(const OperatorPositionRecord& record) const {
+        return "Move " + record.path.ToString() + " to (" + json(record.next.x).dump() + ", " +
+               json(record.next.y).dump() + ")";
+    }
+    std::string operator()(const RenameRecord& record) const {
+        return "Rename " + record.path.ToString() + " from \"" + record.previous + "\" to \"" + record.next +
+               "\"";
+    }
+    std::string operator()(const OperatorRecord& record) const {
+        return Presented(record.presence) + " operator " + record.path.ToString();
+    }
+    std::string operator()(const DataConnectionRecord& record) const {
+        return (record.presence == Presence::Added ? "Connect " : "Disconnect ") + record.output.ToString() +
+               " to " + record.input.ToString();
+    }
+    std::string operator()(const ParameterConnectionRecord& record) const {
+        return (record.presence == Presence::Added ? "Connect parameter " : "Disconnect parameter ") +
+               record.output.ToString() + " to " + record.input.ToString();
+    }
+    std::string operator()(const DataPortRecord& record) const {
+        return Presented(record.presence) +
+               (record.direction == PortDirection::Input ? " data input " : " data output ") +
+               record.path.ToString();
+    }
+    std::string operator()(const StructureRecord& record) const {
+        return "Rebuild the structure of " + record.path.ToString();
+    }
+    std::string operator()(const ListInputMoveRecord& record) const {
+        return "Move list input " + record.path.ToString() + " to " + std::to_string(record.nextIndex);
+    }
+    std::string operator()(const ParameterAddedRecord& record) const {
+        return "Add parameter " + record.path.ToString();
+    }
+    std::string operator()(const ParameterRemovedRecord& record) const {
+        return "Remove parameter " + record.path.ToString();
+    }
+    std::string operator()(const BundleAddedRecord& record) const {
+        return "Add bundle " + record.path.ToString();
+    }
+    std::string operator()(const BundleRemovedRecord& record) const {
+        return "Remove bundle " + record.path.ToString();
+    }
+    std::string operator()(const ParameterNodeMoveRecord& record) const {
+        return "Move parameter " + record.path.ToString() + " to " + std::to_string(record.nextIndex);
+    }
+    std::string operator()(const CompoundRecord& record) const {
+        return "Set " + record.path.ToString() + " to " + record.next.dump() + " and rebuild (" +
+               std::to_string(record.nested.size()) + " nested)";
+    }
+};
+
+}  // namespace
+
+bool ApplyTransaction(Project& project, const CommittedTransaction& transaction) {
+    Transaction::SuppressRecording suppress;
+    return Replay(project, transaction.records, Direction::Forward);
+}
+
+bool UndoTransaction(Project& project, const CommittedTransaction& transaction) {
+    Transaction::SuppressRecording suppress;
+    return Replay(project, transaction.records, Direction::Backward);
+}
+
+std::string DescribeRecord(const Record& record) {
+    return std::visit(Describer{}, record);
+}
+
+}  // namespace Vantel

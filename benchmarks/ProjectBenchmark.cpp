@@ -1,0 +1,195 @@
+// ProjectBenchmark.cpp: saving and loading large projects, against the JSON library's own dump and parse of
+// the same document, timed in turns within each case so that the ratio comes from one run.
+//
+//   build/bench/bin/ProjectBenchmark                                   # Save and Load at 1,000 and 10,000
+//   the counters: "ratio" is save/dump or load/parse, "baseline_ms" the JSON library's time alone
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <nlohmann/json.hpp>
+
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/FloatParameter.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
+
+namespace Vantel {
+namespace {
+
+class SourceOperator : public Operator {
+public:
+    FloatParameter frequency{this, "Frequency", 1.0};
+    FloatParameter amplitude{this, "Amplitude", 1.0};
+    DataOutput out{this, "Out"};
+
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Benchmark.ProjectSource", Operator::Type(),
+                                     MakeFactory<SourceOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+};
+
+class ProcessOperator : public Operator {
+public:
+    DataInput in{this, "In"};
+    FloatParameter gain{this, "Gain", 1.0};
+    FloatParameter offset{this, "Offset", 0.0};
+    FloatParameter limit{this, "Limit", 1e6};
+    DataOutput out{this, "Out"};
+
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Benchmark.ProjectProcess", Operator::Type(),
+                                     MakeFactory<ProcessOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+};
+
+void RegisterTypes() {
+    static const bool registered = [] {
+        RegisterCoreTypes();
+        TypeLibrary::Get()->RegisterType(SourceOperator::Type());
+        TypeLibrary::Get()->RegisterType(ProcessOperator::Type());
+        return true;
+    }();
+    static_cast<void>(registered);
+}
+
+// Operator 0 is the source; each process takes the previous operator's data, every process after the first
+// has its Offset driven by the previous one's Gain, and each stores values of its own.
+struct ProjectFile {
+    explicit ProjectFile(int count) : count(count) {
+        RegisterTypes();
+        Graph& root = *project.GetRootGraph();
+        auto source = std::make_unique<SourceOperator>();
+        source->SetKey("Op0");
+        source->frequency.SetValue(2.5);
+        DataOutput* sourceOut = &source->out;
+        root.AddOperator(std::move(source));
+        std::vector<ProcessOperator*> processes;
+        for (int i = 1; i < count; ++i) {
+            auto process = std::make_unique<ProcessOperator>();
+            process->SetKey("Op" + std::to_string(i));
+            process->gain.SetValue(1.0 + i * 0.001);
+            process->limit.SetValue(100.0 + i);
+            processes.push_back(process.get());
+            root.AddOperator(std::move(process));
+        }
+        // Wired from the far end, so that building the file does not pay for a cycle check down the chain.
+        for (std::size_t i = processes.size(); i-- > 0;) {
+            ProcessOperator& process = *processes[i];
+            root.AddDataConnection({i == 0 ? sourceOut : &processes[i - 1]->out, &process.in});
+            if (i > 0) {
+                ProcessOperator& previous = *processes[i - 1];
+                root.AddParameterConnection(
+                    {&previous.gain, &process.offset, WholeValueLinks(previous.gain, process.offset)}, false);
+            }
+        }
+        document = Serialization::SerializeProject(project);
+        text = document.dump(4);
+    }
+
+    int count;
+    Project project;
+    nlohmann::json document;
+    std::string text;
+};
+
+// One project at a time: the cases of a size run one after the other and share it.
+ProjectFile& FileFor(int count) {
+    static std::unique_ptr<ProjectFile> current;
+    if (current == nullptr || current->count != count) {
+        current.reset();
+        current = std::make_unique<ProjectFile>(count);
+    }
+    return *current;
+}
+
+double Seconds(std::chrono::steady_clock::duration duration) {
+    return std::chrono::duration<double>(duration).count();
+}
+
+// Each iteration times `measured` and then `baseline`; the case's time is `measured`, the counters give the
+// baseline's mean and the ratio of the two totals. Destroying results is left out of both.
+template <typename Measured, typename Baseline>
+void RunAgainstBaseline(benchmark::State& state, Measured&& measured, Baseline&& baseline) {
+    double measuredTotal = 0.0;
+    double baselineTotal = 0.0;
+    for (auto _ : state) {
+        auto start = std::chrono::steady_clock::now();
+        auto result = measured();
+        const double measuredSeconds = Seconds(std::chrono::steady_clock::now() - start);
+        start = std::chrono::steady_clock::now();
+        auto baselineResult = baseline();
+        const double baselineSeconds = Seconds(std::chrono::steady_clock::now() - start);
+        benchmark::DoNotOptimize(result);
+        benchmark::DoNotOptimize(baselineResult);
+        state.SetIterationTime(measuredSeconds);
+        measuredTotal += measuredSeconds;
+        baselineTotal += baselineSeconds;
+    }
+    const double iterations = static_cast<double>(state.iterations() > 0 ? state.iterations() : 1);
+    state.counters["baseline_ms"] = baselineTotal * 1000.0 / iterations;
+    state.counters["ratio"] = baselineTotal > 0.0 ? measuredTotal / baselineTotal : 0.0;
+}
+
+// SerializeProject and dump(4), against dump(4) of the same document.
+void Save(benchmark::State& state, int count) {
+    ProjectFile& file = FileFor(count);
+    RunAgainstBaseline(
+        state, [&file] { return Serialization::SerializeProject(file.project).dump(4); },
+        [&file] { return file.document.dump(4); });
+}
+
+// parse and DeserializeProject, against parse of the same text.
+void Load(benchmark::State& state, int count) {
+    ProjectFile& file = FileFor(count);
+    // A load that loses anything would make the figure meaningless: the loaded tree must save as the file.
+    const std::unique_ptr<Project> check =
+        Deserialization::DeserializeProject(nlohmann::json::parse(file.text));
+    if (check == nullptr || Serialization::SerializeProject(*check) != file.document) {
+        state.SkipWithError("the loaded project differs from the saved one");
+        return;
+    }
+    RunAgainstBaseline(
+        state, [&file] { return Deserialization::DeserializeProject(nlohmann::json::parse(file.text)); },
+        [&file] { return nlohmann::json::parse(file.text); });
+}
+
+void RegisterAll() {
+    using Case = void (*)(benchmark::State&, int);
+    const std::pair<const char*, Case> cases[] = {{"Save", Save}, {"Load", Load}};
+    for (int count : {1000, 10000}) {
+        for (const auto& [caseName, run] : cases) {
+            const std::string name = std::string("Project/") + caseName + "/" + std::to_string(count);
+            benchmark::RegisterBenchmark(name.c_str(), run, count)
+                ->UseManualTime()
+                ->Unit(benchmark::kMillisecond);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Vantel
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv)) {
+        return 1;
+    }
+    Vantel::RegisterAll();
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
