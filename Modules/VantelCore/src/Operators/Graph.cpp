@@ -37,6 +37,21 @@ void ForEachFeeder(const Operator& op, Visit&& visit) {
     }
 }
 
+// Every operator that `op` feeds through its outputs' connections or its parameters' outgoing connections.
+template <typename Visit>
+void ForEachConsumer(const Operator& op, Visit&& visit) {
+    for (const DataOutput* output : op.GetAllDataOutputs()) {
+        for (const DataConnection& connection : output->GetConnections()) {
+            visit(connection.input->GetOperator());
+        }
+    }
+    for (const Parameter* parameter : op.GetAllParameters()) {
+        for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
+            visit(connection.target->GetOperator());
+        }
+    }
+}
+
 bool HasFeeders(const Operator& op) {
     bool fed = false;
     ForEachFeeder(op, [&fed](const Operator*) { fed = true; });
@@ -108,6 +123,8 @@ void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::
     operators.insert(operators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     constOperators.insert(constOperators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     ownedOperators.push_back(std::move(op));
+    operatorsByKey.emplace(raw->GetKey(), raw);
+    ranks[raw] = nextRank++;  // unconnected: any rank is a valid one
     orderDirty = true;
     if (Transaction::IsRecording()) {
         Transaction::AddRecord(
@@ -133,6 +150,7 @@ const std::vector<Operator*>& Graph::Implementation::GetExecutionOrder() {
 
 void Graph::Implementation::RebuildOrder() {
     executionOrder.clear();
+    ranks.clear();
     std::unordered_set<const Operator*> placed;
     std::unordered_set<const Operator*> queued;
     std::deque<Operator*> queue;
@@ -156,6 +174,7 @@ void Graph::Implementation::RebuildOrder() {
             enqueue(op);
             continue;
         }
+        ranks[op] = executionOrder.size();
         executionOrder.push_back(op);
         placed.insert(op);
         for (DataOutput* output : op->GetAllDataOutputs()) {
@@ -169,24 +188,61 @@ void Graph::Implementation::RebuildOrder() {
             }
         }
     }
+    nextRank = executionOrder.size();
+    ranksValid = executionOrder.size() == operators.size();
 }
 
-bool Graph::Implementation::IsUpstream(const Operator* of, const Operator* candidate) const {
-    std::vector<const Operator*> stack{of};
-    std::unordered_set<const Operator*> visited{of};
-    while (!stack.empty()) {
-        const Operator* op = stack.back();
-        stack.pop_back();
-        if (op == candidate) {
-            return true;
+bool Graph::Implementation::IsUpstream(const Operator* of, const Operator* candidate) {
+    if (of == candidate) {
+        return true;
+    }
+    if (!ranksValid) {
+        RebuildOrder();
+        orderDirty = false;
+    }
+    if (ranksValid) {
+        const auto ofRank = ranks.find(of);
+        const auto candidateRank = ranks.find(candidate);
+        if (ofRank != ranks.end() && candidateRank != ranks.end() && ofRank->second < candidateRank->second) {
+            return false;  // every path runs from lower to higher ranks
         }
-        ForEachFeeder(*op, [&](const Operator* feeder) {
-            if (feeder != nullptr && visited.insert(feeder).second) {
-                stack.push_back(feeder);
+    }
+    // Up from `of` and down from `candidate` in turns: a path exists exactly when one search meets the other
+    // end, and whichever side runs out first ends the search. A long chain checked at its end thus costs as
+    // little as the short side, which keeps loading a large file from being quadratic.
+    std::vector<const Operator*> up{of};
+    std::vector<const Operator*> down{candidate};
+    std::unordered_set<const Operator*> seenUp{of};
+    std::unordered_set<const Operator*> seenDown{candidate};
+    bool found = false;
+    while (!up.empty() && !down.empty() && !found) {
+        const Operator* upper = up.back();
+        up.pop_back();
+        ForEachFeeder(*upper, [&](const Operator* feeder) {
+            found = found || feeder == candidate;
+            if (feeder != nullptr && seenUp.insert(feeder).second) {
+                up.push_back(feeder);
+            }
+        });
+        const Operator* lower = down.back();
+        down.pop_back();
+        ForEachConsumer(*lower, [&](const Operator* consumer) {
+            found = found || consumer == of;
+            if (consumer != nullptr && seenDown.insert(consumer).second) {
+                down.push_back(consumer);
             }
         });
     }
-    return false;
+    return found;
+}
+
+void Graph::Implementation::NoteConnection(const Operator* producer, const Operator* consumer) {
+    const auto producerRank = ranks.find(producer);
+    const auto consumerRank = ranks.find(consumer);
+    if (producerRank == ranks.end() || consumerRank == ranks.end() ||
+        producerRank->second >= consumerRank->second) {
+        ranksValid = false;
+    }
 }
 
 void Graph::Implementation::ForgetConnections() {
@@ -218,6 +274,7 @@ Graph::~Graph() {
     }
     implementation->operators.clear();
     implementation->constOperators.clear();
+    implementation->operatorsByKey.clear();
     implementation->ownedOperators.clear();
 }
 
@@ -263,6 +320,8 @@ std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
         std::find_if(owned.begin(), owned.end(), [op](const auto& o) { return o.get() == op; });
     std::unique_ptr<Operator> released = std::move(*found);
     owned.erase(found);
+    implementation->operatorsByKey.erase(op->GetKey());
+    implementation->ranks.erase(op);
     Access::GetImplementation(*op)->SetGraph(nullptr);
     implementation->orderDirty = true;
     if (record) {
@@ -308,6 +367,7 @@ bool Graph::AddDataConnection(DataConnection connection) {
     Access::GetImplementation(*connection.output)->AddConnection(connection);
     implementation->dataConnections.push_back(connection);
     implementation->orderDirty = true;
+    implementation->NoteConnection(connection.output->GetOperator(), connection.input->GetOperator());
     if (Transaction::IsRecording()) {
         Transaction::AddRecord(
             DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(), Presence::Added});
@@ -463,6 +523,7 @@ bool Graph::AddParameterConnection(const ParameterConnection& connection, bool r
     Access::GetImplementation(*added.source)->AddOutgoingConnection(added);
     implementation->parameterConnections[added.GetEndpoints()] = added.links;
     implementation->orderDirty = true;
+    implementation->NoteConnection(added.source->GetOperator(), added.target->GetOperator());
     if (Transaction::IsRecording()) {
         Transaction::AddRecord(ParameterConnectionRecord{added.source->GetPath(), added.target->GetPath(),
                                                          added.links, Presence::Added});
@@ -651,12 +712,8 @@ Object* Graph::FindChildImplementation(std::string_view key) {
     if (Object* own = Operator::FindChildImplementation(key)) {
         return own;
     }
-    for (Operator* op : implementation->operators) {
-        if (op->GetKey() == key) {
-            return op;
-        }
-    }
-    return nullptr;
+    const auto found = implementation->operatorsByKey.find(std::string(key));
+    return found == implementation->operatorsByKey.end() ? nullptr : found->second;
 }
 
 }  // namespace Vantel

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <Vantel/Export.h>
@@ -30,16 +32,25 @@ public:
 private:
     friend class Graph;
     void RebuildOrder();
-    bool IsUpstream(const Operator* of, const Operator* candidate) const;
+    bool IsUpstream(const Operator* of, const Operator* candidate);
+    // After a new connection from `producer` to `consumer`: the ranks stay valid when it follows them.
+    void NoteConnection(const Operator* producer, const Operator* consumer);
     void ForgetConnections();
 
     Graph& graph;
     std::vector<Operator*> operators;
     std::vector<const Operator*> constOperators;
     std::vector<std::unique_ptr<Operator>> ownedOperators;
+    // Keys are fixed while an operator is in the graph, so lookups by key need no scan.
+    std::unordered_map<std::string, Operator*> operatorsByKey;
     std::vector<DataConnection> dataConnections;
     ParameterConnectionMap parameterConnections;
     std::vector<Operator*> executionOrder;
+    // A topological rank per operator while `ranksValid`: a connection that goes from a lower to a higher
+    // rank cannot close a cycle, so the cycle test needs no search for it.
+    std::unordered_map<const Operator*, std::size_t> ranks;
+    std::size_t nextRank = 0;
+    bool ranksValid = false;
     bool orderDirty = true;
     Event<Operator*> operatorAddedEvent;
     Event<Operator*> operatorRemovedEvent;
