@@ -23,14 +23,7 @@ using Testing::NumberOf;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
 
-template <typename T>
-T& Add(Graph& graph, std::string_view name = "") {
-    auto op = std::make_unique<T>();
-    op->SetName(name);
-    T& added = *op;
-    graph.AddOperator(std::move(op));
-    return added;
-}
+using Testing::Add;
 
 std::unique_ptr<ExecutionContext> Frame(unsigned long long number = 0) {
     return Access::CreateExecutionContext(0.0, 0.0, number);

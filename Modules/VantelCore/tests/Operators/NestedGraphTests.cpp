@@ -27,13 +27,7 @@ public:
     double GetFirstFrameDuration() const override { return 0.1; }
 };
 
-template <typename T>
-T& Add(Graph& graph) {
-    auto op = std::make_unique<T>();
-    T& added = *op;
-    graph.AddOperator(std::move(op));
-    return added;
-}
+using Testing::Add;
 
 // Source -> A (offset driven by a driver's result) -> B (offset 10), as one flat graph.
 struct FlatSetup {

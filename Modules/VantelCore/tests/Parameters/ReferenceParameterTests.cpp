@@ -43,13 +43,7 @@ public:
     const ObjectType* GetType() const override { return Type(); }
 };
 
-template <typename T>
-T& Add(Graph& graph) {
-    auto op = std::make_unique<T>();
-    T& added = *op;
-    graph.AddOperator(std::move(op));
-    return added;
-}
+using Testing::Add;
 
 // root: holder, sibling, adder, inner (a graph: deep, nested).
 struct Scene {

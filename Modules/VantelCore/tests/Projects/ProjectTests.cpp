@@ -15,6 +15,7 @@
 
 #include "Support/LogCapture.h"
 #include "Support/ProjectOperators.h"
+#include "Support/TestOperators.h"
 
 namespace Vantel {
 namespace {
@@ -26,14 +27,7 @@ using Testing::MixerOperator;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
 
-template <typename T>
-T& Add(Graph& graph, std::string_view name) {
-    auto op = std::make_unique<T>();
-    op->SetName(name);
-    T& added = *op;
-    graph.AddOperator(std::move(op));
-    return added;
-}
+using Testing::Add;
 
 std::string TempFile(std::string_view name) {
     return (std::filesystem::temp_directory_path() /

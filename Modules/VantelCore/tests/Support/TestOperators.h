@@ -9,11 +9,22 @@
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/Operator.h>
 
 #include "Support/TestParameters.h"
 
 namespace Vantel::Testing {
+
+// Adds a new operator of type T (named `name`) to `graph` and returns it.
+template <typename T>
+T& Add(Graph& graph, std::string_view name = "") {
+    auto op = std::make_unique<T>();
+    op->SetName(name);
+    T& added = *op;
+    graph.AddOperator(std::move(op));
+    return added;
+}
 
 // A number flowing through data ports.
 class NumberData : public Data {
