@@ -1,5 +1,12 @@
 # Script mode: writes OUTPUT, a C++ source holding each file of RESOURCES (paths relative to BASE_DIR, joined with
-# "|") as a byte array, and the table that Vantel::Resources::Find reads.
+# "|") as a byte array, and the table that Vantel::Resources::Find reads (or, with NAMESPACE and HEADER, a
+# plug-in's own table).
+if(NOT NAMESPACE)
+    set(NAMESPACE "Vantel::Resources::Detail")
+endif()
+if(NOT HEADER)
+    set(HEADER "Support/ResourceTable.h")
+endif()
 string(REPLACE "|" ";" resources "${RESOURCES}")
 set(arrays "")
 set(entries "")
@@ -18,9 +25,9 @@ foreach(resource IN LISTS resources)
     math(EXPR index "${index} + 1")
 endforeach()
 set(content "// Generated from the resource files at build time; edit those instead.
-#include \"Support/ResourceTable.h\"
+#include \"${HEADER}\"
 
-namespace Vantel::Resources::Detail {
+namespace ${NAMESPACE} {
 namespace {
 ${arrays}}  // namespace
 
@@ -30,7 +37,7 @@ ${entries}    {nullptr, nullptr, 0},
 
 const Entry* GetEntries() { return entries; }
 
-}  // namespace Vantel::Resources::Detail
+}  // namespace ${NAMESPACE}
 ")
 file(WRITE ${OUTPUT}.tmp "${content}")
 file(COPY_FILE ${OUTPUT}.tmp ${OUTPUT} ONLY_IF_DIFFERENT)

@@ -1,34 +1,60 @@
-// vantel: the command-line host of VantelCore.
+// vantel: the command-line host of VantelCore. It uses the library only through its public interface.
+#include <exception>
 #include <iostream>
 #include <string_view>
+#include <vector>
 
-#include <Vantel/VantelCore.h>
+#include <Vantel/Projects/BuildInfo.h>
+
+#include "Arguments.h"
+#include "Commands.h"
+#include "Output.h"
 
 namespace {
 
-constexpr std::string_view kUsage =
-    "usage: vantel <command> [arguments]\n"
-    "\n"
-    "commands:\n"
-    "  --version    print the build's version and exit\n"
-    "  --help       print this help and exit\n";
+int Dispatch(const VantelHost::Arguments& arguments) {
+    using namespace VantelHost;
+    if (arguments.command == "help") {
+        Out() << Usage();
+        return kExitOk;
+    }
+    if (arguments.command == "version") {
+        Out() << "vantel " << Vantel::BuildInfo::GetDisplayString() << '\n';
+        return kExitOk;
+    }
+    if (arguments.command == "run") {
+        return RunCommand(arguments);
+    }
+    if (arguments.command == "check") {
+        return CheckCommand(arguments);
+    }
+    if (arguments.command == "upgrade") {
+        return UpgradeCommand(arguments);
+    }
+    if (arguments.command == "types") {
+        return TypesCommand(arguments);
+    }
+    if (arguments.command == "doc") {
+        return DocCommand(arguments);
+    }
+    return GraphCommand(arguments);
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        std::cerr << kUsage;
-        return 2;
+    using namespace VantelHost;
+    SeparateLibraryLog();
+    int code = kExitFailed;
+    try {
+        code = Dispatch(ParseArguments(std::vector<std::string_view>(argv + 1, argv + argc)));
+    } catch (const HostError& error) {
+        std::cerr << "vantel: " << error.what() << '\n';
+        code = error.code;
+    } catch (const std::exception& error) {
+        // A JSON error while saving, a file-system error: the command failed, with the library's own words.
+        std::cerr << "vantel: " << error.what() << '\n';
     }
-    const std::string_view command = argv[1];
-    if (command == "--version" || command == "version") {
-        std::cout << "vantel " << Vantel::BuildInfo::GetDisplayString() << '\n';
-        return 0;
-    }
-    if (command == "--help" || command == "-h" || command == "help") {
-        std::cout << kUsage;
-        return 0;
-    }
-    std::cerr << "vantel: unknown command '" << command << "'\n\n" << kUsage;
-    return 2;
+    Out().flush();
+    return code;
 }

@@ -21,6 +21,7 @@
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/Plugin.h>
+#include <Vantel/Objects/PluginFiles.h>
 #include <Vantel/Objects/Ptr.h>
 #include <Vantel/Objects/TypeLibrary.h>
 
@@ -85,3 +86,4 @@
 #include <Vantel/Support/Logging.h>
 #include <Vantel/Support/Resources.h>
 #include <Vantel/Support/StatusEvent.h>
+#include <Vantel/Support/Terminal.h>

@@ -7,6 +7,7 @@ public:
     double time = 0.0;
     double deltaTime = 0.0;
     unsigned long long frameNumber = 0;
+    unsigned long long operatorsRun = 0;
 };
 
 ExecutionContext::ExecutionContext(double time, double deltaTime, unsigned long long frameNumber)
@@ -18,6 +19,10 @@ void ExecutionContext::Update(double time, double deltaTime, unsigned long long 
     implementation->time = time;
     implementation->deltaTime = deltaTime;
     implementation->frameNumber = frameNumber;
+}
+
+void ExecutionContext::CountOperatorRun() {
+    ++implementation->operatorsRun;
 }
 
 ExecutionContext::~ExecutionContext() = default;
@@ -32,6 +37,10 @@ double ExecutionContext::GetDeltaTime() const {
 
 unsigned long long ExecutionContext::GetFrameNumber() const {
     return implementation->frameNumber;
+}
+
+unsigned long long ExecutionContext::GetOperatorsRun() const {
+    return implementation->operatorsRun;
 }
 
 }  // namespace Vantel

@@ -112,4 +112,8 @@ unsigned long long Runner::GetFrameNumber() const {
     return implementation->frameNumber;
 }
 
+unsigned long long Runner::GetOperatorsRun() const {
+    return implementation->context->GetOperatorsRun();
+}
+
 }  // namespace Vantel

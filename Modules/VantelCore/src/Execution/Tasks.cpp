@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <cstddef>
 #include <deque>
 #include <exception>
 #include <memory>
@@ -29,9 +30,36 @@ void RunReportingFailure(const std::function<void()>& task) {
     }
 }
 
+// Counts the tasks queued on or running in either pool, so that a caller can wait for all background work to
+// end. A task is counted from its queueing until it returned, after anything it queued itself was counted,
+// so the count reaches zero only when no work is left that could queue more.
+class OutstandingWork {
+public:
+    void Add() {
+        std::lock_guard lock(mutex);
+        ++count;
+    }
+    void Remove(std::size_t finished) {
+        std::lock_guard lock(mutex);
+        count -= finished;
+        if (count == 0) {
+            idle.notify_all();
+        }
+    }
+    void WaitUntilNone() {
+        std::unique_lock lock(mutex);
+        idle.wait(lock, [this] { return count == 0; });
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable idle;
+    std::size_t count = 0;
+};
+
 class WorkerPool {
 public:
-    explicit WorkerPool(unsigned threadCount) {
+    WorkerPool(unsigned threadCount, OutstandingWork& outstanding) : outstanding(outstanding) {
         threads.reserve(threadCount);
         for (unsigned i = 0; i < threadCount; ++i) {
             threads.emplace_back([this](std::stop_token stop) { Work(stop); });
@@ -47,6 +75,7 @@ public:
             if (stopping) {
                 return;  // the task dies with this call, outside the lock: its captures may post again
             }
+            outstanding.Add();
             queue.push_back(std::move(task));
         }
         std::lock_guard lock(mutex);
@@ -61,6 +90,7 @@ public:
             stopping = true;
             dropped.swap(queue);
         }
+        outstanding.Remove(dropped.size());
         dropped.clear();
         for (std::jthread& thread : threads) {
             thread.request_stop();
@@ -90,9 +120,12 @@ private:
                 queue.pop_front();
             }
             RunReportingFailure(task);
+            task = nullptr;  // its captures die before the task counts as finished
+            outstanding.Remove(1);
         }
     }
 
+    OutstandingWork& outstanding;
     std::mutex mutex;
     // The _any variant, because only it can be woken by a stop request.
     std::condition_variable_any wakeUp;
@@ -137,9 +170,11 @@ unsigned GeneralThreadCount() {
 
 class Instance {
 public:
-    // Member order is start-up order: general pool, secondary pool, main-thread queue.
-    WorkerPool general{GeneralThreadCount()};
-    WorkerPool secondary{2};
+    // Member order is start-up order: general pool, secondary pool, main-thread queue. The count of
+    // outstanding work comes first, since the pools use it until they are stopped.
+    OutstandingWork outstanding;
+    WorkerPool general{GeneralThreadCount(), outstanding};
+    WorkerPool secondary{2, outstanding};
     MainThreadQueue mainThread;
 
     WorkerPool& Pool(Tasks::Kind kind) { return kind == Tasks::Kind::Secondary ? secondary : general; }
@@ -198,13 +233,20 @@ void Tasks::RunOnMainThread(std::function<void()> task) {
     }
 }
 
-void Tasks::ProcessMainThreadTasks() {
+std::size_t Tasks::ProcessMainThreadTasks() {
     std::vector<std::function<void()>> batch;
     if (std::shared_ptr<Instance> instance = global.GetInstance()) {
         batch = instance->mainThread.TakeAll();
     }
     for (std::function<void()>& task : batch) {
         task();
+    }
+    return batch.size();
+}
+
+void Tasks::WaitForBackgroundTasks() {
+    if (std::shared_ptr<Instance> instance = global.GetInstance()) {
+        instance->outstanding.WaitUntilNone();
     }
 }
 

@@ -664,6 +664,7 @@ void Graph::Execute(ExecutionContext& context) {
     for (Operator* op : implementation->GetExecutionOrder()) {
         if (op->Outdated()) {
             op->Execute(context);
+            Access::CountOperatorRun(context);
         }
         if (!Access::GetImplementation(*op)->MayHaveMarkedMembers()) {
             continue;  // no output or parameter has anything to hand on

@@ -14,6 +14,7 @@
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
 
@@ -38,10 +39,12 @@ Mirror* FindMirrorOf(const std::vector<MirrorPair<Source, Mirror>>& pairs, const
 }
 
 // Watches the containing graph and says when the mirror must be rebuilt; `onChange` rebuilds it at once when
-// the graph's members change, so that the mirror never lags behind an edit.
+// the graph's members change, so that the mirror never lags behind an edit. `onRemoving` hears of a port or
+// parameter node of the graph that is about to go, while the mirror of it is still connected.
 class GraphWatch {
 public:
-    explicit GraphWatch(std::function<void()> onChange) : onChange(std::move(onChange)) {}
+    GraphWatch(std::function<void()> onChange, std::function<void(Object&)> onRemoving)
+        : onChange(std::move(onChange)), onRemoving(std::move(onRemoving)) {}
 
     // True when the operator's graph changed or the graph's members did since the last call.
     bool NeedsSync(Graph* graph) {
@@ -63,6 +66,12 @@ public:
                     graph->DataOutputRemovedEvent().Subscribe([stale](DataOutput*) { stale(); }));
                 subscriptions.push_back(graph->DataPortsReorderedEvent().Subscribe(stale));
                 subscriptions.push_back(graph->ParameterTreeChangedEvent().Subscribe(stale));
+                Operator::Implementation& members =
+                    *Access::GetImplementation(static_cast<Operator&>(*graph));
+                const auto removing = [this](Object* member) { this->onRemoving(*member); };
+                subscriptions.push_back(members.DataInputRemovingEvent().Subscribe(removing));
+                subscriptions.push_back(members.DataOutputRemovingEvent().Subscribe(removing));
+                subscriptions.push_back(members.ParameterNodeRemovingEvent().Subscribe(removing));
             }
             changed = true;
         }
@@ -73,6 +82,7 @@ public:
 
 private:
     std::function<void()> onChange;
+    std::function<void(Object&)> onRemoving;
     Graph* watched = nullptr;
     bool changed = true;
     std::vector<EventSubscription> subscriptions;

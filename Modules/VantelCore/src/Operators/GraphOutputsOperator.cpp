@@ -12,7 +12,8 @@ using ParameterMirror = Detail::MirrorPair<Parameter, Parameter>;
 
 class GraphOutputsOperator::Implementation {
 public:
-    explicit Implementation(GraphOutputsOperator& owner) : owner(owner), watch([this] { Sync(); }) {}
+    explicit Implementation(GraphOutputsOperator& owner)
+        : owner(owner), watch([this] { Sync(); }, [this](Object& member) { Release(member); }) {}
 
     // Brings the mirror in line with the graph; the mirror is derived, so nothing of it is recorded.
     void Sync() {
@@ -53,6 +54,24 @@ public:
         parameter->SetFromData(source.GetData());
         Parameter* raw = parameter.get();
         return owner.AddParameter(std::move(parameter)) ? raw : nullptr;
+    }
+
+    // A graph member is about to go: its mirror's connections inside go first, recorded, so that undo brings
+    // them back once the member (and with it the mirror) is back. The mirror itself follows in Sync.
+    void Release(Object& member) {
+        Graph* graph = owner.GetGraph();
+        if (graph == nullptr) {
+            return;
+        }
+        if (auto* port = dynamic_cast<DataOutput*>(&member)) {
+            if (auto* mirror = Detail::FindMirrorOf(outputs, *port)) {
+                graph->DisconnectDataInput(*mirror);
+            }
+        } else if (auto* parameter = dynamic_cast<Parameter*>(&member)) {
+            if (Parameter* mirror = Detail::FindMirrorOf(parameters, *parameter)) {
+                graph->DisconnectParameter(*mirror);
+            }
+        }
     }
 
     GraphOutputsOperator& owner;

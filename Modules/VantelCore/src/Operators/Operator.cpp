@@ -330,16 +330,26 @@ const std::vector<const Parameter*>& Operator::GetAllParameters() const {
 }
 
 bool Operator::AddDataInput(DataInput* input) {
+    return InsertDataInput(input, ParameterNode::npos);
+}
+
+bool Operator::AddDataInput(std::unique_ptr<DataInput>&& input) {
+    return InsertDataInput(std::move(input), ParameterNode::npos);
+}
+
+bool Operator::InsertDataInput(DataInput* input, std::size_t index) {
     if (input == nullptr || input->GetOperator() != nullptr) {
         return false;
     }
     SettlePortKey(*implementation, *input, "Input");
     Access::GetImplementation(*input)->SetOperator(this);
-    implementation->inputSlots.emplace_back(input);
+    std::vector<DataInputSlot>& slots = implementation->inputSlots;
+    index = std::min(index, slots.size());
+    slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(index), input);
     implementation->flatInputsStale = true;
     implementation->membersMarked = true;  // it may carry a mark
     if (Transaction::IsRecording() && input->IsAddedByUser()) {
-        Transaction::AddRecord(DataPortRecord{input->GetPath(), implementation->inputSlots.size() - 1,
+        Transaction::AddRecord(DataPortRecord{input->GetPath(), index,
                                               Serialization::SerializeDataInput(*input), PortDirection::Input,
                                               Presence::Added});
     }
@@ -347,9 +357,9 @@ bool Operator::AddDataInput(DataInput* input) {
     return true;
 }
 
-bool Operator::AddDataInput(std::unique_ptr<DataInput>&& input) {
+bool Operator::InsertDataInput(std::unique_ptr<DataInput>&& input, std::size_t index) {
     std::unique_ptr<DataInput> taken = std::move(input);
-    if (!AddDataInput(taken.get())) {
+    if (!InsertDataInput(taken.get(), index)) {
         return false;
     }
     implementation->ownedInputs.push_back(std::move(taken));
@@ -360,6 +370,7 @@ bool Operator::RemoveDataInput(DataInput* input) {
     if (input == nullptr || input->GetOperator() != this || input->GetList() != nullptr) {
         return false;
     }
+    implementation->dataInputRemovingEvent.Fire(input);
     std::optional<Record> record;
     if (Transaction::IsRecording() && input->IsAddedByUser()) {
         const std::size_t slot = IndexIn(implementation->inputSlots, DataInputSlot(input));
@@ -393,16 +404,26 @@ bool Operator::MoveDataInput(DataInput* input, std::size_t index) {
 }
 
 bool Operator::AddDataOutput(DataOutput* output) {
+    return InsertDataOutput(output, ParameterNode::npos);
+}
+
+bool Operator::AddDataOutput(std::unique_ptr<DataOutput>&& output) {
+    return InsertDataOutput(std::move(output), ParameterNode::npos);
+}
+
+bool Operator::InsertDataOutput(DataOutput* output, std::size_t index) {
     if (output == nullptr || output->GetOperator() != nullptr) {
         return false;
     }
     SettlePortKey(*implementation, *output, "Output");
     Access::GetImplementation(*output)->SetOperator(this);
-    implementation->outputs.push_back(output);
+    std::vector<DataOutput*>& outputs = implementation->outputs;
+    index = std::min(index, outputs.size());
+    outputs.insert(outputs.begin() + static_cast<std::ptrdiff_t>(index), output);
     implementation->constOutputsStale = true;
     implementation->membersMarked = true;
     if (Transaction::IsRecording() && output->IsAddedByUser()) {
-        Transaction::AddRecord(DataPortRecord{output->GetPath(), implementation->outputs.size() - 1,
+        Transaction::AddRecord(DataPortRecord{output->GetPath(), index,
                                               Serialization::SerializeDataOutput(*output),
                                               PortDirection::Output, Presence::Added});
     }
@@ -410,9 +431,9 @@ bool Operator::AddDataOutput(DataOutput* output) {
     return true;
 }
 
-bool Operator::AddDataOutput(std::unique_ptr<DataOutput>&& output) {
+bool Operator::InsertDataOutput(std::unique_ptr<DataOutput>&& output, std::size_t index) {
     std::unique_ptr<DataOutput> taken = std::move(output);
-    if (!AddDataOutput(taken.get())) {
+    if (!InsertDataOutput(taken.get(), index)) {
         return false;
     }
     implementation->ownedOutputs.push_back(std::move(taken));
@@ -423,6 +444,7 @@ bool Operator::RemoveDataOutput(DataOutput* output) {
     if (output == nullptr || output->GetOperator() != this) {
         return false;
     }
+    implementation->dataOutputRemovingEvent.Fire(output);
     std::optional<Record> record;
     if (Transaction::IsRecording() && output->IsAddedByUser()) {
         record = DataPortRecord{output->GetPath(), IndexIn(implementation->outputs, output),

@@ -214,6 +214,9 @@ bool ParameterGroup::Remove(ParameterNode* node) {
     // with a path that resolves and is undone after the node comes back.
     ReferenceSupport::ClearReferencesInto(*node);
     Operator* op = GetOperator();
+    if (op != nullptr) {
+        Access::GetImplementation(*op)->ParameterNodeRemovingEvent().Fire(node);
+    }
     if (Graph* graph = op != nullptr ? op->GetGraph() : nullptr) {
         std::vector<Parameter*> parameters;
         CollectSubtreeParameters(*node, parameters);

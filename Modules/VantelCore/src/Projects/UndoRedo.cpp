@@ -11,6 +11,7 @@
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataInputListImplementation.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphImplementation.h>
 #include <Vantel/Operators/Operator.h>
@@ -283,19 +284,24 @@ private:
         return Access::GetImplementation(list)->RemoveInput(input);
     }
 
+    // A user's port comes back with its old key, at the slot it had, so that the order of the ports (and of
+    // the mirrors inside a graph) is as before.
     static bool AddUserPort(Operator& op, const DataPortRecord& record) {
-        auto* graph = dynamic_cast<Graph*>(&op);
-        if (graph == nullptr) {
-            return false;  // only a graph takes ports from its user
-        }
         Deserialization::Context context;
+        const std::size_t index = static_cast<std::size_t>(record.index);
         bool added = false;
         if (record.direction == PortDirection::Input) {
             std::unique_ptr<DataInput> input = Deserialization::DeserializeDataInput(record.port, context);
-            added = graph->AddUserDataInput(std::move(input));
+            if (input != nullptr) {
+                Access::GetImplementation(*input)->SetAddedByUser(true);
+                added = op.InsertDataInput(std::move(input), index);
+            }
         } else {
             std::unique_ptr<DataOutput> output = Deserialization::DeserializeDataOutput(record.port, context);
-            added = graph->AddUserDataOutput(std::move(output));
+            if (output != nullptr) {
+                Access::GetImplementation(*output)->SetAddedByUser(true);
+                added = op.InsertDataOutput(std::move(output), index);
+            }
         }
         context.ResolveReferences();
         return added;
@@ -410,11 +416,12 @@ struct Describer {
     }
     std::string operator()(const DataConnectionRecord& record) const {
         return (record.presence == Presence::Added ? "Connect " : "Disconnect ") + record.output.ToString() +
-               " to " + record.input.ToString();
+               (record.presence == Presence::Added ? " to " : " from ") + record.input.ToString();
     }
     std::string operator()(const ParameterConnectionRecord& record) const {
         return (record.presence == Presence::Added ? "Connect parameter " : "Disconnect parameter ") +
-               record.output.ToString() + " to " + record.input.ToString();
+               record.output.ToString() + (record.presence == Presence::Added ? " to " : " from ") +
+               record.input.ToString();
     }
     std::string operator()(const DataPortRecord& record) const {
         return Presented(record.presence) +
@@ -425,7 +432,7 @@ struct Describer {
         return "Rebuild the structure of " + record.path.ToString();
     }
     std::string operator()(const ListInputMoveRecord& record) const {
-        return "Move list input " + record.path.ToString() + " to " + std::to_string(record.nextIndex);
+        return "Move list input " + record.path.ToString() + " to index " + std::to_string(record.nextIndex);
     }
     std::string operator()(const ParameterAddedRecord& record) const {
         return "Add parameter " + record.path.ToString();
@@ -440,7 +447,7 @@ struct Describer {
         return "Remove bundle " + record.path.ToString();
     }
     std::string operator()(const ParameterNodeMoveRecord& record) const {
-        return "Move parameter " + record.path.ToString() + " to " + std::to_string(record.nextIndex);
+        return "Move parameter " + record.path.ToString() + " to index " + std::to_string(record.nextIndex);
     }
     std::string operator()(const CompoundRecord& record) const {
         return "Set " + record.path.ToString() + " to " + record.next.dump() + " and rebuild (" +

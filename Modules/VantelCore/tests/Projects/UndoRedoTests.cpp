@@ -3,11 +3,18 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/GraphInputsOperator.h>
+#include <Vantel/Operators/GraphOutputsOperator.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
@@ -43,6 +50,14 @@ T* Add(Graph& graph) {
     T* raw = made.get();
     graph.AddOperator(std::move(made));
     return raw;
+}
+
+// A port as a user adds it to an operator that is not a graph.
+template <typename Port>
+std::unique_ptr<Port> UserPort() {
+    auto port = std::make_unique<Port>();
+    Access::GetImplementation(*port)->SetAddedByUser(true);
+    return port;
 }
 
 // Undo gives back the file of `before`, redo the file as it is now; both run quietly.
@@ -171,6 +186,111 @@ TEST_F(UndoRedo, UserPortsAndParametersOfANestedGraph) {
         inner->RemoveParameter(inner->GetAllParameters()[0]);
     });
     ExpectRoundTrip(project, withMembers, removal);
+}
+
+// A user's port comes back at the slot it had, on a graph and on a plain operator, whether its removal is
+// undone or its addition redone. The file shows the order of a user's ports but not where they sit among
+// declared ones.
+TEST_F(UndoRedo, UserPortsComeBackAtTheirSlot) {
+    Graph* inner = Add<Graph>(*graph);
+    for (int i = 0; i < 3; ++i) {
+        inner->AddUserDataInput(DataInput::Type());
+        inner->AddUserDataOutput(DataOutput::Type());
+    }
+    ASSERT_TRUE(mixer->InsertDataOutput(UserPort<DataOutput>(), 99));  // past the end: last
+    ASSERT_TRUE(mixer->InsertDataOutput(UserPort<DataOutput>(), 1));
+    std::string before = Save(project);
+    CommittedTransaction done = Record("Add in front", [&] {
+        EXPECT_TRUE(adder->InsertDataInput(UserPort<DataInput>(), 0));
+        EXPECT_FALSE(adder->InsertDataInput(&adder->in, 0));  // already in place
+    });
+    ExpectRoundTrip(project, before, done);
+    auto* front = std::get<DataInput*>(adder->GetAllDataInputSlots().at(0));
+    ASSERT_TRUE(front->IsAddedByUser());
+
+    before = Save(project);
+    done = Record("Remove ports", [&] {
+        inner->RemoveDataInput(inner->GetAllDataInputs()[1]);
+        inner->RemoveDataOutput(inner->GetAllDataOutputs()[0]);
+        mixer->RemoveDataOutput(mixer->GetAllDataOutputs()[1]);
+        adder->RemoveDataInput(front);
+    });
+    ExpectRoundTrip(project, before, done);
+    EXPECT_TRUE(UndoTransaction(project, done));
+    EXPECT_TRUE(std::get<DataInput*>(adder->GetAllDataInputSlots().at(0))->IsAddedByUser());
+}
+
+// Removing a graph's port or parameter takes the connections of its mirror inside along, recorded before the
+// removal, so that undo makes them again once the member (and with it the mirror) is back.
+TEST_F(UndoRedo, GraphMembersGetTheirInsideConnectionsBack) {
+    Graph* inner = Add<Graph>(*graph);
+    auto* inputs = Add<GraphInputsOperator>(*inner);
+    auto* outputs = Add<GraphOutputsOperator>(*inner);
+    auto* insideSource = Add<SourceOperator>(*inner);
+    auto* insideAdder = Add<AddOperator>(*inner);
+    DataInput* in = inner->AddUserDataInput(DataInput::Type());
+    DataOutput* out = inner->AddUserDataOutput(DataOutput::Type());
+    Parameter* level = inner->AddUserParameter(Testing::NumberParameter::Type(), false);
+    Parameter* total = inner->AddUserParameter(Testing::NumberParameter::Type(), true);
+    ASSERT_TRUE(graph->AddDataConnection({&source->out, in}));
+    ASSERT_TRUE(inner->AddDataConnection({inputs->FindMirror(*in), &insideAdder->in}));
+    ASSERT_TRUE(inner->AddDataConnection({&insideAdder->out, outputs->FindMirror(*out)}));
+    Parameter* levelMirror = inputs->FindMirror(*level);
+    Parameter* totalMirror = outputs->FindMirror(*total);
+    ASSERT_TRUE(inner->AddParameterConnection(
+        {levelMirror, &insideAdder->offset, WholeValueLinks(*levelMirror, insideAdder->offset)}, false));
+    ASSERT_TRUE(inner->AddParameterConnection(
+        {&insideSource->value, totalMirror, WholeValueLinks(insideSource->value, *totalMirror)}, false));
+
+    const std::string before = Save(project);
+    const CommittedTransaction done = Record("Remove members", [&] {
+        inner->RemoveDataInput(in);
+        inner->RemoveDataOutput(out);
+        inner->RemoveParameter(level);
+        inner->RemoveParameter(total);
+    });
+    std::vector<int> kinds;
+    for (const Vantel::Record& record : done.records) {
+        kinds.push_back(RecordKind(record));
+    }
+    // The input: inside, then outside disconnected, then removed; likewise the others.
+    EXPECT_EQ(kinds, (std::vector<int>{5, 5, 7, 5, 7, 6, 11, 6, 11}));
+    EXPECT_EQ(std::get<DataConnectionRecord>(done.records[0]).input, insideAdder->in.GetPath());
+    ExpectRoundTrip(project, before, done);
+}
+
+TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
+    const Path o = adder->GetPath();
+    const Path p = adder->offset.GetPath();
+    const Path i = adder->in.GetPath();
+    const std::string ot = o.ToString(), pt = p.ToString(), it = i.ToString();
+    const std::vector<std::pair<Vantel::Record, std::string>> rows{
+        {ParameterValueRecord{p, 0.0, 2.5}, "Set " + pt + " to 2.5"},
+        {ParameterComponentRecord{p, 1, 0.0, -1.5}, "Set component 1 of " + pt + " to -1.5"},
+        {OperatorPositionRecord{o, {}, {3.0f, -2.5f}}, "Move " + ot + " to (3.0, -2.5)"},
+        {RenameRecord{o, "A", "B"}, "Rename " + ot + " from \"A\" to \"B\""},
+        {OperatorRecord{o, 1, {}, Presence::Removed}, "Remove operator " + ot},
+        {DataConnectionRecord{o, i, Presence::Removed}, "Disconnect " + ot + " from " + it},
+        {ParameterConnectionRecord{o, p, {}, Presence::Added}, "Connect parameter " + ot + " to " + pt},
+        {DataPortRecord{i, 0, {}, PortDirection::Output, Presence::Added}, "Add data output " + it},
+        {StructureRecord{o, {}, {}}, "Rebuild the structure of " + ot},
+        {ListInputMoveRecord{i, 0, 2}, "Move list input " + it + " to index 2"},
+        {ParameterAddedRecord{p, 0, {}}, "Add parameter " + pt},
+        {ParameterRemovedRecord{p, 0, {}}, "Remove parameter " + pt},
+        {BundleAddedRecord{p, 0, {}}, "Add bundle " + pt},
+        {BundleRemovedRecord{p, 0, {}}, "Remove bundle " + pt},
+        {ParameterNodeMoveRecord{p, 0, 1}, "Move parameter " + pt + " to index 1"},
+        {CompoundRecord{p, 0.0, 2.5, {ParameterValueRecord{}}},
+         "Set " + pt + " to 2.5 and rebuild (1 nested)"},
+    };
+    std::set<std::string> texts;
+    for (std::size_t kind = 0; kind < rows.size(); ++kind) {
+        SCOPED_TRACE("kind " + std::to_string(kind));
+        EXPECT_EQ(RecordKind(rows[kind].first), static_cast<int>(kind));
+        EXPECT_EQ(DescribeRecord(rows[kind].first), rows[kind].second);
+        texts.insert(rows[kind].second);
+    }
+    EXPECT_EQ(texts.size(), 16u);
 }
 
 TEST_F(UndoRedo, BundlesCreatedMovedAndRemoved) {

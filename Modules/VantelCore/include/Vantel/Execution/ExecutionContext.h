@@ -27,11 +27,15 @@ public:
     double GetDeltaTime() const;
     // 0 for the first frame.
     unsigned long long GetFrameNumber() const;
+    // How many operators the graphs have run with this context, over all its frames (a nested graph counts
+    // once, and so does each operator it runs).
+    unsigned long long GetOperatorsRun() const;
 
 private:
     friend class Access;
     ExecutionContext(double time, double deltaTime, unsigned long long frameNumber);
     void Update(double time, double deltaTime, unsigned long long frameNumber);
+    void CountOperatorRun();
 
     class Implementation;
     std::unique_ptr<Implementation> implementation;

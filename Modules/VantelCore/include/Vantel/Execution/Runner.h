@@ -40,6 +40,9 @@ public:
     double GetTime() const;
     double GetDeltaTime() const;
     unsigned long long GetFrameNumber() const;
+    // How many operators ran in all frames so far: those the graph found outdated, a nested graph counting
+    // once besides the operators it ran. Changing the graph keeps counting.
+    unsigned long long GetOperatorsRun() const;
 
 private:
     class Implementation;

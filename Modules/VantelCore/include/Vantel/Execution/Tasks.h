@@ -6,6 +6,7 @@
 //   Tasks::ProcessMainThreadTasks();  // once per frame, on the main thread
 #pragma once
 
+#include <cstddef>
 #include <functional>
 
 #include <Vantel/Export.h>
@@ -44,10 +45,16 @@ public:
     // running. Thread-safe, also from inside a background task.
     static void RunOnMainThread(std::function<void()> task);
 
-    // Runs, in posting order, the tasks queued before this call; tasks they post wait for the next call. An
-    // exception from a task (std::bad_function_call for an empty one) propagates to the caller, and the rest
-    // of the batch is discarded. Main thread only.
-    static void ProcessMainThreadTasks();
+    // Runs, in posting order, the tasks queued before this call; tasks they post wait for the next call.
+    // Returns how many it ran (0 after Shutdown). An exception from a task (std::bad_function_call for an
+    // empty one) propagates to the caller, and the rest of the batch is discarded. Main thread only.
+    static std::size_t ProcessMainThreadTasks();
+
+    // Returns once neither pool has a task queued or running, including the tasks that running tasks queue
+    // meanwhile; what they post to the main thread is left for ProcessMainThreadTasks. A host calls it before
+    // its last frame or its save, so that results still being computed are not lost. Returns at once after
+    // Shutdown. Main thread only; never from a background task, which would wait for itself.
+    static void WaitForBackgroundTasks();
 
     // Drops the tasks waiting for the main thread, then stops the general pool and then the secondary one:
     // tasks queued but not started are dropped, running tasks are waited for. Later calls do nothing. Main

@@ -53,6 +53,8 @@ public:
                                        unsigned long long frameNumber) {
         context.Update(time, deltaTime, frameNumber);
     }
+    // Graphs count each operator they run, for the host's figures.
+    static void CountOperatorRun(ExecutionContext& context) { context.CountOperatorRun(); }
 };
 
 }  // namespace Vantel

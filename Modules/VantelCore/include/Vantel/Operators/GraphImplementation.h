@@ -47,10 +47,11 @@ private:
     ParameterConnectionMap parameterConnections;
     std::vector<Operator*> executionOrder;
     // A topological rank per operator while `ranksValid`: a connection that goes from a lower to a higher
-    // rank cannot close a cycle, so the cycle test needs no search for it.
+    // rank cannot close a cycle, so the cycle test needs no search for it. An empty graph's ranks are valid,
+    // which spares a freshly loaded graph a full rebuild before its first connection.
     std::unordered_map<const Operator*, std::size_t> ranks;
     std::size_t nextRank = 0;
-    bool ranksValid = false;
+    bool ranksValid = true;
     bool orderDirty = true;
     Event<Operator*> operatorAddedEvent;
     Event<Operator*> operatorRemovedEvent;

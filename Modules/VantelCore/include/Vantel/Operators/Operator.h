@@ -81,6 +81,9 @@ public:
     // "Input"), settled among the operator's children. The owning form keeps the input; a refused one dies.
     bool AddDataInput(DataInput* input);
     bool AddDataInput(std::unique_ptr<DataInput>&& input);
+    // As AddDataInput, at input slot `index` (a list counts as one slot; past the last slot: at the end).
+    bool InsertDataInput(DataInput* input, std::size_t index);
+    bool InsertDataInput(std::unique_ptr<DataInput>&& input, std::size_t index);
     // False for null, an input of another operator, or an input of a data input list (those go through their
     // list). Disconnects the input and destroys it when the operator owned it.
     bool RemoveDataInput(DataInput* input);
@@ -89,6 +92,8 @@ public:
     bool MoveDataInput(DataInput* input, std::size_t index);
     bool AddDataOutput(DataOutput* output);
     bool AddDataOutput(std::unique_ptr<DataOutput>&& output);
+    bool InsertDataOutput(DataOutput* output, std::size_t index);
+    bool InsertDataOutput(std::unique_ptr<DataOutput>&& output, std::size_t index);
     bool RemoveDataOutput(DataOutput* output);
     bool MoveDataOutput(DataOutput* output, std::size_t index);
 

@@ -58,6 +58,13 @@ public:
     // it.
     bool DetachDataInput(DataInput* input, std::unique_ptr<DataInput>* owned = nullptr);
     bool DetachDataOutput(DataOutput* output, std::unique_ptr<DataOutput>* owned = nullptr);
+    // Fired as a port or a parameter node starts leaving the operator (RemoveDataInput, RemoveDataOutput,
+    // ParameterGroup::Remove), while it is still in place and connected: what is derived from it lets go of
+    // its own connections here, so that those removals are recorded before the removal itself and undo
+    // restores them after it.
+    Event<DataInput*>& DataInputRemovingEvent() { return dataInputRemovingEvent; }
+    Event<DataOutput*>& DataOutputRemovingEvent() { return dataOutputRemovingEvent; }
+    Event<ParameterNode*>& ParameterNodeRemovingEvent() { return parameterNodeRemovingEvent; }
     // Called by a data input list as it is built and destroyed.
     void AddDataInputList(DataInputList& list, std::string_view name);
     void RemoveDataInputList(DataInputList& list);
@@ -97,6 +104,9 @@ private:
     std::vector<Parameter*> flatParameters;
     std::vector<const Parameter*> constFlatParameters;
     bool flatParametersStale = true;
+    Event<DataInput*> dataInputRemovingEvent;
+    Event<DataOutput*> dataOutputRemovingEvent;
+    Event<ParameterNode*> parameterNodeRemovingEvent;
     Event<DataInput*> dataInputAddedEvent;
     Event<DataInput*> dataInputRemovedEvent;
     Event<DataOutput*> dataOutputAddedEvent;

@@ -43,7 +43,8 @@ namespace Vantel {
 //   7     DataPortRecord             path, index, port, direction,           yes             no
 //                                    presence
 //         an input created in or removed from a data input list (the path's parent is the list), or a data
-//         port the user added to or removed from a graph (the path's parent is the operator).
+//         port the user added to or removed from an operator, as a rule a graph (the path's parent is the
+//         operator; `index` is its input slot or output index, where undo puts it back).
 //   8     StructureRecord            path, previous, next (json)             yes             no
 //         an operator's own structure (its user-added parameter nodes) before and after a rebuild.
 //   9     ListInputMoveRecord        path, previousIndex, nextIndex          no              yes

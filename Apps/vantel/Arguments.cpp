@@ -1,0 +1,141 @@
+#include "Arguments.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <span>
+#include <system_error>
+
+#include "Output.h"
+
+namespace VantelHost {
+namespace {
+
+constexpr std::string_view kUsage =
+    "usage: vantel <command> [arguments] [options]\n"
+    "\n"
+    "commands:\n"
+    "  run PROJECT        run the project frame by frame\n"
+    "  check PROJECT      load the project and report its version, size and every dropped entry\n"
+    "  upgrade IN OUT     load IN and save it as OUT in this build's file format\n"
+    "  types              list the registered operator, parameter and data types\n"
+    "  doc TYPE           print the documentation of one type\n"
+    "  graph PROJECT      print the project's graph in Graphviz DOT\n"
+    "  --version          print the build's version\n"
+    "  --help             print this help\n"
+    "\n"
+    "options:\n"
+    "  --plugin NAME      load only the named plug-ins (repeatable); by default every plug-in library "
+    "beside\n"
+    "                     the executable is loaded\n"
+    "  --frames N         run: the number of frames (default 60)\n"
+    "  --fps F            run: frames per second of the fixed time step (default 60)\n"
+    "  --save OUT         run: save the project to OUT after the run\n"
+    "\n"
+    "exit codes: 0 ok, 1 the project or command failed, 2 usage error, 3 missing file, 4 plug-in failed\n";
+
+struct CommandShape {
+    std::string_view name;
+    std::size_t operands;
+    std::string_view operandNames;
+    bool runOptions;
+};
+
+constexpr CommandShape kCommands[] = {
+    {"run", 1, "PROJECT", true}, {"check", 1, "PROJECT", false}, {"upgrade", 2, "IN OUT", false},
+    {"types", 0, "", false},     {"doc", 1, "TYPE", false},      {"graph", 1, "PROJECT", false},
+};
+
+int ParseFrames(const std::string& text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value < 0) {
+        Fail(kExitUsage, "--frames needs a whole number of frames, 0 or more, not '" + text + "'");
+    }
+    return value;
+}
+
+double ParseFps(const std::string& text) {
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value) || value <= 0.0) {
+        Fail(kExitUsage, "--fps needs a number of frames per second above 0, not '" + text + "'");
+    }
+    return value;
+}
+
+}  // namespace
+
+std::string_view Usage() {
+    return kUsage;
+}
+
+Arguments ParseArguments(const std::vector<std::string_view>& arguments) {
+    if (arguments.empty()) {
+        Fail(kExitUsage, "no command given; try 'vantel --help'");
+    }
+    Arguments result;
+    const std::string_view command = arguments.front();
+    if (command == "--help" || command == "-h" || command == "help") {
+        result.command = "help";
+        return result;
+    }
+    if (command == "--version" || command == "version") {
+        result.command = "version";
+        return result;
+    }
+    const auto* shape = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                     [&](const CommandShape& known) { return known.name == command; });
+    if (shape == std::end(kCommands)) {
+        Fail(kExitUsage, "unknown command '" + std::string(command) + "'; try 'vantel --help'");
+    }
+    result.command = command;
+
+    const std::span<const std::string_view> rest(arguments.begin() + 1, arguments.end());
+    for (std::size_t i = 0; i < rest.size(); ++i) {
+        const std::string_view argument = rest[i];
+        if (!argument.starts_with("--")) {
+            result.operands.emplace_back(argument);
+            continue;
+        }
+        // Both "--frames 10" and "--frames=10".
+        const std::size_t equals = argument.find('=');
+        const std::string option(argument.substr(0, equals));
+        const bool known =
+            option == "--plugin" ||
+            (shape->runOptions && (option == "--frames" || option == "--fps" || option == "--save"));
+        if (!known) {
+            Fail(kExitUsage,
+                 "unknown option '" + option + "' for '" + result.command + "'; try 'vantel --help'");
+        }
+        std::string value;
+        if (equals != std::string_view::npos) {
+            value = argument.substr(equals + 1);
+        } else if (i + 1 < rest.size()) {
+            value = rest[++i];
+        } else {
+            Fail(kExitUsage, option + " needs a value");
+        }
+        if (option == "--plugin") {
+            result.plugins.push_back(value);
+        } else if (option == "--frames") {
+            result.frames = ParseFrames(value);
+        } else if (option == "--fps") {
+            result.fps = ParseFps(value);
+        } else {
+            result.save = value;
+        }
+    }
+    if (result.operands.size() != shape->operands) {
+        std::string expected = "vantel " + result.command;
+        if (!shape->operandNames.empty()) {
+            expected += " " + std::string(shape->operandNames);
+        }
+        Fail(kExitUsage,
+             (result.operands.size() < shape->operands ? "missing argument: " : "too many arguments: ") +
+                 std::string("usage is '") + expected + "'");
+    }
+    return result;
+}
+
+}  // namespace VantelHost

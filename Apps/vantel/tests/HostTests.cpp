@@ -1,0 +1,318 @@
+// End-to-end tests of the `vantel` binary: each runs it with its output in temporary files and checks what it
+// printed and how it exited.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+const fs::path kHost = VANTEL_HOST_PATH;
+const fs::path kData = VANTEL_HOST_TEST_DATA;
+const fs::path kExamples = VANTEL_EXAMPLES_DIR;
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+void WriteFile(const fs::path& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string ShellQuoted(const std::string& text) {
+    std::string result = "'";
+    for (const char c : text) {
+        result += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return result + "'";
+}
+
+// A fresh folder per test, removed afterwards.
+class TempFolder {
+public:
+    TempFolder() {
+        const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+        path = fs::temp_directory_path() / ("vantel-host-" + std::string(test->name()));
+        fs::remove_all(path);
+        fs::create_directories(path);
+    }
+    ~TempFolder() { fs::remove_all(path); }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    fs::path path;
+};
+
+struct Result {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+// Runs vantel with `arguments` from `folder`; the exit code comes back through the shell.
+Result Host(const TempFolder& folder, std::initializer_list<std::string> arguments) {
+    std::string command = "cd " + ShellQuoted(folder.path.string()) + " && " + ShellQuoted(kHost.string());
+    for (const std::string& argument : arguments) {
+        command += " " + ShellQuoted(argument);
+    }
+    const fs::path out = folder.path / "stdout.txt";
+    const fs::path err = folder.path / "stderr.txt";
+    const fs::path code = folder.path / "code.txt";
+    command += " >" + ShellQuoted(out.string()) + " 2>" + ShellQuoted(err.string()) + "; echo $? >" +
+               ShellQuoted(code.string());
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    Result result{std::stoi(ReadFile(code)), ReadFile(out), ReadFile(err)};
+    fs::remove(out);
+    fs::remove(err);
+    fs::remove(code);
+    return result;
+}
+
+std::string Data(const char* name) {
+    return (kData / name).string();
+}
+
+std::string ProjectWithVersion(const std::string& version) {
+    return R"({"root": {"key": "Project [v]", "type": "Vantel.General.Graph"}, "version": )" + version + "}";
+}
+
+TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
+    const TempFolder temp;
+    struct Row {
+        std::initializer_list<std::string> arguments;
+        const char* message;
+    };
+    const Row rows[] = {
+        {{}, "no command given"},
+        {{"frob"}, "unknown command 'frob'"},
+        {{"run"}, "missing argument: usage is 'vantel run PROJECT'"},
+        {{"upgrade", "a.json"}, "missing argument: usage is 'vantel upgrade IN OUT'"},
+        {{"types", "extra"}, "too many arguments"},
+        {{"run", "a.json", "--frames"}, "--frames needs a value"},
+        {{"run", "a.json", "--frames", "-1"}, "--frames needs a whole number"},
+        {{"run", "a.json", "--fps=0"}, "--fps needs a number of frames per second above 0"},
+        {{"check", "a.json", "--save", "b.json"}, "unknown option '--save' for 'check'"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.message);
+        const Result result = Host(temp, row.arguments);
+        EXPECT_EQ(result.code, 2);
+        EXPECT_THAT(result.err, StartsWith(std::string("vantel: ") + row.message));
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1);
+        EXPECT_EQ(result.out, "");
+    }
+    const Result help = Host(temp, {"--help"});
+    EXPECT_EQ(help.code, 0);
+    for (const char* word :
+         {"run PROJECT", "check PROJECT", "upgrade IN OUT", "types", "doc TYPE", "graph PROJECT", "--version",
+          "--plugin NAME", "--frames N", "--fps F", "--save OUT"}) {
+        EXPECT_THAT(help.out, HasSubstr(word));
+    }
+}
+
+TEST(Host, MissingFilesBrokenJsonAndPluginsHaveTheirOwnExitCodes) {
+    const TempFolder temp;
+    for (const char* command : {"run", "check", "graph"}) {
+        SCOPED_TRACE(command);
+        const Result result = Host(temp, {command, "absent.json"});
+        EXPECT_EQ(result.code, 3);
+        EXPECT_THAT(result.err, HasSubstr("vantel: no such file: "));
+    }
+    EXPECT_EQ(Host(temp, {"upgrade", "absent.json", "out.json"}).code, 3);
+    EXPECT_FALSE(fs::exists(temp.path / "out.json"));
+
+    for (const char* command : {"run", "check", "graph"}) {
+        SCOPED_TRACE(command);
+        const Result result = Host(temp, {command, Data("broken.json")});
+        EXPECT_EQ(result.code, 1);
+        EXPECT_THAT(result.err, HasSubstr("vantel: " + Data("broken.json") +
+                                          " is not valid JSON: [json.exception.parse_error"));
+    }
+    // A JSON entry of the wrong kind reaches the host as the JSON library's type error, never uncaught.
+    WriteFile(temp.path / "typed.json",
+              R"({"root": {"type": "Vantel.General.Graph", "name": 5}, "version": {"format": 1}})");
+    const Result typed = Host(temp, {"check", "typed.json"});
+    EXPECT_EQ(typed.code, 1);
+    EXPECT_THAT(typed.err,
+                HasSubstr("vantel: typed.json has an entry of the wrong kind: [json.exception.type_error"));
+
+    const Result unknown = Host(temp, {"types", "--plugin", "NoSuchPlugin"});
+    EXPECT_EQ(unknown.code, 4);
+    EXPECT_THAT(unknown.err, HasSubstr("vantel: could not load plug-in 'NoSuchPlugin'"));
+    EXPECT_EQ(Host(temp, {"types", "--plugin", "VantelNoEntryPlugin"}).code, 4);
+}
+
+TEST(Host, CheckReportsVersionsAndEveryDroppedEntry) {
+    const TempFolder temp;
+    const Result dropped = Host(temp, {"check", Data("dropped.json")});
+    EXPECT_EQ(dropped.code, 1);
+    EXPECT_EQ(dropped.out,
+              Data("dropped.json") +
+                  "\n  format: 1\n  written by: release 2640, the same as this build\n"
+                  "  operators: 1\n  dropped: 3\n"
+                  "    [Error] ApplyParameterValues: parameter 'Nope' not found in operator 'Kept', "
+                  "its value is dropped.\n"
+                  "    [Error] DeserializeOperator: type 'Nowhere.Unknown' not found in type library.\n"
+                  "    [Error] DeserializeOperator: failed to deserialize an operator of graph "
+                  "'Root'.\n");
+    EXPECT_THAT(dropped.err, HasSubstr("vantel: " + Data("dropped.json") + ": loading dropped 3 entries\n"));
+
+    // The newer file's warning is a note about the version, not a dropped entry; format 2 cannot be read.
+    struct Row {
+        const char* version;
+        const char* report;
+        const char* err;
+        int code;
+    };
+    const Row rows[] = {
+        {R"({"format": 1, "software": "2639"})", "written by: release 2639, older than this build (2640)\n",
+         "", 0},
+        {R"({"format": 1, "software": "2641"})", "written by: release 2641, newer than this build (2640)\n",
+         "vantel: warning: version.json was written by a newer build", 0},
+        {R"({"format": 1, "dev": {"commit": "abc123"}})", "written by: a development build (commit abc123)\n",
+         "", 0},
+        {R"({"format": 2})", "format: 2 (this build reads format 1)\n  written by: unknown\n",
+         "vantel: could not load version.json\n", 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.version);
+        WriteFile(temp.path / "version.json", ProjectWithVersion(row.version));
+        const Result result = Host(temp, {"check", "version.json"});
+        EXPECT_EQ(result.code, row.code);
+        EXPECT_THAT(result.out, HasSubstr(row.report));
+        EXPECT_THAT(result.out, HasSubstr(row.code == 0 ? "operators: 0\n  dropped: 0\n" : "dropped: "));
+        EXPECT_THAT(result.err, HasSubstr(row.err));
+    }
+}
+
+TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
+    const TempFolder temp;
+    const Result types = Host(temp, {"types", "--plugin", "VantelTestPlugin"});
+    EXPECT_EQ(types.code, 0);
+    const std::string& out = types.out;
+    const std::size_t operators = out.find("Operators (4)\n");
+    const std::size_t parameters = out.find("Parameter types (17)\n");
+    const std::size_t data = out.find("Data types (1)\n");
+    ASSERT_NE(data, std::string::npos) << out;
+    EXPECT_LT(operators, parameters);
+    EXPECT_LT(parameters, data);
+    // Sorted by type name inside each group, whatever the order of registration.
+    EXPECT_LT(out.find("  TestPlugin.Math.Scale"), out.find("  Vantel.General.Graph "));
+    EXPECT_LT(out.find("  TestPlugin.FactorParameter"), out.find("  Vantel.BoolParameter"));
+    EXPECT_LT(out.find("  Vantel.BoolParameter"), out.find("  Vantel.ColorParameter"));
+    EXPECT_THAT(out, HasSubstr("Scale [Math]: Multiplies the incoming sample by a factor.\n"));
+    EXPECT_GT(out.find("  TestPlugin.Sample  Sample: A single number"), data);
+
+    const Result doc = Host(temp, {"doc", "TestPlugin.Math.Scale", "--plugin", "VantelTestPlugin"});
+    EXPECT_EQ(doc.code, 0);
+    EXPECT_THAT(doc.out, StartsWith("# Scale\n\nScale multiplies each sample"));
+    EXPECT_THAT(Host(temp, {"doc", "Vantel.General.Graph"}).out, StartsWith("# Graph\n"));
+    const Result unknown = Host(temp, {"doc", "Vantel.Nothing"});
+    EXPECT_EQ(unknown.code, 1);
+    EXPECT_EQ(unknown.out, "");
+    EXPECT_THAT(unknown.err, HasSubstr("vantel: unknown type 'Vantel.Nothing'"));
+}
+
+TEST(Host, GraphIsDotWithClustersPortsAndEscapedNames) {
+    const TempFolder temp;
+    const Result graph = Host(temp, {"graph", Data("nested.json"), "--plugin", "VantelTestPlugin"});
+    ASSERT_EQ(graph.code, 0) << graph.err;
+    const std::string& dot = graph.out;
+    EXPECT_THAT(dot, StartsWith("digraph \"Project [nest]\" {\n"));
+    // Inner holds Innermost: the second cluster opens before the first one closes.
+    const std::size_t inner = dot.find("    subgraph cluster_0 {\n        label=\"Inner\";\n");
+    const std::size_t innermost =
+        dot.find("        subgraph cluster_1 {\n            label=\"Innermost\";\n");
+    const std::size_t innerEnd = dot.find("\n    }\n");
+    ASSERT_NE(inner, std::string::npos) << dot;
+    EXPECT_LT(inner, innermost);
+    EXPECT_LT(innermost, innerEnd);
+    EXPECT_THAT(
+        dot,
+        HasSubstr(
+            R"(n0 [label="{{<i0> Sample}|First \"quoted\" \{x\} \<y\> \|z\| \\\nTestPlugin.Math.Scale|{<o0> Result}}"];)"));
+    EXPECT_THAT(dot, HasSubstr("    n0:o0 -> n1:i0;\n"));
+    EXPECT_THAT(dot, HasSubstr("    n0 -> n1 [style=dashed, label=\"Factor -> Factor\"];\n"));
+    EXPECT_EQ(graph.err.find("[Error]"), std::string::npos) << graph.err;
+
+    // Graphviz itself, where it is installed, is the judge of validity.
+    WriteFile(temp.path / "graph.dot", dot);
+    const std::string dotCommand = "dot -Tsvg graph.dot -o graph.svg";
+    if (std::system(("cd " + ShellQuoted(temp.path.string()) + " && command -v dot >/dev/null").c_str()) ==
+        0) {
+        EXPECT_EQ(std::system(("cd " + ShellQuoted(temp.path.string()) + " && " + dotCommand).c_str()), 0);
+    }
+}
+
+TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
+    const TempFolder temp;
+    const Result upgrade =
+        Host(temp, {"upgrade", Data("nested.json"), "once.json", "--plugin", "VantelTestPlugin"});
+    ASSERT_EQ(upgrade.code, 0) << upgrade.err;
+    EXPECT_EQ(Host(temp, {"check", "once.json", "--plugin", "VantelTestPlugin"}).code, 0);
+    EXPECT_EQ(Host(temp, {"upgrade", "once.json", "twice.json", "--plugin", "VantelTestPlugin"}).code, 0);
+    EXPECT_EQ(ReadFile(temp.path / "twice.json"), ReadFile(temp.path / "once.json"));
+    EXPECT_EQ(Host(temp, {"upgrade", Data("broken.json"), "never.json"}).code, 1);
+
+    // Every operator that is outdated runs in the first frame (an empty graph never is), none after.
+    const Result run = Host(temp, {"run", "once.json", "--frames", "5", "--fps", "30", "--plugin",
+                                   "VantelTestPlugin", "--save", "saved.json"});
+    ASSERT_EQ(run.code, 0) << run.err;
+    EXPECT_THAT(run.out, StartsWith("ran 5 frames, 4 operators run, "));
+    EXPECT_THAT(run.out, HasSubstr(" ms per frame\nsaved " + (temp.path / "saved.json").string() + "\n"));
+    EXPECT_EQ(run.err.find("frame 1 of 5"), std::string::npos);  // no progress line into a file
+    EXPECT_EQ(Host(temp, {"check", "saved.json", "--plugin", "VantelTestPlugin"}).code, 0);
+    // Without --plugin every library beside the host is tried; one that is no plug-in is skipped.
+    WriteFile(temp.path / "core.json", ProjectWithVersion(R"({"format": 1, "software": "2640"})"));
+    EXPECT_EQ(Host(temp, {"run", "core.json", "--frames", "2"}).code, 0);
+}
+
+TEST(Host, EveryExampleChecksUpgradesToItselfAndRuns) {
+    std::vector<fs::path> examples;
+    if (fs::is_directory(kExamples)) {
+        for (const fs::directory_entry& folder : fs::directory_iterator(kExamples)) {
+            const fs::path project = folder.path() / (folder.path().filename().string() + ".json");
+            if (fs::is_regular_file(project)) {
+                examples.push_back(project);
+            }
+        }
+    }
+    EXPECT_FALSE(examples.empty()) << "no example projects in " << kExamples;
+    for (const fs::path& example : examples) {
+        SCOPED_TRACE(example.string());
+        const TempFolder temp;
+        const fs::path copy = temp.path / example.parent_path().filename();
+        fs::copy(example.parent_path(), copy, fs::copy_options::recursive);
+        const fs::path project = copy / example.filename();
+        fs::remove(copy / "output.png");
+
+        const Result check = Host(temp, {"check", project.string(), "--plugin", "VantelStandard"});
+        EXPECT_EQ(check.code, 0) << check.out << check.err;
+        EXPECT_THAT(check.out, HasSubstr("  dropped: 0\n"));
+        EXPECT_EQ(
+            Host(temp, {"upgrade", project.string(), "upgraded.json", "--plugin", "VantelStandard"}).code, 0);
+        EXPECT_EQ(ReadFile(temp.path / "upgraded.json"), ReadFile(example));
+        const Result run = Host(temp, {"run", project.string(), "--plugin", "VantelStandard"});
+        EXPECT_EQ(run.code, 0) << run.err;
+        EXPECT_THAT(run.out, StartsWith("ran 60 frames"));
+        if (example.stem() == "ImagePipeline") {
+            EXPECT_TRUE(fs::is_regular_file(copy / "output.png"));
+        }
+    }
+}
+
+}  // namespace
