@@ -7,6 +7,7 @@
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/GraphImplementation.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
 #include <Vantel/Projects/SuppressUpdateStructure.h>
@@ -14,28 +15,6 @@
 
 namespace Vantel {
 namespace {
-
-void ClearChangeMarks(Operator& op) {
-    Operator::Implementation& opImplementation = *Access::GetImplementation(op);
-    opImplementation.ClearDirty();
-    if (opImplementation.MayHaveMarkedMembers()) {
-        for (DataInput* input : op.GetAllDataInputs()) {
-            Access::GetImplementation(*input)->ClearChanged();
-        }
-        for (DataOutput* output : op.GetAllDataOutputs()) {
-            Access::GetImplementation(*output)->ClearChanged();
-        }
-        for (Parameter* parameter : op.GetAllParameters()) {
-            Access::GetImplementation(*parameter)->ClearValueChanged();
-        }
-        opImplementation.ForgetMarkedMembers();
-    }
-    if (Graph* graph = opImplementation.AsGraph()) {
-        for (Operator* child : graph->GetOperators()) {
-            ClearChangeMarks(*child);
-        }
-    }
-}
 
 std::int64_t NowInNanoseconds() {
     return std::chrono::duration_cast<std::chrono::nanoseconds>(
@@ -94,7 +73,8 @@ void Runner::Execute() {
         Transaction::SuppressRecording suppressRecording;
         SuppressUpdateStructure suppressStructure;
         graph->Execute(context);
-        ClearChangeMarks(*graph);
+        // The root graph's own ports and parameters are marked like any operator's and cleared with them.
+        ClearFrameChangeMarks(*graph);
     }
     implementation->frameNumber += 1;
     implementation->time += implementation->deltaTime;

@@ -19,8 +19,29 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Support/Prefetch.h"
+
 namespace Vantel {
 namespace {
+
+void ClearChangeMarks(Operator& op, Operator::Implementation& state) {
+    state.ClearDirty();
+    if (state.MayHaveMarkedMembers()) {
+        for (DataInput* input : op.GetAllDataInputs()) {
+            Access::GetImplementation(*input)->ClearChanged();
+        }
+        for (DataOutput* output : op.GetAllDataOutputs()) {
+            Access::GetImplementation(*output)->ClearChanged();
+        }
+        for (Parameter* parameter : op.GetAllParameters()) {
+            Access::GetImplementation(*parameter)->ClearValueChanged();
+        }
+        state.ForgetMarkedMembers();
+    }
+    if (Graph* graph = state.AsGraph()) {
+        Access::GetImplementation(*graph)->ClearOperatorChangeMarks();
+    }
+}
 
 // Every operator that feeds `op` through a connected data input or a parameter connection.
 template <typename Visit>
@@ -150,6 +171,7 @@ const std::vector<Operator*>& Graph::Implementation::GetExecutionOrder() {
 
 void Graph::Implementation::RebuildOrder() {
     executionOrder.clear();
+    executionStates.clear();
     ranks.clear();
     std::unordered_set<const Operator*> placed;
     std::unordered_set<const Operator*> queued;
@@ -176,6 +198,7 @@ void Graph::Implementation::RebuildOrder() {
         }
         ranks[op] = executionOrder.size();
         executionOrder.push_back(op);
+        executionStates.push_back(Access::GetImplementation(*op).get());
         placed.insert(op);
         for (DataOutput* output : op->GetAllDataOutputs()) {
             for (const DataConnection& connection : output->GetConnections()) {
@@ -661,12 +684,19 @@ bool Graph::AddUserParameter(std::unique_ptr<Parameter>&& parameter, std::size_t
 }
 
 void Graph::Execute(ExecutionContext& context) {
-    for (Operator* op : implementation->GetExecutionOrder()) {
+    const std::vector<Operator*>& order = implementation->GetExecutionOrder();
+    const std::vector<Operator::Implementation*>& states = implementation->executionStates;
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i + kPrefetchDistance < order.size()) {
+            Prefetch(order[i + kPrefetchDistance]);
+            Prefetch(states[i + kPrefetchDistance]->FrameFields());
+        }
+        Operator* op = order[i];
         if (op->Outdated()) {
             op->Execute(context);
             Access::CountOperatorRun(context);
         }
-        if (!Access::GetImplementation(*op)->MayHaveMarkedMembers()) {
+        if (!states[i]->MayHaveMarkedMembers()) {
             continue;  // no output or parameter has anything to hand on
         }
         for (DataOutput* output : op->GetAllDataOutputs()) {
@@ -685,6 +715,26 @@ void Graph::Execute(ExecutionContext& context) {
                 PassValue(*parameter, *connection.target, connection.links);
             }
         }
+    }
+}
+
+void ClearFrameChangeMarks(Operator& op) {
+    ClearChangeMarks(op, *Access::GetImplementation(op));
+}
+
+void Graph::Implementation::ClearOperatorChangeMarks() {
+    const std::vector<Operator*>& order = GetExecutionOrder();
+    if (order.size() != operators.size()) {
+        for (Operator* op : operators) {
+            ClearChangeMarks(*op, *Access::GetImplementation(*op));
+        }
+        return;
+    }
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i + kPrefetchDistance < order.size()) {
+            Prefetch(executionStates[i + kPrefetchDistance]->FrameFields());
+        }
+        ClearChangeMarks(*order[i], *executionStates[i]);
     }
 }
 

@@ -16,6 +16,8 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Support/OperatorArena.h"
+
 namespace Vantel {
 namespace {
 
@@ -242,6 +244,30 @@ void Operator::Implementation::SettleChildKey(Object& child, std::string_view ba
 }
 
 // ---- Operator ----
+
+void* Operator::operator new(std::size_t size) {
+    return OperatorArena::Allocate(size);
+}
+
+void* Operator::operator new(std::size_t size, std::align_val_t alignment) {
+    return ::operator new(size, alignment);
+}
+
+void Operator::operator delete(void* block, std::size_t size) noexcept {
+    OperatorArena::Free(block, size);
+}
+
+void Operator::operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept {
+    ::operator delete(block, size, alignment);
+}
+
+void* Operator::Implementation::operator new(std::size_t size) {
+    return OperatorArena::Allocate(size);
+}
+
+void Operator::Implementation::operator delete(void* block, std::size_t size) noexcept {
+    OperatorArena::Free(block, size);
+}
 
 Operator::Operator() : implementation(std::make_unique<Implementation>(*this)) {}
 

@@ -28,6 +28,9 @@ public:
     std::size_t IndexOf(const Operator* op) const;
     // Rebuilt when the order is dirty.
     const std::vector<Operator*>& GetExecutionOrder();
+    // After a frame: clears the change marks of every operator in the graph, nested graphs' included. The
+    // graph's own marks are for whoever holds the graph to clear.
+    void ClearOperatorChangeMarks();
 
 private:
     friend class Graph;
@@ -46,6 +49,9 @@ private:
     std::vector<DataConnection> dataConnections;
     ParameterConnectionMap parameterConnections;
     std::vector<Operator*> executionOrder;
+    // The operators' private blocks in execution order: a frame walks them ahead of the operators, so that it
+    // can ask for the memory of the next ones before it needs it.
+    std::vector<Operator::Implementation*> executionStates;
     // A topological rank per operator while `ranksValid`: a connection that goes from a lower to a higher
     // rank cannot close a cycle, so the cycle test needs no search for it. An empty graph's ranks are valid,
     // which spares a freshly loaded graph a full rebuild before its first connection.
@@ -57,5 +63,9 @@ private:
     Event<Operator*> operatorRemovedEvent;
     Event<> connectionsChangedEvent;
 };
+
+// After a frame: clears the change marks of `op` (its dirty flag, ports and parameters) and, for a graph, of
+// every operator below it.
+VANTEL_API void ClearFrameChangeMarks(Operator& op);
 
 }  // namespace Vantel

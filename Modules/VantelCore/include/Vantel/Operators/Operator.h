@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -48,6 +49,14 @@ public:
 
     Operator();
     ~Operator() override;
+
+    // Operators are allocated densely, apart from the general heap, so that a frame over many of them stays
+    // cheap per operator. Over-aligned operator types and placement new work as usual.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, std::align_val_t alignment);
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void* block, std::size_t size) noexcept;
+    static void operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept;
 
     static const ObjectType* Type();
     const ObjectType* GetType() const override;

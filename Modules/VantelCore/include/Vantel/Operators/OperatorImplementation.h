@@ -24,6 +24,10 @@ namespace Vantel {
 // its data stays private to Operator.
 class VANTEL_API Operator::Implementation {
 public:
+    // Beside its operator, apart from the general heap (see Operator::operator new).
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
+
     explicit Implementation(Operator& owner);
     ~Implementation();
 
@@ -83,6 +87,9 @@ public:
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
     Graph* AsGraph() const { return asGraph; }
     void SetAsGraph(Graph* self) { asGraph = self; }
+    // Where the fields that every frame reads lie (dirty, membersMarked, asGraph share a cache line), for a
+    // walk over many operators to prefetch.
+    const void* FrameFields() const { return &dirty; }
 
 private:
     friend class Operator;

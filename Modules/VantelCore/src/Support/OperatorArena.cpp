@@ -1,0 +1,107 @@
+#include "Support/OperatorArena.h"
+
+#include <array>
+#include <mutex>
+#include <new>
+
+#include "Platform/Memory.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#define VANTEL_OPERATOR_ARENA_OFF 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
+#define VANTEL_OPERATOR_ARENA_OFF 1
+#endif
+#endif
+
+namespace Vantel::OperatorArena {
+namespace {
+
+constexpr std::size_t kGranule = 64;  // a cache line: no two blocks share one
+constexpr std::size_t kLargestBlock = 4096;
+constexpr std::size_t kRunSize = std::size_t{2} << 20;  // one large page
+
+#ifndef VANTEL_OPERATOR_ARENA_OFF
+
+struct FreeBlock {
+    FreeBlock* next;
+};
+
+class Arena {
+public:
+    void* Allocate(std::size_t size) {
+        const std::size_t sizeClass = ClassOf(size);
+        const std::lock_guard lock(mutex);
+        if (FreeBlock* block = freeBlocks[sizeClass]) {
+            freeBlocks[sizeClass] = block->next;
+            return block;
+        }
+        const std::size_t bytes = (sizeClass + 1) * kGranule;
+        if (static_cast<std::size_t>(end - cursor) < bytes && !StartRun()) {
+            // No large pages to be had: a heap block of the class's size serves, and is recycled like any.
+            return ::operator new(bytes);
+        }
+        void* block = cursor;
+        cursor += bytes;
+        return block;
+    }
+
+    void Free(void* block, std::size_t size) noexcept {
+        const std::size_t sizeClass = ClassOf(size);
+        const std::lock_guard lock(mutex);
+        freeBlocks[sizeClass] = new (block) FreeBlock{freeBlocks[sizeClass]};
+    }
+
+private:
+    static std::size_t ClassOf(std::size_t size) { return size == 0 ? 0 : (size - 1) / kGranule; }
+
+    bool StartRun() {
+        // The rest of the current run is left unused: it is smaller than the block that did not fit.
+        auto* run = static_cast<char*>(Platform::ReserveLargePages(kRunSize, kRunSize));
+        if (run == nullptr) {
+            return false;
+        }
+        cursor = run;
+        end = run + kRunSize;
+        return true;
+    }
+
+    std::mutex mutex;
+    std::array<FreeBlock*, kLargestBlock / kGranule> freeBlocks{};
+    char* cursor = nullptr;
+    char* end = nullptr;
+};
+
+// Never destroyed: operators may be freed by other statics' destructors at exit.
+Arena& TheArena() {
+    static Arena* arena = new Arena;
+    return *arena;
+}
+
+#endif
+
+}  // namespace
+
+void* Allocate(std::size_t size) {
+#ifndef VANTEL_OPERATOR_ARENA_OFF
+    if (size <= kLargestBlock) {
+        return TheArena().Allocate(size);
+    }
+#endif
+    return ::operator new(size);
+}
+
+void Free(void* block, std::size_t size) noexcept {
+    if (block == nullptr) {
+        return;
+    }
+#ifndef VANTEL_OPERATOR_ARENA_OFF
+    if (size <= kLargestBlock) {
+        TheArena().Free(block, size);
+        return;
+    }
+#endif
+    ::operator delete(block, size);
+}
+
+}  // namespace Vantel::OperatorArena

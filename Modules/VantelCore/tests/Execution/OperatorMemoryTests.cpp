@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <new>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/Operator.h>
+
+namespace Vantel {
+namespace {
+
+// An operator with `Bytes` of payload that it fills with a pattern of its own, so that a block handed out
+// twice, or too small, shows as a broken pattern.
+template <std::size_t Bytes>
+class PayloadOperator : public Operator {
+public:
+    explicit PayloadOperator(std::uint8_t seed) : seed(seed) {
+        for (std::size_t i = 0; i < Bytes; ++i) {
+            payload[i] = static_cast<std::uint8_t>(seed + i);
+        }
+    }
+    bool Intact() const {
+        for (std::size_t i = 0; i < Bytes; ++i) {
+            if (payload[i] != static_cast<std::uint8_t>(seed + i)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    std::uint8_t seed;
+    std::array<std::uint8_t, Bytes> payload;
+};
+
+struct alignas(256) OverAlignedOperator : Operator {
+    std::uint8_t byte = 7;
+};
+
+struct Made {
+    std::unique_ptr<Operator> op;
+    std::function<bool()> intact;
+};
+
+template <std::size_t Bytes>
+Made Make(std::uint8_t seed) {
+    auto op = std::make_unique<PayloadOperator<Bytes>>(seed);
+    auto* raw = op.get();
+    return {std::move(op), [raw] { return raw->Intact(); }};
+}
+
+std::vector<Made> MakeMany(int count, int salt) {
+    std::vector<Made> made;
+    for (int i = 0; i < count; ++i) {
+        const auto seed = static_cast<std::uint8_t>(i * 7 + salt);
+        switch (i % 4) {
+            case 0:
+                made.push_back(Make<8>(seed));
+                break;
+            case 1:
+                made.push_back(Make<200>(seed));
+                break;
+            case 2:
+                made.push_back(Make<1000>(seed));
+                break;
+            default:
+                made.push_back(Make<9000>(seed));
+                break;  // beyond the small blocks
+        }
+    }
+    return made;
+}
+
+bool AllIntact(const std::vector<Made>& made) {
+    for (const Made& entry : made) {
+        if (entry.op != nullptr && !entry.intact()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// Operators come from an allocator of the library's own; freed blocks are reused, never while in use.
+TEST(OperatorMemory, BlocksAreDistinctRecycledAndAligned) {
+    std::vector<Made> made = MakeMany(400, 1);
+    for (std::size_t i = 0; i < made.size(); i += 2) {
+        made[i].op.reset();
+    }
+    std::vector<Made> more = MakeMany(400, 3);
+    EXPECT_TRUE(AllIntact(made));
+    EXPECT_TRUE(AllIntact(more));
+
+    std::set<const Operator*> addresses;
+    for (const auto* list : {&made, &more}) {
+        for (const Made& entry : *list) {
+            if (entry.op != nullptr) {
+                EXPECT_TRUE(addresses.insert(entry.op.get()).second);
+                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(entry.op.get()) % alignof(std::max_align_t), 0u);
+            }
+        }
+    }
+
+    auto aligned = std::make_unique<OverAlignedOperator>();
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(aligned.get()) % 256, 0u);
+    EXPECT_EQ(aligned->byte, 7);
+
+    // Placement new still builds an operator in memory the caller provides.
+    alignas(PayloadOperator<8>) std::array<std::byte, sizeof(PayloadOperator<8>)> storage;
+    auto* placed = new (storage.data()) PayloadOperator<8>(9);
+    EXPECT_TRUE(placed->Intact());
+    placed->~PayloadOperator<8>();
+}
+
+TEST(OperatorMemory, ThreadsAllocateAndFreeAtOnce) {
+    std::vector<std::vector<Made>> results(4);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([t, &results] {
+            for (int round = 0; round < 5; ++round) {
+                std::vector<Made> made = MakeMany(100, t * 31 + round);
+                for (std::size_t i = 1; i < made.size(); i += 3) {
+                    made[i].op.reset();
+                }
+                results[t] = std::move(made);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const std::vector<Made>& made : results) {
+        EXPECT_TRUE(AllIntact(made));
+    }
+}
+
+}  // namespace
+}  // namespace Vantel
