@@ -4,10 +4,13 @@
 deps:
 	@bash tools/install-deps.sh
 
+# The main job: the host runs the bundled example, which reads examples/ImagePipeline/input.png, blurs and
+# inverts it in a nested graph and writes examples/ImagePipeline/output.png.
 run: deps
 	cmake --preset release
 	cmake --build --preset release
-	./build/release/bin/vantel --version
+	./build/release/bin/vantel run examples/ImagePipeline/ImagePipeline.json --frames 60
+	@echo "vantel: wrote examples/ImagePipeline/output.png"
 
 test: deps
 	cmake --preset dev
