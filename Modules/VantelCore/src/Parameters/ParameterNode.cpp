@@ -46,15 +46,17 @@ std::size_t ParameterNode::GetIndex() const {
 }
 
 Operator* ParameterNode::GetOperator() const {
-    const ParameterGroup* top = dynamic_cast<const ParameterGroup*>(this);
+    // Climbing from the parent reaches the same top group as climbing from a group itself, so only a node
+    // without parent needs to know whether it is a group (saving asks this of every connected parameter).
+    const ParameterGroup* top = implementation->parent;
     if (top == nullptr) {
-        top = implementation->parent;
+        top = dynamic_cast<const ParameterGroup*>(this);
+        if (top == nullptr) {
+            return nullptr;
+        }
     }
-    if (top == nullptr) {
-        return nullptr;
-    }
-    while (top->GetParent() != nullptr) {
-        top = top->GetParent();
+    for (const ParameterGroup* parent = top->GetParent(); parent != nullptr; parent = parent->GetParent()) {
+        top = parent;
     }
     return top->GetOwningOperator();
 }

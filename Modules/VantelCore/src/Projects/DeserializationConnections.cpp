@@ -2,8 +2,8 @@
 #include <Vantel/Projects/Deserialization.h>
 
 #include <algorithm>
-#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <Vantel/Objects/Path.h>
@@ -22,10 +22,41 @@ namespace {
 
 using nlohmann::json;
 
-// The endpoint that `text` names relative to `graph`; null for text that is no path or names nothing.
-Object* ResolveEndpoint(Graph& graph, const std::string& text) {
-    const std::optional<Path> path = Path::Parse(text);
-    return path ? graph.Resolve(*path) : nullptr;
+// The endpoint that `text` names relative to `graph`; null for text that is no path or names nothing. Reads
+// the text as Path::Parse does (a leading "/" is allowed, every piece must be a valid key) and resolves it
+// as Object::Resolve does, without building the path.
+Object* ResolveEndpoint(Graph& graph, std::string_view text) {
+    if (!text.empty() && text.front() == '/') {
+        text.remove_prefix(1);
+    }
+    if (text.empty()) {
+        return &graph;
+    }
+    // An invalid piece anywhere makes the whole text no path, even after a piece that names nothing.
+    for (std::string_view rest = text;;) {
+        const std::size_t slash = rest.find('/');
+        if (!Path::IsValidKey(rest.substr(0, slash))) {
+            return nullptr;
+        }
+        if (slash == std::string_view::npos) {
+            break;
+        }
+        rest.remove_prefix(slash + 1);
+    }
+    Object* current = &graph;
+    while (current != nullptr) {
+        const std::size_t slash = text.find('/');
+        current = current->FindChild(text.substr(0, slash));
+        if (slash == std::string_view::npos) {
+            break;
+        }
+        text.remove_prefix(slash + 1);
+    }
+    return current;
+}
+
+std::string Describe(const std::string& outputText, const std::string& inputText) {
+    return outputText + " -> " + inputText;
 }
 
 // The links in file order, each once.
@@ -44,46 +75,50 @@ std::vector<ComponentLink> ReadLinks(const json& entry) {
 
 void DeserializeDataConnections(const json& connections, Graph& graph, Context&) {
     for (const json& entry : Detail::AsArray(connections)) {
-        const std::string outputText = entry.value("output", std::string());
-        const std::string inputText = entry.value("input", std::string());
-        const std::string description = outputText + " -> " + inputText;
+        std::string outputStorage;
+        std::string inputStorage;
+        const std::string& outputText = Detail::StringField(entry, "output", outputStorage);
+        const std::string& inputText = Detail::StringField(entry, "input", inputStorage);
         auto* output = dynamic_cast<DataOutput*>(ResolveEndpoint(graph, outputText));
         Object* target = ResolveEndpoint(graph, inputText);
         auto* input = dynamic_cast<DataInput*>(target);
         auto* list = dynamic_cast<DataInputList*>(target);
         if (output == nullptr || (input == nullptr && list == nullptr)) {
-            LogError("DeserializeDataConnections: could not resolve connection '" + description +
-                     "', it is dropped.");
+            LogError("DeserializeDataConnections: could not resolve connection '" +
+                     Describe(outputText, inputText) + "', it is dropped.");
             continue;
         }
         const bool added = input != nullptr ? graph.AddDataConnection({output, input})
                                             : graph.AddDataConnection(*output, *list) != nullptr;
         if (!added) {
-            LogError("DeserializeDataConnections: failed to add connection '" + description + "'.");
+            LogError("DeserializeDataConnections: failed to add connection '" +
+                     Describe(outputText, inputText) + "'.");
         }
     }
 }
 
 void DeserializeParameterConnections(const json& connections, Graph& graph, Context&) {
     for (const json& entry : Detail::AsArray(connections)) {
-        const std::string outputText = entry.value("output", std::string());
-        const std::string inputText = entry.value("input", std::string());
-        const std::string description = outputText + " -> " + inputText;
+        std::string outputStorage;
+        std::string inputStorage;
+        const std::string& outputText = Detail::StringField(entry, "output", outputStorage);
+        const std::string& inputText = Detail::StringField(entry, "input", inputStorage);
         std::vector<ComponentLink> links = ReadLinks(entry);
         if (links.empty()) {
-            LogError("DeserializeParameterConnections: connection '" + description +
+            LogError("DeserializeParameterConnections: connection '" + Describe(outputText, inputText) +
                      "' has no links, it is dropped.");
             continue;
         }
         auto* source = dynamic_cast<Parameter*>(ResolveEndpoint(graph, outputText));
         auto* target = dynamic_cast<Parameter*>(ResolveEndpoint(graph, inputText));
         if (source == nullptr || target == nullptr) {
-            LogError("DeserializeParameterConnections: could not resolve connection '" + description +
-                     "', it is dropped.");
+            LogError("DeserializeParameterConnections: could not resolve connection '" +
+                     Describe(outputText, inputText) + "', it is dropped.");
             continue;
         }
         if (!graph.AddParameterConnection({source, target, std::move(links)}, false)) {
-            LogError("DeserializeParameterConnections: failed to add connection '" + description + "'.");
+            LogError("DeserializeParameterConnections: failed to add connection '" +
+                     Describe(outputText, inputText) + "'.");
         }
     }
 }

@@ -32,6 +32,14 @@ public:
         Ptr<Graph> graph;
         nlohmann::json data;
         nlohmann::json parameters;
+        // Set when the arrays are read in place; the copies above stay null then.
+        const nlohmann::json* dataInPlace = nullptr;
+        const nlohmann::json* parametersInPlace = nullptr;
+
+        const nlohmann::json& Data() const { return dataInPlace != nullptr ? *dataInPlace : data; }
+        const nlohmann::json& Parameters() const {
+            return parametersInPlace != nullptr ? *parametersInPlace : parameters;
+        }
     };
 
     // Applies the reference values; gives the operators whose structural values were among them, each once
@@ -88,6 +96,7 @@ public:
     std::vector<DeferredValue> references;
     std::vector<StoredValue> stored;
     std::vector<DeferredConnections> graphs;
+    bool entriesInPlace = false;
 };
 
 Context::Context() : implementation(std::make_unique<Implementation>()) {}
@@ -119,7 +128,7 @@ void Context::StoreValue(Operator& op, ParameterGroup& scope, std::size_t index,
 void Context::DeferConnections(Graph& graph, nlohmann::json dataConnections,
                                nlohmann::json parameterConnections) {
     implementation->graphs.push_back(
-        {Ptr<Graph>(&graph), std::move(dataConnections), std::move(parameterConnections)});
+        {Ptr<Graph>(&graph), std::move(dataConnections), std::move(parameterConnections), nullptr, nullptr});
 }
 
 void Context::ResolveReferences() {
@@ -128,8 +137,8 @@ void Context::ResolveReferences() {
     const std::vector<Implementation::DeferredConnections> graphs = std::exchange(implementation->graphs, {});
     for (const Implementation::DeferredConnections& deferred : graphs) {
         if (Graph* graph = deferred.graph.Get()) {
-            DeserializeDataConnections(deferred.data, *graph, *this);
-            DeserializeParameterConnections(deferred.parameters, *graph, *this);
+            DeserializeDataConnections(deferred.Data(), *graph, *this);
+            DeserializeParameterConnections(deferred.Parameters(), *graph, *this);
         }
     }
     // List inputs exist to receive a connection: whatever is still unconnected now is a leftover.
@@ -142,4 +151,22 @@ void Context::ResolveReferences() {
     }
 }
 
+namespace Detail {
+
+void ContextAccess::ReadEntriesInPlace(Context& context) {
+    context.implementation->entriesInPlace = true;
+}
+
+void ContextAccess::DeferConnections(Context& context, Graph& graph, const nlohmann::json& dataConnections,
+                                     const nlohmann::json& parameterConnections) {
+    Context::Implementation& implementation = *context.implementation;
+    if (!implementation.entriesInPlace) {
+        context.DeferConnections(graph, dataConnections, parameterConnections);
+        return;
+    }
+    implementation.graphs.push_back(
+        {Ptr<Graph>(&graph), nullptr, nullptr, &dataConnections, &parameterConnections});
+}
+
+}  // namespace Detail
 }  // namespace Vantel::Deserialization

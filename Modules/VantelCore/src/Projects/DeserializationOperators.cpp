@@ -161,8 +161,8 @@ void BuildGraph(Graph& graph, const json& entry, Context& context) {
         }
         graph.AddOperator(std::move(op));
     }
-    context.DeferConnections(graph, Detail::ArrayAt(entry, "dataConnections"),
-                             Detail::ArrayAt(entry, "parameterConnections"));
+    Detail::ContextAccess::DeferConnections(context, graph, Detail::ArrayAt(entry, "dataConnections"),
+                                            Detail::ArrayAt(entry, "parameterConnections"));
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Projects/DeserializationSupport.h"
+
 namespace Vantel::Deserialization {
 
 std::unique_ptr<Project> DeserializeProject(const nlohmann::json& document) {
@@ -37,10 +39,13 @@ std::unique_ptr<Project> DeserializeProject(const nlohmann::json& document) {
             "not know is dropped.");
     }
 
+    // The document outlives the load, so the context reads its connection arrays in place.
     Context context;
+    Detail::ContextAccess::ReadEntriesInPlace(context);
+    const nlohmann::json missing;
     const auto rootEntry = document.find("root");
     std::unique_ptr<Operator> root =
-        DeserializeOperator(rootEntry != document.end() ? *rootEntry : nlohmann::json(), context);
+        DeserializeOperator(rootEntry != document.end() ? *rootEntry : missing, context);
     if (root == nullptr) {
         LogError("DeserializeProject: failed to read the root entry.");
         return nullptr;

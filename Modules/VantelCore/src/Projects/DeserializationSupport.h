@@ -14,6 +14,7 @@
 
 namespace Vantel {
 
+class Graph;
 class Operator;
 class Parameter;
 
@@ -26,6 +27,19 @@ const nlohmann::json& ArrayAt(const nlohmann::json& entry, const char* key);
 const nlohmann::json& AsArray(const nlohmann::json& value);
 // The entry's "key", empty when it has none.
 std::string KeyOf(const nlohmann::json& entry);
+// The string at `entry[key]` without a copy when it is one; otherwise what entry.value(key, "") gives (the
+// empty string, or the JSON library's type error), kept in `storage`.
+const std::string& StringField(const nlohmann::json& entry, const char* key, std::string& storage);
+
+// What the loader's own files need of a Context beyond its public calls.
+struct ContextAccess {
+    // The entries of this load stay alive until ResolveReferences, as a whole document does while it is read:
+    // the connection arrays are then read where they are instead of copied.
+    static void ReadEntriesInPlace(Context& context);
+    // Context::DeferConnections, copying the arrays only when the entries are not read in place.
+    static void DeferConnections(Context& context, Graph& graph, const nlohmann::json& dataConnections,
+                                 const nlohmann::json& parameterConnections);
+};
 
 // What to do with a value that names other objects.
 enum class References {

@@ -92,6 +92,17 @@ std::string KeyOf(const json& entry) {
     return entry.is_object() ? entry.value("key", std::string()) : std::string();
 }
 
+const std::string& StringField(const json& entry, const char* key, std::string& storage) {
+    if (entry.is_object()) {
+        const auto found = entry.find(key);
+        if (found != entry.end() && found->is_string()) {
+            return found->get_ref<const std::string&>();
+        }
+    }
+    storage = entry.value(key, std::string());
+    return storage;
+}
+
 void ApplyValue(Parameter& parameter, const json& value, Context& context, References references) {
     if (references == References::Defer && parameter.ValueReferencesObjects()) {
         context.DeferReferenceValue(parameter, value);

@@ -29,6 +29,10 @@ class Project;
 // the JSON library's exception reaches the caller. Main thread only.
 namespace Deserialization {
 
+namespace Detail {
+struct ContextAccess;
+}
+
 // Context
 //
 // The state of one load (a whole project, or one undo record): what cannot be finished while the tree is
@@ -68,6 +72,7 @@ public:
     void ResolveReferences();
 
 private:
+    friend struct Detail::ContextAccess;
     class Implementation;
     std::unique_ptr<Implementation> implementation;
 };
