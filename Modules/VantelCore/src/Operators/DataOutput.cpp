@@ -58,6 +58,9 @@ void DataOutput::SetName(std::string_view name) {
         Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
     }
     implementation->name = name;
+    if (implementation->op != nullptr) {
+        Access::GetImplementation(*implementation->op)->MemberRenamedEvent().Fire(this);
+    }
 }
 
 Operator* DataOutput::GetOperator() {

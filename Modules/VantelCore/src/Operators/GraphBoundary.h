@@ -38,53 +38,47 @@ Mirror* FindMirrorOf(const std::vector<MirrorPair<Source, Mirror>>& pairs, const
     return nullptr;
 }
 
-// Watches the containing graph and says when the mirror must be rebuilt; `onChange` rebuilds it at once when
-// the graph's members change, so that the mirror never lags behind an edit. `onRemoving` hears of a port or
-// parameter node of the graph that is about to go, while the mirror of it is still connected.
+// Keeps a boundary operator's mirror in step with its graph, eagerly: `onChange` runs as the operator joins
+// or leaves a graph and after every addition, removal, move or rename of the graph's ports and parameters, so
+// that the mirror (and with it a saved file) never depends on what looked at it before. `onRemoving` hears of
+// a port or parameter node of the graph that is about to go, while the mirror of it is still connected.
 class GraphWatch {
 public:
-    GraphWatch(std::function<void()> onChange, std::function<void(Object&)> onRemoving)
-        : onChange(std::move(onChange)), onRemoving(std::move(onRemoving)) {}
-
-    // True when the operator's graph changed or the graph's members did since the last call.
-    bool NeedsSync(Graph* graph) {
-        if (graph != watched) {
-            watched = graph;
-            subscriptions.clear();
-            if (graph != nullptr) {
-                const auto stale = [this] {
-                    changed = true;
-                    onChange();
-                };
-                subscriptions.push_back(
-                    graph->DataInputAddedEvent().Subscribe([stale](DataInput*) { stale(); }));
-                subscriptions.push_back(
-                    graph->DataInputRemovedEvent().Subscribe([stale](DataInput*) { stale(); }));
-                subscriptions.push_back(
-                    graph->DataOutputAddedEvent().Subscribe([stale](DataOutput*) { stale(); }));
-                subscriptions.push_back(
-                    graph->DataOutputRemovedEvent().Subscribe([stale](DataOutput*) { stale(); }));
-                subscriptions.push_back(graph->DataPortsReorderedEvent().Subscribe(stale));
-                subscriptions.push_back(graph->ParameterTreeChangedEvent().Subscribe(stale));
-                Operator::Implementation& members =
-                    *Access::GetImplementation(static_cast<Operator&>(*graph));
-                const auto removing = [this](Object* member) { this->onRemoving(*member); };
-                subscriptions.push_back(members.DataInputRemovingEvent().Subscribe(removing));
-                subscriptions.push_back(members.DataOutputRemovingEvent().Subscribe(removing));
-                subscriptions.push_back(members.ParameterNodeRemovingEvent().Subscribe(removing));
-            }
-            changed = true;
-        }
-        const bool result = changed;
-        changed = false;
-        return result;
+    GraphWatch(Operator& owner, std::function<void()> onChange, std::function<void(Object&)> onRemoving)
+        : onChange(std::move(onChange)), onRemoving(std::move(onRemoving)) {
+        joining = Access::GetImplementation(owner)->GraphChangedEvent().Subscribe([this](Graph* graph) {
+            Watch(graph);
+            this->onChange();
+        });
     }
 
 private:
+    void Watch(Graph* graph) {
+        subscriptions.clear();
+        if (graph == nullptr) {
+            return;
+        }
+        const auto changed = [this] { onChange(); };
+        subscriptions.push_back(graph->DataInputAddedEvent().Subscribe([changed](DataInput*) { changed(); }));
+        subscriptions.push_back(
+            graph->DataInputRemovedEvent().Subscribe([changed](DataInput*) { changed(); }));
+        subscriptions.push_back(
+            graph->DataOutputAddedEvent().Subscribe([changed](DataOutput*) { changed(); }));
+        subscriptions.push_back(
+            graph->DataOutputRemovedEvent().Subscribe([changed](DataOutput*) { changed(); }));
+        subscriptions.push_back(graph->DataPortsReorderedEvent().Subscribe(changed));
+        subscriptions.push_back(graph->ParameterTreeChangedEvent().Subscribe(changed));
+        Operator::Implementation& members = *Access::GetImplementation(static_cast<Operator&>(*graph));
+        subscriptions.push_back(members.MemberRenamedEvent().Subscribe([changed](Object*) { changed(); }));
+        const auto removing = [this](Object* member) { onRemoving(*member); };
+        subscriptions.push_back(members.DataInputRemovingEvent().Subscribe(removing));
+        subscriptions.push_back(members.DataOutputRemovingEvent().Subscribe(removing));
+        subscriptions.push_back(members.ParameterNodeRemovingEvent().Subscribe(removing));
+    }
+
     std::function<void()> onChange;
     std::function<void(Object&)> onRemoving;
-    Graph* watched = nullptr;
-    bool changed = true;
+    EventSubscription joining;
     std::vector<EventSubscription> subscriptions;
 };
 

@@ -14,14 +14,14 @@ using ParameterMirror = Detail::MirrorPair<Parameter, Parameter>;
 class GraphInputsOperator::Implementation {
 public:
     explicit Implementation(GraphInputsOperator& owner)
-        : owner(owner), watch([this] { Sync(); }, [this](Object& member) { Release(member); }) {}
+        : owner(owner),
+          watch(
+              owner, [this] { Sync(); }, [this](Object& member) { Release(member); }) {}
 
-    // Brings the mirror in line with the graph; the mirror is derived, so nothing of it is recorded.
+    // Brings the mirror in line with the graph (none without one); the mirror is derived, so nothing of it
+    // is recorded.
     void Sync() {
         Graph* graph = owner.GetGraph();
-        if (!watch.NeedsSync(graph)) {
-            return;
-        }
         Transaction::SuppressRecording suppress;
         Detail::SyncMirrors(
             inputs, Detail::UserInputs(graph), [this](DataInput& source) { return MakeOutput(source); },
@@ -95,17 +95,14 @@ const ObjectType* GraphInputsOperator::GetType() const {
 }
 
 DataOutput* GraphInputsOperator::FindMirror(const DataInput& graphInput) {
-    implementation->Sync();
     return Detail::FindMirrorOf(implementation->inputs, graphInput);
 }
 
 Parameter* GraphInputsOperator::FindMirror(const Parameter& graphParameter) {
-    implementation->Sync();
     return Detail::FindMirrorOf(implementation->parameters, graphParameter);
 }
 
 void GraphInputsOperator::Execute(ExecutionContext&) {
-    implementation->Sync();
     for (const InputMirror& pair : implementation->inputs) {
         const DataInput& source = *pair.source;
         if (source.GetDataSerial() != pair.mirror->GetDataSerial()) {
@@ -120,7 +117,6 @@ void GraphInputsOperator::Execute(ExecutionContext&) {
 }
 
 bool GraphInputsOperator::Outdated() const {
-    implementation->Sync();
     if (Operator::Outdated()) {
         return true;
     }
@@ -135,11 +131,6 @@ bool GraphInputsOperator::Outdated() const {
         }
     }
     return false;
-}
-
-Object* GraphInputsOperator::FindChildImplementation(std::string_view key) {
-    implementation->Sync();
-    return Operator::FindChildImplementation(key);
 }
 
 }  // namespace Vantel

@@ -13,14 +13,14 @@ using ParameterMirror = Detail::MirrorPair<Parameter, Parameter>;
 class GraphOutputsOperator::Implementation {
 public:
     explicit Implementation(GraphOutputsOperator& owner)
-        : owner(owner), watch([this] { Sync(); }, [this](Object& member) { Release(member); }) {}
+        : owner(owner),
+          watch(
+              owner, [this] { Sync(); }, [this](Object& member) { Release(member); }) {}
 
-    // Brings the mirror in line with the graph; the mirror is derived, so nothing of it is recorded.
+    // Brings the mirror in line with the graph (none without one); the mirror is derived, so nothing of it
+    // is recorded.
     void Sync() {
         Graph* graph = owner.GetGraph();
-        if (!watch.NeedsSync(graph)) {
-            return;
-        }
         Transaction::SuppressRecording suppress;
         Detail::SyncMirrors(
             outputs, Detail::UserOutputs(graph), [this](DataOutput& source) { return MakeInput(source); },
@@ -95,17 +95,14 @@ const ObjectType* GraphOutputsOperator::GetType() const {
 }
 
 DataInput* GraphOutputsOperator::FindMirror(const DataOutput& graphOutput) {
-    implementation->Sync();
     return Detail::FindMirrorOf(implementation->outputs, graphOutput);
 }
 
 Parameter* GraphOutputsOperator::FindMirror(const Parameter& graphParameter) {
-    implementation->Sync();
     return Detail::FindMirrorOf(implementation->parameters, graphParameter);
 }
 
 void GraphOutputsOperator::Execute(ExecutionContext&) {
-    implementation->Sync();
     for (const OutputMirror& pair : implementation->outputs) {
         if (pair.mirror->GetDataSerial() != pair.source->GetDataSerial()) {
             pair.source->Activate(pair.mirror->GetData());
@@ -116,16 +113,6 @@ void GraphOutputsOperator::Execute(ExecutionContext&) {
             pair.source->SetFromData(pair.mirror->GetData());
         }
     }
-}
-
-bool GraphOutputsOperator::Outdated() const {
-    implementation->Sync();
-    return Operator::Outdated();
-}
-
-Object* GraphOutputsOperator::FindChildImplementation(std::string_view key) {
-    implementation->Sync();
-    return Operator::FindChildImplementation(key);
 }
 
 }  // namespace Vantel

@@ -85,6 +85,9 @@ void Parameter::SetName(std::string_view name) {
         Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
     }
     implementation->name = name;
+    if (Operator* owner = GetOperator()) {
+        Access::GetImplementation(*owner)->MemberRenamedEvent().Fire(this);
+    }
 }
 
 Flags<ParameterFlag> Parameter::GetParameterFlags() const {

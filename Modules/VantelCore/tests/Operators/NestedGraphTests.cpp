@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include <Vantel/Execution/Clock.h>
@@ -9,8 +10,13 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
 
+#include "Support/LogCapture.h"
+#include "Support/ProjectOperators.h"
 #include "Support/TestOperators.h"
 
 namespace Vantel {
@@ -140,6 +146,43 @@ TEST(NestedGraph, BoundaryOperatorsFollowTheGraphsMembers) {
     EXPECT_EQ(outputs.FindMirror(*parameter), nullptr);  // input parameters are mirrored by Graph Inputs only
     graph.RemoveParameter(parameter);
     EXPECT_TRUE(inputs.GetAllParameters().empty());
+}
+
+// A mirror parameter leaves its key in the file, so the mirrors must exist whether or not anything looked at
+// the boundary operators before saving.
+TEST(NestedGraph, SavedBytesDependOnlyOnTheModel) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& nested = Add<Graph>(*project.GetRootGraph());
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested);
+    Parameter* gain = nested.AddUserParameter(NumberParameter::Type(), false);
+    DataOutput* out = nested.AddUserDataOutput(DataOutput::Type());
+    Parameter* total = nested.AddUserParameter(NumberParameter::Type(), true);
+    GraphOutputsOperator& outputs = Add<GraphOutputsOperator>(nested);  // joins a graph with members
+    const auto save = [](const Project& saved) { return Serialization::SerializeProject(saved).dump(4); };
+
+    const std::string unseen = save(project);
+    EXPECT_NE(unseen.find("\"key\": \"" + gain->GetKey() + "\"\n"), std::string::npos);  // the mirror's entry
+    ASSERT_NE(inputs.FindMirror(*gain), nullptr);
+    ASSERT_NE(outputs.FindMirror(*out), nullptr);
+    ASSERT_NE(outputs.FindMirror(*total), nullptr);
+    EXPECT_EQ(save(project), unseen);
+
+    Testing::LogCapture log;
+    std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(nlohmann::json::parse(unseen));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(save(*loaded), unseen);
+    EXPECT_EQ(log.Text(), "");
+
+    // Leaving the graph drops the mirror; coming back makes it again.
+    std::unique_ptr<Operator> taken = nested.RemoveOperator(&outputs);
+    EXPECT_TRUE(taken->GetAllDataInputs().empty());
+    EXPECT_TRUE(taken->GetAllParameters().empty());
+    nested.AddOperator(std::move(taken));
+    EXPECT_EQ(save(project), unseen);
+
+    gain->SetName("Gain");
+    EXPECT_EQ(inputs.GetAllParameters()[0]->GetName(), "Gain");  // followed at once, unasked
 }
 
 }  // namespace

@@ -30,19 +30,7 @@ using Testing::MixerOperator;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
 
-// Boundary operators make their mirrors when first looked at, and a mirror parameter leaves its key in the
-// file; looking at every one first makes a file independent of what happened to look at them before.
-void SyncMirrors(const Graph& graph) {
-    for (const Operator* op : graph.GetOperators()) {
-        op->Outdated();
-        if (const auto* inner = dynamic_cast<const Graph*>(op)) {
-            SyncMirrors(*inner);
-        }
-    }
-}
-
 std::string Save(const Project& project) {
-    SyncMirrors(*project.GetRootGraph());
     return Serialization::SerializeProject(project).dump(4);
 }
 

@@ -21,9 +21,10 @@ class Parameter;
 // Mirrors the graph that contains it: one data output per data input the user added to the graph, and one
 // output parameter per input parameter added to it, keyed and named like them and in the same order. In each
 // frame it hands what reached the graph's inputs to its outputs, and copies the graph's parameter values to
-// its parameters, so that a change outside reaches the operators inside in the same frame. The mirror follows
-// the graph as ports and parameters are added, renamed, moved and removed; it is derived state and never
-// saved (the operator itself is saved like any other). Main thread only.
+// its parameters, so that a change outside reaches the operators inside in the same frame. The mirror is made
+// as the operator joins a graph and follows it at once as ports and parameters are added, renamed, moved and
+// removed (it goes when the operator leaves the graph); it is derived state and never saved (the operator
+// itself is saved like any other). Main thread only.
 class VANTEL_API GraphInputsOperator : public Operator {
 public:
     GraphInputsOperator();
@@ -40,9 +41,6 @@ public:
     void Execute(ExecutionContext& context) override;
     // Also true when a graph input received data or an input parameter of the graph changed.
     bool Outdated() const override;
-
-protected:
-    Object* FindChildImplementation(std::string_view key) override;
 
 private:
     class Implementation;

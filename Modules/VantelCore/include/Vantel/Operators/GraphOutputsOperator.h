@@ -21,7 +21,8 @@ class Parameter;
 // Mirrors the graph that contains it: one data input per data output the user added to the graph, and one
 // parameter per output parameter added to it, keyed and named like them and in the same order. What reaches
 // its inputs and parameters from inside is handed to the graph's outputs in the same frame, where the
-// enclosing graph passes it on. The mirror follows the graph's ports and parameters and is never saved; its
+// enclosing graph passes it on. The mirror is made as the operator joins a graph and follows the graph's
+// ports and parameters at once (it goes when the operator leaves the graph); it is never saved, and its
 // parameters take their values from connections inside. Main thread only.
 class VANTEL_API GraphOutputsOperator : public Operator {
 public:
@@ -37,10 +38,6 @@ public:
     Parameter* FindMirror(const Parameter& graphParameter);
 
     void Execute(ExecutionContext& context) override;
-    bool Outdated() const override;
-
-protected:
-    Object* FindChildImplementation(std::string_view key) override;
 
 private:
     class Implementation;

@@ -73,8 +73,16 @@ public:
     void AddDataInputList(DataInputList& list, std::string_view name);
     void RemoveDataInputList(DataInputList& list);
 
-    // Set by the graph that takes the operator in (null when it lets it go).
-    void SetGraph(Graph* graph) { this->graph = graph; }
+    // Set by the graph that takes the operator in (null when it lets it go); GraphChangedEvent follows.
+    void SetGraph(Graph* graph) {
+        this->graph = graph;
+        graphChangedEvent.Fire(graph);
+    }
+    // Fired as the operator joins a graph (before the graph lists it) or leaves one (with null), so that
+    // what the operator derives from its graph follows at once.
+    Event<Graph*>& GraphChangedEvent() { return graphChangedEvent; }
+    // Fired by a port or parameter of this operator that was renamed.
+    Event<Object*>& MemberRenamedEvent() { return memberRenamedEvent; }
     // Cleared by the runner after each frame.
     void ClearDirty() { dirty = false; }
 
@@ -123,6 +131,8 @@ private:
     Event<ParameterNode*> parameterNodeRemovedEvent;
     Event<> parameterTreeChangedEvent;
     Event<> positionChangedEvent;
+    Event<Graph*> graphChangedEvent;
+    Event<Object*> memberRenamedEvent;
     Graph* graph = nullptr;
     bool dirty = false;
     bool structureDirty = false;
