@@ -257,8 +257,9 @@ void Operator::operator delete(void* block, std::size_t size) noexcept {
     OperatorArena::Free(block, size);
 }
 
-void Operator::operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept {
-    ::operator delete(block, size, alignment);
+void Operator::operator delete(void* block, std::size_t, std::align_val_t alignment) noexcept {
+    // The unsized form: not every compiler offers sized deallocation by default.
+    ::operator delete(block, alignment);
 }
 
 void* Operator::Implementation::operator new(std::size_t size) {

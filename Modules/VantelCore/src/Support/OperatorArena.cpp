@@ -17,11 +17,11 @@
 namespace Vantel::OperatorArena {
 namespace {
 
+#ifndef VANTEL_OPERATOR_ARENA_OFF
+
 constexpr std::size_t kGranule = 64;  // a cache line: no two blocks share one
 constexpr std::size_t kLargestBlock = 4096;
 constexpr std::size_t kRunSize = std::size_t{2} << 20;  // one large page
-
-#ifndef VANTEL_OPERATOR_ARENA_OFF
 
 struct FreeBlock {
     FreeBlock* next;
@@ -91,7 +91,7 @@ void* Allocate(std::size_t size) {
     return ::operator new(size);
 }
 
-void Free(void* block, std::size_t size) noexcept {
+void Free(void* block, [[maybe_unused]] std::size_t size) noexcept {
     if (block == nullptr) {
         return;
     }
@@ -101,7 +101,7 @@ void Free(void* block, std::size_t size) noexcept {
         return;
     }
 #endif
-    ::operator delete(block, size);
+    ::operator delete(block);  // unsized: not every compiler offers sized deallocation by default
 }
 
 }  // namespace Vantel::OperatorArena
