@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -54,35 +55,19 @@ Made Make(std::uint8_t seed) {
     return {std::move(op), [raw] { return raw->Intact(); }};
 }
 
+// The sizes in turn, the last beyond the small blocks.
 std::vector<Made> MakeMany(int count, int salt) {
+    constexpr Made (*makers[])(std::uint8_t) = {Make<8>, Make<200>, Make<1000>, Make<9000>};
     std::vector<Made> made;
     for (int i = 0; i < count; ++i) {
-        const auto seed = static_cast<std::uint8_t>(i * 7 + salt);
-        switch (i % 4) {
-            case 0:
-                made.push_back(Make<8>(seed));
-                break;
-            case 1:
-                made.push_back(Make<200>(seed));
-                break;
-            case 2:
-                made.push_back(Make<1000>(seed));
-                break;
-            default:
-                made.push_back(Make<9000>(seed));
-                break;  // beyond the small blocks
-        }
+        made.push_back(makers[i % 4](static_cast<std::uint8_t>(i * 7 + salt)));
     }
     return made;
 }
 
 bool AllIntact(const std::vector<Made>& made) {
-    for (const Made& entry : made) {
-        if (entry.op != nullptr && !entry.intact()) {
-            return false;
-        }
-    }
-    return true;
+    return std::all_of(made.begin(), made.end(),
+                       [](const Made& entry) { return !entry.op || entry.intact(); });
 }
 
 // Operators come from an allocator of the library's own; freed blocks are reused, never while in use.

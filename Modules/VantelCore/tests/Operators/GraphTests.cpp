@@ -122,35 +122,29 @@ TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
     EXPECT_TRUE(graph.GetParameterConnections().empty());
 }
 
-TEST(Graph, ExecutesInDependencyOrderWhateverTheAddingOrder) {
+TEST(Graph, ExecutesInDependencyOrderAndHandsOnValuesSetBetweenFrames) {
     Graph graph;
+    EXPECT_FALSE(graph.Outdated());  // an empty graph never is
+    graph.Execute(*Frame());
     AddOperator& c = Add<AddOperator>(graph, "C");
     AddOperator& b = Add<AddOperator>(graph, "B");
     SourceOperator& a = Add<SourceOperator>(graph, "A");
+    AddOperator& driven = Add<AddOperator>(graph, "D");
     ASSERT_TRUE(graph.AddDataConnection({&b.out, &c.in}));
     ASSERT_TRUE(graph.AddDataConnection({&a.out, &b.in}));
+    ASSERT_TRUE(graph.AddParameterConnection({&c.offset, &driven.offset, {{0, 0}}}, false));
     b.offset.SetValue(1.0);
-    c.offset.SetValue(10.0);
+    c.offset.SetValue(10.0);  // between frames: handed on in the next one even if the driver did not run
     a.value.SetValue(2.0);
 
-    auto context = Frame();
-    graph.Execute(*context);
-    EXPECT_EQ(Access::GetImplementation(graph)->GetExecutionOrder(), (std::vector<Operator*>{&a, &b, &c}));
+    graph.Execute(*Frame());
+    EXPECT_EQ(Access::GetImplementation(graph)->GetExecutionOrder(),
+              (std::vector<Operator*>{&a, &b, &c, &driven}));
     EXPECT_EQ(NumberOf(c.in), 3.0);
     EXPECT_EQ(c.result.Value(), 13.0);
     EXPECT_EQ(c.runs, 1);
-}
-
-TEST(Graph, ValuesSetBetweenFramesReachTheirConsumers) {
-    Graph graph;
-    AddOperator& driver = Add<AddOperator>(graph);
-    AddOperator& driven = Add<AddOperator>(graph);
-    ASSERT_TRUE(graph.AddParameterConnection({&driver.offset, &driven.offset, {{0, 0}}}, false));
-    driver.offset.SetValue(3.0);  // between frames: handed on in the next one even if the driver did not run
-    auto context = Frame();
-    graph.Execute(*context);
-    EXPECT_EQ(driven.offset.Value(), 3.0);
-    EXPECT_EQ(driven.result.Value(), 3.0);
+    EXPECT_EQ(driven.offset.Value(), 10.0);
+    EXPECT_EQ(driven.result.Value(), 10.0);
 }
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {
@@ -207,13 +201,6 @@ TEST(Graph, UserPortsAndParameters) {
     EXPECT_TRUE(parameter->IsAddedByUser());
     EXPECT_TRUE(parameter->HasParameterFlag(ParameterFlag::Output));
     EXPECT_EQ(graph.AddUserDataOutput(nullptr), nullptr);
-}
-
-TEST(Graph, EmptyGraphIsNeverOutdated) {
-    Graph graph;
-    EXPECT_FALSE(graph.Outdated());
-    auto context = Frame();
-    graph.Execute(*context);
 }
 
 }  // namespace
