@@ -23,7 +23,7 @@ Session::Session(const std::vector<std::string>& plugins) {
         for (const std::filesystem::path& file : Vantel::FindPluginFiles()) {
             if (!library.LoadPluginFromFile(file)) {
                 std::cerr << "vantel: warning: skipped " << file.filename().string()
-                          << ", which is no plug-in that loads\n";
+                          << ": it does not load as a plug-in\n";
             }
         }
     } else {
