@@ -171,4 +171,30 @@ std::unique_ptr<T> MakeOfType(const ObjectType* type, const ObjectType* fallback
     return nullptr;
 }
 
+// The parameter half of a boundary operator, the same on both sides: one parameter of the operator per user
+// parameter of its graph (the graph's inputs or its outputs), of the same type, key and name, with `flag`
+// set on each.
+class ParameterMirrors {
+public:
+    using Pair = MirrorPair<Parameter, Parameter>;
+
+    ParameterMirrors(Operator& owner, bool graphOutputs, ParameterFlag flag);
+
+    // Brings the mirrors in line with `graph`'s parameters (none without a graph). Records nothing.
+    void Sync(Graph* graph);
+    // When `member` is one of the graph's mirrored parameters: disconnects its mirror inside `graph`,
+    // recorded.
+    void Release(Graph& graph, Object& member);
+    Parameter* Find(const Parameter& source) const { return FindMirrorOf(pairs, source); }
+    const std::vector<Pair>& Pairs() const { return pairs; }
+
+private:
+    Parameter* Make(const Parameter& source);
+
+    Operator& owner;
+    bool graphOutputs;
+    ParameterFlag flag;
+    std::vector<Pair> pairs;
+};
+
 }  // namespace Vantel::Detail

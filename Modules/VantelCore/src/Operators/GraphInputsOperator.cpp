@@ -9,7 +9,6 @@
 namespace Vantel {
 
 using InputMirror = Detail::MirrorPair<DataInput, DataOutput>;
-using ParameterMirror = Detail::MirrorPair<Parameter, Parameter>;
 
 class GraphInputsOperator::Implementation {
 public:
@@ -27,11 +26,7 @@ public:
             inputs, Detail::UserInputs(graph), [this](DataInput& source) { return MakeOutput(source); },
             [this](DataOutput* mirror) { owner.RemoveDataOutput(mirror); },
             [this](DataOutput* mirror, std::size_t index) { owner.MoveDataOutput(mirror, index); });
-        Detail::SyncMirrors(
-            parameters, Detail::UserParameters(graph, false),
-            [this](Parameter& source) { return MakeParameter(source); },
-            [this](Parameter* mirror) { owner.RemoveParameter(mirror); },
-            [this](Parameter* mirror, std::size_t index) { owner.GetParameterGroup().Move(mirror, index); });
+        parameters.Sync(graph);
     }
 
     DataOutput* MakeOutput(DataInput& source) {
@@ -41,19 +36,6 @@ public:
         output->SetName(source.GetName());
         DataOutput* raw = output.get();
         return owner.AddDataOutput(std::move(output)) ? raw : nullptr;
-    }
-
-    Parameter* MakeParameter(Parameter& source) {
-        std::unique_ptr<Parameter> parameter = Detail::MakeOfType<Parameter>(source.GetType(), nullptr);
-        if (parameter == nullptr) {
-            return nullptr;
-        }
-        parameter->SetKey(source.GetKey());
-        parameter->SetName(source.GetName());
-        parameter->SetParameterFlag(ParameterFlag::Output, true);
-        parameter->SetFromData(source.GetData());
-        Parameter* raw = parameter.get();
-        return owner.AddParameter(std::move(parameter)) ? raw : nullptr;
     }
 
     // A graph member is about to go: its mirror's connections inside go first, recorded, so that undo brings
@@ -67,17 +49,15 @@ public:
             if (auto* mirror = Detail::FindMirrorOf(inputs, *port)) {
                 graph->DisconnectDataOutput(*mirror);
             }
-        } else if (auto* parameter = dynamic_cast<Parameter*>(&member)) {
-            if (Parameter* mirror = Detail::FindMirrorOf(parameters, *parameter)) {
-                graph->DisconnectParameter(*mirror);
-            }
+        } else {
+            parameters.Release(*graph, member);
         }
     }
 
     GraphInputsOperator& owner;
     Detail::GraphWatch watch;
     std::vector<InputMirror> inputs;
-    std::vector<ParameterMirror> parameters;
+    Detail::ParameterMirrors parameters{owner, false, ParameterFlag::Output};
 };
 
 GraphInputsOperator::GraphInputsOperator() : implementation(std::make_unique<Implementation>(*this)) {}
@@ -99,7 +79,7 @@ DataOutput* GraphInputsOperator::FindMirror(const DataInput& graphInput) {
 }
 
 Parameter* GraphInputsOperator::FindMirror(const Parameter& graphParameter) {
-    return Detail::FindMirrorOf(implementation->parameters, graphParameter);
+    return implementation->parameters.Find(graphParameter);
 }
 
 void GraphInputsOperator::Execute(ExecutionContext&) {
@@ -109,7 +89,7 @@ void GraphInputsOperator::Execute(ExecutionContext&) {
             pair.mirror->Activate(source.GetData());
         }
     }
-    for (const ParameterMirror& pair : implementation->parameters) {
+    for (const Detail::ParameterMirrors::Pair& pair : implementation->parameters.Pairs()) {
         if (pair.source->HasValueChanged()) {
             pair.mirror->SetFromData(pair.source->GetData());
         }
@@ -125,7 +105,7 @@ bool GraphInputsOperator::Outdated() const {
             return true;
         }
     }
-    for (const ParameterMirror& pair : implementation->parameters) {
+    for (const Detail::ParameterMirrors::Pair& pair : implementation->parameters.Pairs()) {
         if (pair.source->HasValueChanged()) {
             return true;
         }

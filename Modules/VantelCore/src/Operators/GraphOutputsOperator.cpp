@@ -8,7 +8,6 @@
 namespace Vantel {
 
 using OutputMirror = Detail::MirrorPair<DataOutput, DataInput>;
-using ParameterMirror = Detail::MirrorPair<Parameter, Parameter>;
 
 class GraphOutputsOperator::Implementation {
 public:
@@ -26,11 +25,7 @@ public:
             outputs, Detail::UserOutputs(graph), [this](DataOutput& source) { return MakeInput(source); },
             [this](DataInput* mirror) { owner.RemoveDataInput(mirror); },
             [this](DataInput* mirror, std::size_t index) { owner.MoveDataInput(mirror, index); });
-        Detail::SyncMirrors(
-            parameters, Detail::UserParameters(graph, true),
-            [this](Parameter& source) { return MakeParameter(source); },
-            [this](Parameter* mirror) { owner.RemoveParameter(mirror); },
-            [this](Parameter* mirror, std::size_t index) { owner.GetParameterGroup().Move(mirror, index); });
+        parameters.Sync(graph);
     }
 
     DataInput* MakeInput(DataOutput& source) {
@@ -40,20 +35,6 @@ public:
         input->SetName(source.GetName());
         DataInput* raw = input.get();
         return owner.AddDataInput(std::move(input)) ? raw : nullptr;
-    }
-
-    Parameter* MakeParameter(Parameter& source) {
-        std::unique_ptr<Parameter> parameter = Detail::MakeOfType<Parameter>(source.GetType(), nullptr);
-        if (parameter == nullptr) {
-            return nullptr;
-        }
-        parameter->SetKey(source.GetKey());
-        parameter->SetName(source.GetName());
-        // Its value comes from a connection inside; keeping one in the file would duplicate the graph's.
-        parameter->SetParameterFlag(ParameterFlag::NotSaved, true);
-        parameter->SetFromData(source.GetData());
-        Parameter* raw = parameter.get();
-        return owner.AddParameter(std::move(parameter)) ? raw : nullptr;
     }
 
     // A graph member is about to go: its mirror's connections inside go first, recorded, so that undo brings
@@ -67,17 +48,15 @@ public:
             if (auto* mirror = Detail::FindMirrorOf(outputs, *port)) {
                 graph->DisconnectDataInput(*mirror);
             }
-        } else if (auto* parameter = dynamic_cast<Parameter*>(&member)) {
-            if (Parameter* mirror = Detail::FindMirrorOf(parameters, *parameter)) {
-                graph->DisconnectParameter(*mirror);
-            }
+        } else {
+            parameters.Release(*graph, member);
         }
     }
 
     GraphOutputsOperator& owner;
     Detail::GraphWatch watch;
     std::vector<OutputMirror> outputs;
-    std::vector<ParameterMirror> parameters;
+    Detail::ParameterMirrors parameters{owner, true, ParameterFlag::NotSaved};
 };
 
 GraphOutputsOperator::GraphOutputsOperator() : implementation(std::make_unique<Implementation>(*this)) {}
@@ -99,7 +78,7 @@ DataInput* GraphOutputsOperator::FindMirror(const DataOutput& graphOutput) {
 }
 
 Parameter* GraphOutputsOperator::FindMirror(const Parameter& graphParameter) {
-    return Detail::FindMirrorOf(implementation->parameters, graphParameter);
+    return implementation->parameters.Find(graphParameter);
 }
 
 void GraphOutputsOperator::Execute(ExecutionContext&) {
@@ -108,7 +87,7 @@ void GraphOutputsOperator::Execute(ExecutionContext&) {
             pair.source->Activate(pair.mirror->GetData());
         }
     }
-    for (const ParameterMirror& pair : implementation->parameters) {
+    for (const Detail::ParameterMirrors::Pair& pair : implementation->parameters.Pairs()) {
         if (pair.mirror->HasValueChanged()) {
             pair.source->SetFromData(pair.mirror->GetData());
         }
