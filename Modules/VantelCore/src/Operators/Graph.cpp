@@ -24,20 +24,9 @@
 namespace Vantel {
 namespace {
 
-void ClearChangeMarks(Operator& op, Operator::Implementation& state) {
+void ClearChangeMarks(Operator::Implementation& state) {
     state.ClearDirty();
-    if (state.MayHaveMarkedMembers()) {
-        for (DataInput* input : op.GetAllDataInputs()) {
-            Access::GetImplementation(*input)->ClearChanged();
-        }
-        for (DataOutput* output : op.GetAllDataOutputs()) {
-            Access::GetImplementation(*output)->ClearChanged();
-        }
-        for (Parameter* parameter : op.GetAllParameters()) {
-            Access::GetImplementation(*parameter)->ClearValueChanged();
-        }
-        state.ForgetMarkedMembers();
-    }
+    state.ClearMemberChangeMarks();
     if (Graph* graph = state.AsGraph()) {
         Access::GetImplementation(*graph)->ClearOperatorChangeMarks();
     }
@@ -719,14 +708,14 @@ void Graph::Execute(ExecutionContext& context) {
 }
 
 void ClearFrameChangeMarks(Operator& op) {
-    ClearChangeMarks(op, *Access::GetImplementation(op));
+    ClearChangeMarks(*Access::GetImplementation(op));
 }
 
 void Graph::Implementation::ClearOperatorChangeMarks() {
     const std::vector<Operator*>& order = GetExecutionOrder();
     if (order.size() != operators.size()) {
         for (Operator* op : operators) {
-            ClearChangeMarks(*op, *Access::GetImplementation(*op));
+            ClearChangeMarks(*Access::GetImplementation(*op));
         }
         return;
     }
@@ -734,7 +723,7 @@ void Graph::Implementation::ClearOperatorChangeMarks() {
         if (i + kPrefetchDistance < order.size()) {
             Prefetch(executionStates[i + kPrefetchDistance]->FrameFields());
         }
-        ClearChangeMarks(*order[i], *executionStates[i]);
+        ClearChangeMarks(*executionStates[i]);
     }
 }
 

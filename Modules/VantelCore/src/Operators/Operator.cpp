@@ -11,6 +11,7 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/SuppressUpdateStructure.h>
 #include <Vantel/Projects/Transaction.h>
@@ -268,6 +269,19 @@ void* Operator::Implementation::operator new(std::size_t size) {
 
 void Operator::Implementation::operator delete(void* block, std::size_t size) noexcept {
     OperatorArena::Free(block, size);
+}
+
+void Operator::Implementation::ClearMarkedMembers() {
+    for (DataInput* input : owner.GetAllDataInputs()) {
+        Access::GetImplementation(*input)->ClearChanged();
+    }
+    for (DataOutput* output : owner.GetAllDataOutputs()) {
+        Access::GetImplementation(*output)->ClearChanged();
+    }
+    for (Parameter* parameter : owner.GetAllParameters()) {
+        Access::GetImplementation(*parameter)->ClearValueChanged();
+    }
+    membersMarked = false;
 }
 
 Operator::Operator() : implementation(std::make_unique<Implementation>(*this)) {}

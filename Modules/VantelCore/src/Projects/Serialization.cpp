@@ -14,6 +14,7 @@
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
@@ -174,16 +175,9 @@ std::string RelativeText(Object& object, const Graph& graph) {
 
 // What is written is what the tree now is: its change marks are consumed, down through nested graphs.
 void ClearChangeMarks(Operator& op) {
-    for (DataInput* input : op.GetAllDataInputs()) {
-        Access::GetImplementation(*input)->ClearChanged();
-    }
-    for (DataOutput* output : op.GetAllDataOutputs()) {
-        Access::GetImplementation(*output)->ClearChanged();
-    }
-    for (Parameter* parameter : op.GetAllParameters()) {
-        Access::GetImplementation(*parameter)->ClearValueChanged();
-    }
-    if (auto* graph = dynamic_cast<Graph*>(&op)) {
+    Operator::Implementation& state = *Access::GetImplementation(op);
+    state.ClearMemberChangeMarks();
+    if (Graph* graph = state.AsGraph()) {
         for (Operator* child : graph->GetOperators()) {
             ClearChangeMarks(*child);
         }

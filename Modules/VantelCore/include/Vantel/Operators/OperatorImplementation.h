@@ -90,8 +90,13 @@ public:
     // too. While it stays false, none of them carries a mark, so a frame need not look at them.
     void NoteMemberMarked() { membersMarked = true; }
     bool MayHaveMarkedMembers() const { return membersMarked; }
-    // The runner, once it has cleared the marks of every port and parameter.
-    void ForgetMarkedMembers() { membersMarked = false; }
+    // Clears the change marks of every port and parameter (not the operator's own dirty mark), skipping the
+    // walk when none can carry one (inline: every frame asks this of every operator).
+    void ClearMemberChangeMarks() {
+        if (membersMarked) {
+            ClearMarkedMembers();
+        }
+    }
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
     Graph* AsGraph() const { return asGraph; }
     void SetAsGraph(Graph* self) { asGraph = self; }
@@ -101,6 +106,7 @@ public:
 
 private:
     friend class Operator;
+    void ClearMarkedMembers();
     void ReleaseOwnedPorts();
 
     Operator& owner;
