@@ -25,6 +25,8 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Parameters/FloatParameter.h>
 
+#include "BenchmarkOperators.h"
+
 // Every allocation of the program, the library's included, goes through these and is counted.
 namespace {
 std::atomic<std::uint64_t> allocationCount{0};
@@ -56,51 +58,8 @@ void operator delete[](void* memory, std::size_t) noexcept {
 namespace Vantel {
 namespace {
 
-class ValueData : public Data {
-public:
-    explicit ValueData(double value) : value(value) {}
-    const double value;
-};
-
-// Publishes a new value each time it runs.
-class SourceOperator : public Operator {
-public:
-    FloatParameter frequency{this, "Frequency", 1.0};
-    FloatParameter amplitude{this, "Amplitude", 1.0};
-    FloatParameter phase{this, "Phase", 0.0};
-    DataOutput out{this, "Out"};
-
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Benchmark.Source", Operator::Type(), nullptr);
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
-    void Execute(ExecutionContext& context) override {
-        const double angle = frequency.Value() * context.GetTime() + phase.Value();
-        out.Activate(std::make_shared<ValueData>(amplitude.Value() * std::sin(angle)));
-    }
-};
-
-// Out = min(In * Gain + Offset, Limit), a new value each time it runs.
-class ProcessOperator : public Operator {
-public:
-    DataInput in{this, "In"};
-    FloatParameter gain{this, "Gain", 1.0};
-    FloatParameter offset{this, "Offset", 0.0};
-    FloatParameter limit{this, "Limit", 1e6};
-    DataOutput out{this, "Out"};
-
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Benchmark.Process", Operator::Type(), nullptr);
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
-    void Execute(ExecutionContext&) override {
-        const auto* data = static_cast<const ValueData*>(in.GetData().get());
-        const double value = (data != nullptr ? data->value : 0.0) * gain.Value() + offset.Value();
-        out.Activate(std::make_shared<ValueData>(std::min(value, limit.Value())));
-    }
-};
+using Benchmarks::ProcessOperator;
+using Benchmarks::SourceOperator;
 
 class FixedClock : public Clock {
 public:

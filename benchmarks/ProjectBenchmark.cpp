@@ -23,38 +23,13 @@
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
 
+#include "BenchmarkOperators.h"
+
 namespace Vantel {
 namespace {
 
-class SourceOperator : public Operator {
-public:
-    FloatParameter frequency{this, "Frequency", 1.0};
-    FloatParameter amplitude{this, "Amplitude", 1.0};
-    DataOutput out{this, "Out"};
-
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Benchmark.ProjectSource", Operator::Type(),
-                                     MakeFactory<SourceOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
-};
-
-class ProcessOperator : public Operator {
-public:
-    DataInput in{this, "In"};
-    FloatParameter gain{this, "Gain", 1.0};
-    FloatParameter offset{this, "Offset", 0.0};
-    FloatParameter limit{this, "Limit", 1e6};
-    DataOutput out{this, "Out"};
-
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Benchmark.ProjectProcess", Operator::Type(),
-                                     MakeFactory<ProcessOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
-};
+using Benchmarks::ProcessOperator;
+using Benchmarks::SourceOperator;
 
 void RegisterTypes() {
     static const bool registered = [] {
