@@ -11,15 +11,11 @@
 namespace Vantel {
 namespace {
 
+using Testing::FixedClock;
+
 using Testing::AddOperator;
 using Testing::NumberData;
 using Testing::NumberParameter;
-
-class FixedClock : public Clock {
-public:
-    void Reset() override {}
-    double GetFirstFrameDuration() const override { return 0.5; }
-};
 
 // An idle frame skips the ports and parameters of operators that had no mark; those that join an operator
 // already marked must still make it run and still be cleared.
@@ -28,7 +24,7 @@ TEST(Runner, MembersThatJoinWithAMarkAreSeenAndCleared) {
     auto made = std::make_unique<AddOperator>();
     AddOperator& op = *made;
     graph.AddOperator(std::move(made));
-    Runner runner(std::make_unique<FixedClock>());
+    Runner runner(std::make_unique<FixedClock>(0.5));
     runner.SetGraph(&graph);
     runner.WaitForTick();
     runner.Execute();

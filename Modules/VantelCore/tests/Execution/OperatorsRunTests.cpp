@@ -11,14 +11,10 @@
 namespace Vantel {
 namespace {
 
+using Testing::FixedClock;
+
 using Testing::AddOperator;
 using Testing::SourceOperator;
-
-class StepClock : public Clock {
-public:
-    void Reset() override {}
-    double GetFirstFrameDuration() const override { return 0.1; }
-};
 
 TEST(Runner, CountsTheOperatorsThatRanAcrossFramesAndGraphs) {
     auto root = std::make_unique<Graph>();
@@ -30,7 +26,7 @@ TEST(Runner, CountsTheOperatorsThatRanAcrossFramesAndGraphs) {
     Testing::Add<SourceOperator>(*root);
     root->AddOperator(std::make_unique<Graph>());  // empty: never outdated, never run
 
-    Runner runner(std::make_unique<StepClock>());
+    Runner runner(std::make_unique<FixedClock>(0.1));
     runner.SetGraph(root.get());
     runner.WaitForTick();
     runner.Execute();

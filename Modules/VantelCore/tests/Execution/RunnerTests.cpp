@@ -13,18 +13,10 @@
 namespace Vantel {
 namespace {
 
+using Testing::FixedClock;
+
 using Testing::AddOperator;
 using Testing::SourceOperator;
-
-class FixedClock : public Clock {
-public:
-    explicit FixedClock(double first) : first(first) {}
-    void Reset() override {}
-    double GetFirstFrameDuration() const override { return first; }
-
-private:
-    double first;
-};
 
 TEST(Runner, TimeAdvancesByTheDeltaOfEachFrame) {
     Runner runner(std::make_unique<FixedClock>(0.25));

@@ -22,16 +22,12 @@
 namespace Vantel {
 namespace {
 
+using Testing::FixedClock;
+
 using Testing::AddOperator;
 using Testing::NumberOf;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
-
-class StepClock : public Clock {
-public:
-    void Reset() override {}
-    double GetFirstFrameDuration() const override { return 0.1; }
-};
 
 using Testing::Add;
 
@@ -89,8 +85,8 @@ struct NestedSetup {
 TEST(NestedGraph, ComputesWhatTheFlatGraphComputesFrameByFrame) {
     FlatSetup flat;
     NestedSetup nested;
-    Runner flatRunner(std::make_unique<StepClock>());
-    Runner nestedRunner(std::make_unique<StepClock>());
+    Runner flatRunner(std::make_unique<FixedClock>(0.1));
+    Runner nestedRunner(std::make_unique<FixedClock>(0.1));
     flatRunner.SetGraph(&flat.root);
     nestedRunner.SetGraph(&nested.root);
     flatRunner.WaitForTick();

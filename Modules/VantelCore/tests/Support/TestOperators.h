@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 
+#include <Vantel/Execution/Clock.h>
 #include <Vantel/Execution/ExecutionContext.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/Data.h>
@@ -15,6 +16,17 @@
 #include "Support/TestParameters.h"
 
 namespace Vantel::Testing {
+
+// A clock whose frames all last `step` seconds (the runner asks it once).
+class FixedClock : public Clock {
+public:
+    explicit FixedClock(double step) : step(step) {}
+    void Reset() override {}
+    double GetFirstFrameDuration() const override { return step; }
+
+private:
+    double step;
+};
 
 // Adds a new operator of type T (named `name`) to `graph` and returns it.
 template <typename T>
