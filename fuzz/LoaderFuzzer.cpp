@@ -1,10 +1,12 @@
 // LoaderFuzzer.cpp: arbitrary bytes through the project loader; the JSON library's errors may reach the
-// caller, anything else (another exception, a crash, a leak, a sanitizer report) is a finding.
+// caller, anything else (another exception, a crash, a leak, a sanitizer report, a file that saves
+// differently from its tree) is a finding.
 //
 //   cmake --preset fuzz && cmake --build --preset fuzz --target LoaderFuzzer
 //   build/fuzz/bin/LoaderFuzzer -max_total_time=60 fuzz/corpus
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <streambuf>
@@ -15,6 +17,7 @@
 #include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
 
 namespace {
 
@@ -40,6 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const nlohmann::json document = nlohmann::json::parse(text);
         const std::unique_ptr<Vantel::Project> project =
             Vantel::Deserialization::DeserializeProject(document);
+        // Whatever loads can be saved, and the file's own writer prints exactly what the tree prints.
+        if (project != nullptr && Vantel::Serialization::SerializeProjectText(*project) !=
+                                      Vantel::Serialization::SerializeProject(*project).dump(4)) {
+            std::abort();
+        }
     } catch (const nlohmann::json::exception&) {
         // Syntax errors and JSON of the wrong type inside an entry are reported to the caller this way.
     }

@@ -63,12 +63,14 @@ const Object* Project::Resolve(const Path& path) const {
 }
 
 void Project::Serialize(const std::string& path) const {
-    const nlohmann::json document = Serialization::SerializeProject(*this);
+    // The whole text is made before the file is opened: a project that cannot be written (text that is not
+    // valid UTF-8 throws) leaves the file it would have replaced as it was.
+    const std::string text = Serialization::SerializeProjectText(*this);
     std::ofstream file(path, std::ios::out | std::ios::trunc);
     if (!file) {
         return;
     }
-    file << document.dump(4, ' ', false, nlohmann::json::error_handler_t::strict);
+    file << text;
 }
 
 bool Project::Deserialize(const std::string& path) {

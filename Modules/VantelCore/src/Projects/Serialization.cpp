@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <string>
 #include <string_view>
-#include <tuple>
+#include <utility>
+#include <vector>
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
@@ -24,30 +26,13 @@
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/ProjectFileVersion.h>
 
+#include "DocumentWriters.h"
+
 namespace Vantel::Serialization {
 namespace {
 
-using nlohmann::json;
-
-// Documents are large and their objects small: members are emplaced (with keys in ascending order, so each
-// lands at the end of the map without a search) and arrays reserved, instead of built from temporaries.
-json::object_t& MakeObject(json& value) {
-    value = json(json::value_t::object);
-    return value.get_ref<json::object_t&>();
-}
-
-json::array_t& MakeArray(json& value, std::size_t size) {
-    value = json(json::value_t::array);
-    json::array_t& array = value.get_ref<json::array_t&>();
-    array.reserve(size);
-    return array;
-}
-
-template <std::size_t Size>
-void Append(json::object_t& object, const char (&key)[Size], json value) {
-    object.emplace_hint(object.end(), std::piecewise_construct, std::forward_as_tuple(key, Size - 1),
-                        std::forward_as_tuple(std::move(value)));
-}
+using Detail::TextWriter;
+using Detail::TreeWriter;
 
 // Connections are written sorted by their endpoint texts. Positions are sorted rather than the entries, so
 // that no text is moved; `Less` orders two positions.
@@ -70,15 +55,6 @@ bool TextsBefore(const std::string& output, const std::string& input, const std:
     return outputs != 0 ? outputs < 0 : input < otherInput;
 }
 
-template <typename First, typename Second>
-json Pair(First first, Second second) {
-    json pair;
-    json::array_t& array = MakeArray(pair, 2);
-    array.emplace_back(first);
-    array.emplace_back(second);
-    return pair;
-}
-
 // A value that connections recompute after loading is not stored.
 bool IsEveryComponentDriven(const Parameter& parameter) {
     if (!parameter.HasIncomingConnection()) {
@@ -90,56 +66,6 @@ bool IsEveryComponentDriven(const Parameter& parameter) {
         }
     }
     return true;
-}
-
-nlohmann::json SerializeBundle(const ParameterBundle& bundle) {
-    json entry;
-    json::object_t& members = MakeObject(entry);
-    Append(members, "key", bundle.GetKey());
-    Append(members, "kind", bundle.GetKind());
-    Append(members, "parameters", SerializeParameterScope(bundle));
-    return entry;
-}
-
-template <typename Port>
-nlohmann::json SerializePort(const Port& port) {
-    json entry;
-    json::object_t& members = MakeObject(entry);
-    if (!port.GetKey().empty()) {
-        Append(members, "key", port.GetKey());
-    }
-    if (port.IsAddedByUser()) {
-        Append(members, "name", port.GetName());
-        Append(members, "type", port.GetType()->GetName());
-    }
-    return entry;
-}
-
-nlohmann::json SerializeInputSlots(const Operator& op) {
-    nlohmann::json inputs = nlohmann::json::array();
-    for (const DataInputSlot& slot : op.GetAllDataInputSlots()) {
-        if (const DataInput* const* input = std::get_if<DataInput*>(&slot)) {
-            if ((*input)->IsAddedByUser()) {
-                inputs.push_back(SerializeDataInput(**input));
-            }
-            continue;
-        }
-        const DataInputList& list = *std::get<DataInputList*>(slot);
-        if (list.GetInputCount() == 0) {
-            continue;
-        }
-        json listInputs;
-        json::array_t& items = MakeArray(listInputs, list.GetInputs().size());
-        for (const DataInput* input : list.GetInputs()) {
-            items.push_back(SerializeDataInput(*input));
-        }
-        json listEntry;
-        json::object_t& members = MakeObject(listEntry);
-        Append(members, "inputs", std::move(listInputs));
-        Append(members, "key", list.GetKey());
-        inputs.push_back(std::move(listEntry));
-    }
-    return inputs;
 }
 
 // The path of `object` relative to `graph` as text, as object.GetRelativePath(graph).ToString() gives it
@@ -184,19 +110,352 @@ void ClearChangeMarks(Operator& op) {
     }
 }
 
-}  // namespace
+// Connection texts, sorted: the order in which connections were made does not show in the file.
+std::vector<std::pair<std::string, std::string>> SortedDataConnectionTexts(
+    const std::vector<DataConnection>& connections) {
+    std::vector<std::pair<std::string, std::string>> pairs;
+    pairs.reserve(connections.size());
+    for (const DataConnection& connection : connections) {
+        const Operator* consumer = connection.input->GetOperator();
+        const Graph* graph = consumer != nullptr ? consumer->GetGraph() : nullptr;
+        if (graph == nullptr) {
+            continue;
+        }
+        pairs.emplace_back(RelativeText(*connection.output, *graph), RelativeText(*connection.input, *graph));
+    }
+    const std::vector<std::size_t> order = SortedOrder(pairs.size(), [&pairs](std::size_t left,
+                                                                              std::size_t right) {
+        return TextsBefore(pairs[left].first, pairs[left].second, pairs[right].first, pairs[right].second);
+    });
+    std::vector<std::pair<std::string, std::string>> sorted;
+    sorted.reserve(pairs.size());
+    for (const std::size_t index : order) {
+        sorted.push_back(std::move(pairs[index]));
+    }
+    return sorted;
+}
 
-nlohmann::json SerializeProject(const Project& project) {
+struct ParameterConnectionTexts {
+    std::string output;
+    std::string input;
+    const std::vector<ComponentLink>* links;
+};
+
+std::vector<ParameterConnectionTexts> SortedParameterConnectionTexts(
+    const ParameterConnectionMap& connections) {
+    // Visited in memory order rather than hash order: a parameter lives inside its operator, so neighbours in
+    // memory share cache lines. The entries are sorted by their text below anyway.
+    std::vector<const ParameterConnectionMap::value_type*> visits;
+    visits.reserve(connections.size());
+    for (const auto& connection : connections) {
+        visits.push_back(&connection);
+    }
+    std::sort(visits.begin(), visits.end(), [](const auto* left, const auto* right) {
+        return std::less<const Parameter*>()(left->first.target, right->first.target);
+    });
+    std::vector<ParameterConnectionTexts> entries;
+    entries.reserve(connections.size());
+    for (const auto* visit : visits) {
+        const auto& [endpoints, links] = *visit;
+        const Operator* consumer = endpoints.target->GetOperator();
+        const Graph* graph = consumer != nullptr ? consumer->GetGraph() : nullptr;
+        if (graph == nullptr) {
+            continue;
+        }
+        entries.push_back(
+            {RelativeText(*endpoints.source, *graph), RelativeText(*endpoints.target, *graph), &links});
+    }
+    // Equal texts, which a consistent graph never has, fall back on the links' address as a tuple would.
+    const std::vector<std::size_t> order =
+        SortedOrder(entries.size(), [&entries](std::size_t left, std::size_t right) {
+            const ParameterConnectionTexts& first = entries[left];
+            const ParameterConnectionTexts& second = entries[right];
+            if (TextsBefore(first.output, first.input, second.output, second.input)) {
+                return true;
+            }
+            if (TextsBefore(second.output, second.input, first.output, first.input)) {
+                return false;
+            }
+            return std::less<>()(first.links, second.links);
+        });
+    std::vector<ParameterConnectionTexts> sorted;
+    sorted.reserve(entries.size());
+    for (const std::size_t index : order) {
+        sorted.push_back(std::move(entries[index]));
+    }
+    return sorted;
+}
+
+// The rules of the file, written once for both writers. Members are written in ascending key order.
+
+template <typename Writer>
+void WriteParameterScope(Writer& writer, const ParameterGroup& group);
+
+template <typename Writer>
+void WriteParameter(Writer& writer, const Parameter& parameter) {
+    writer.BeginObject();
+    if (!parameter.GetKey().empty()) {
+        writer.Key("key");
+        writer.String(parameter.GetKey());
+    }
+    const bool stored = !parameter.HasParameterFlag(ParameterFlag::Output) &&
+                        !parameter.HasParameterFlag(ParameterFlag::NotSaved);
+    if (parameter.IsAddedByUser()) {
+        writer.Key("name");
+        writer.String(parameter.GetName());
+        if (parameter.HasParameterFlag(ParameterFlag::Output)) {
+            writer.Key("output");
+            writer.Boolean(true);
+        }
+        writer.Key("type");
+        writer.String(parameter.GetType()->GetName());
+    }
+    if (stored && !IsEveryComponentDriven(parameter)) {
+        writer.Key("value");
+        writer.Value(parameter.SerializeValue());
+    }
+    writer.EndObject();
+}
+
+template <typename Writer>
+void WriteBundle(Writer& writer, const ParameterBundle& bundle) {
+    writer.BeginObject();
+    writer.Key("key");
+    writer.String(bundle.GetKey());
+    writer.Key("kind");
+    writer.String(bundle.GetKind());
+    writer.Key("parameters");
+    WriteParameterScope(writer, bundle);
+    writer.EndObject();
+}
+
+template <typename Writer>
+void WriteParameterNode(Writer& writer, const ParameterNode& node) {
+    // Parameters are by far the most common node, and never groups.
+    if (const auto* parameter = dynamic_cast<const Parameter*>(&node)) {
+        WriteParameter(writer, *parameter);
+    } else if (const auto* list = dynamic_cast<const ParameterBundleList*>(&node)) {
+        writer.BeginObject();
+        writer.Key("bundles");
+        writer.BeginArray(list->GetBundles().size());
+        for (const ParameterBundle* bundle : list->GetBundles()) {
+            WriteBundle(writer, *bundle);
+        }
+        writer.EndArray();
+        writer.Key("key");
+        writer.String(list->GetKey());
+        writer.EndObject();
+    } else if (const auto* bundle = dynamic_cast<const ParameterBundle*>(&node)) {
+        WriteBundle(writer, *bundle);
+    } else if (const auto* group = dynamic_cast<const ParameterGroup*>(&node)) {
+        WriteParameterScope(writer, *group);
+    } else {
+        writer.Null();
+    }
+}
+
+template <typename Writer>
+void WriteParameterScope(Writer& writer, const ParameterGroup& group) {
+    writer.BeginArray(group.GetChildren().size());
+    for (const ParameterNode* child : group.GetChildren()) {
+        WriteParameterNode(writer, *child);
+    }
+    writer.EndArray();
+}
+
+template <typename Writer>
+void WriteOwnStructure(Writer& writer, const Operator& op) {
+    writer.BeginArray(0);
+    for (const ParameterNode* child : op.GetParameterGroup().GetChildren()) {
+        const auto* parameter = dynamic_cast<const Parameter*>(child);
+        if (parameter != nullptr && parameter->IsAddedByUser()) {
+            WriteParameter(writer, *parameter);
+        }
+    }
+    writer.EndArray();
+}
+
+template <typename Writer, typename Port>
+void WritePort(Writer& writer, const Port& port) {
+    writer.BeginObject();
+    if (!port.GetKey().empty()) {
+        writer.Key("key");
+        writer.String(port.GetKey());
+    }
+    if (port.IsAddedByUser()) {
+        writer.Key("name");
+        writer.String(port.GetName());
+        writer.Key("type");
+        writer.String(port.GetType()->GetName());
+    }
+    writer.EndObject();
+}
+
+template <typename Writer>
+void WriteInputSlots(Writer& writer, const Operator& op) {
+    writer.BeginArray(0);
+    for (const DataInputSlot& slot : op.GetAllDataInputSlots()) {
+        if (const DataInput* const* input = std::get_if<DataInput*>(&slot)) {
+            if ((*input)->IsAddedByUser()) {
+                WritePort(writer, **input);
+            }
+            continue;
+        }
+        const DataInputList& list = *std::get<DataInputList*>(slot);
+        if (list.GetInputCount() == 0) {
+            continue;
+        }
+        writer.BeginObject();
+        writer.Key("inputs");
+        writer.BeginArray(list.GetInputs().size());
+        for (const DataInput* input : list.GetInputs()) {
+            WritePort(writer, *input);
+        }
+        writer.EndArray();
+        writer.Key("key");
+        writer.String(list.GetKey());
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+template <typename Writer>
+void WriteOutputs(Writer& writer, const Operator& op) {
+    writer.BeginArray(0);
+    for (const DataOutput* output : op.GetAllDataOutputs()) {
+        if (output->IsAddedByUser()) {
+            WritePort(writer, *output);
+        }
+    }
+    writer.EndArray();
+}
+
+template <typename Writer>
+void WriteDataConnections(Writer& writer, const std::vector<DataConnection>& connections) {
+    std::vector<std::pair<std::string, std::string>> pairs = SortedDataConnectionTexts(connections);
+    writer.BeginArray(pairs.size());
+    for (auto& [output, input] : pairs) {
+        writer.BeginObject();
+        writer.Key("input");
+        writer.String(std::move(input));
+        writer.Key("output");
+        writer.String(std::move(output));
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+template <typename Writer>
+void WriteParameterConnections(Writer& writer, const ParameterConnectionMap& connections) {
+    std::vector<ParameterConnectionTexts> entries = SortedParameterConnectionTexts(connections);
+    writer.BeginArray(entries.size());
+    for (ParameterConnectionTexts& entry : entries) {
+        writer.BeginObject();
+        writer.Key("input");
+        writer.String(std::move(entry.input));
+        writer.Key("links");
+        writer.BeginArray(entry.links->size());
+        for (const ComponentLink& link : *entry.links) {
+            writer.BeginArray(2);
+            writer.Integer(link.source);
+            writer.Integer(link.target);
+            writer.EndArray();
+        }
+        writer.EndArray();
+        writer.Key("output");
+        writer.String(std::move(entry.output));
+        writer.EndObject();
+    }
+    writer.EndArray();
+}
+
+template <typename Writer>
+void WriteOperator(Writer& writer, const Operator& op) {
+    const auto* graph = dynamic_cast<const Graph*>(&op);
+    writer.BeginObject();
+    if (graph != nullptr && !graph->GetDataConnections().empty()) {
+        writer.Key("dataConnections");
+        WriteDataConnections(writer, graph->GetDataConnections());
+    }
+    writer.Key("dataInputs");
+    WriteInputSlots(writer, op);
+    writer.Key("dataOutputs");
+    WriteOutputs(writer, op);
+    writer.Key("key");
+    writer.String(op.GetKey());
+    writer.Key("name");
+    writer.String(op.GetName());
+    if (graph != nullptr) {
+        writer.Key("operators");
+        writer.BeginArray(graph->GetOperators().size());
+        for (const Operator* child : graph->GetOperators()) {
+            WriteOperator(writer, *child);
+        }
+        writer.EndArray();
+        if (!graph->GetParameterConnections().empty()) {
+            writer.Key("parameterConnections");
+            WriteParameterConnections(writer, graph->GetParameterConnections());
+        }
+    }
+    writer.Key("parameters");
+    WriteParameterScope(writer, op.GetParameterGroup());
+    writer.Key("position");
+    writer.BeginArray(2);
+    writer.Float(op.GetPosition().x);
+    writer.Float(op.GetPosition().y);
+    writer.EndArray();
+    writer.Key("type");
+    writer.String(op.GetType()->GetName());
+    writer.EndObject();
+}
+
+template <typename Writer>
+void WriteProject(Writer& writer, const Project& project) {
     // The marks are bookkeeping of the running tree, not part of the document; clearing them is the one
     // change that saving makes.
     auto& root = const_cast<Graph&>(*project.GetRootGraph());
     ClearChangeMarks(root);
-    json version = SerializeProjectFileVersion();
-    json document;
-    json::object_t& members = MakeObject(document);
-    Append(members, "root", SerializeOperator(root));
-    Append(members, "version", std::move(version));
-    return document;
+    writer.BeginObject();
+    writer.Key("root");
+    WriteOperator(writer, root);
+    writer.Key("version");
+    writer.Value(SerializeProjectFileVersion());
+    writer.EndObject();
+}
+
+// A generous guess at the size of the file's text, from what a typical entry takes at a typical depth.
+std::size_t EstimateTextSize(const Operator& op) {
+    constexpr std::size_t kOperatorBytes = 512;
+    constexpr std::size_t kParameterBytes = 192;
+    constexpr std::size_t kConnectionBytes = 256;
+    std::size_t size = kOperatorBytes + kParameterBytes * op.GetParameterGroup().GetChildren().size();
+    if (const auto* graph = dynamic_cast<const Graph*>(&op)) {
+        size +=
+            kConnectionBytes * (graph->GetDataConnections().size() + graph->GetParameterConnections().size());
+        for (const Operator* child : graph->GetOperators()) {
+            size += EstimateTextSize(*child);
+        }
+    }
+    return size;
+}
+
+template <typename Write>
+nlohmann::json BuildTree(Write&& write) {
+    TreeWriter writer;
+    write(writer);
+    return writer.Take();
+}
+
+}  // namespace
+
+nlohmann::json SerializeProject(const Project& project) {
+    return BuildTree([&project](TreeWriter& writer) { WriteProject(writer, project); });
+}
+
+std::string SerializeProjectText(const Project& project) {
+    TextWriter writer(EstimateTextSize(*project.GetRootGraph()));
+    WriteProject(writer, project);
+    return writer.Take();
 }
 
 nlohmann::json SerializeProjectFileVersion() {
@@ -217,205 +476,39 @@ nlohmann::json SerializeProjectFileVersion() {
 }
 
 nlohmann::json SerializeOperator(const Operator& op) {
-    json entry;
-    json::object_t& members = MakeObject(entry);
-    json inputs = SerializeInputSlots(op);
-    json outputs = json::array();
-    for (const DataOutput* output : op.GetAllDataOutputs()) {
-        if (output->IsAddedByUser()) {
-            outputs.push_back(SerializeDataOutput(*output));
-        }
-    }
-    json parameters = SerializeParameterScope(op.GetParameterGroup());
-    const auto* graph = dynamic_cast<const Graph*>(&op);
-    if (graph != nullptr) {
-        json operators;
-        json::array_t& children = MakeArray(operators, graph->GetOperators().size());
-        for (const Operator* child : graph->GetOperators()) {
-            children.push_back(SerializeOperator(*child));
-        }
-        json parameterConnections;
-        if (!graph->GetDataConnections().empty()) {
-            Append(members, "dataConnections", SerializeDataConnections(graph->GetDataConnections()));
-        }
-        if (!graph->GetParameterConnections().empty()) {
-            parameterConnections = SerializeParameterConnections(graph->GetParameterConnections());
-        }
-        Append(members, "dataInputs", std::move(inputs));
-        Append(members, "dataOutputs", std::move(outputs));
-        Append(members, "key", op.GetKey());
-        Append(members, "name", op.GetName());
-        Append(members, "operators", std::move(operators));
-        if (!parameterConnections.is_null()) {
-            Append(members, "parameterConnections", std::move(parameterConnections));
-        }
-    } else {
-        Append(members, "dataInputs", std::move(inputs));
-        Append(members, "dataOutputs", std::move(outputs));
-        Append(members, "key", op.GetKey());
-        Append(members, "name", op.GetName());
-    }
-    Append(members, "parameters", std::move(parameters));
-    Append(members, "position", Pair(op.GetPosition().x, op.GetPosition().y));
-    Append(members, "type", op.GetType()->GetName());
-    return entry;
+    return BuildTree([&op](TreeWriter& writer) { WriteOperator(writer, op); });
 }
 
 nlohmann::json SerializeDataConnections(const std::vector<DataConnection>& connections) {
-    std::vector<std::pair<std::string, std::string>> pairs;
-    pairs.reserve(connections.size());
-    for (const DataConnection& connection : connections) {
-        const Operator* consumer = connection.input->GetOperator();
-        const Graph* graph = consumer != nullptr ? consumer->GetGraph() : nullptr;
-        if (graph == nullptr) {
-            continue;
-        }
-        pairs.emplace_back(RelativeText(*connection.output, *graph), RelativeText(*connection.input, *graph));
-    }
-    const std::vector<std::size_t> order = SortedOrder(pairs.size(), [&pairs](std::size_t left,
-                                                                              std::size_t right) {
-        return TextsBefore(pairs[left].first, pairs[left].second, pairs[right].first, pairs[right].second);
-    });
-    json entries;
-    json::array_t& items = MakeArray(entries, pairs.size());
-    for (const std::size_t index : order) {
-        auto& [output, input] = pairs[index];
-        json& item = items.emplace_back();
-        json::object_t& members = MakeObject(item);
-        Append(members, "input", std::move(input));
-        Append(members, "output", std::move(output));
-    }
-    return entries;
+    return BuildTree([&connections](TreeWriter& writer) { WriteDataConnections(writer, connections); });
 }
 
 nlohmann::json SerializeParameterConnections(const ParameterConnectionMap& connections) {
-    // Visited in memory order rather than hash order: a parameter lives inside its operator, so neighbours in
-    // memory share cache lines. The entries are sorted by their text below anyway.
-    std::vector<const ParameterConnectionMap::value_type*> visits;
-    visits.reserve(connections.size());
-    for (const auto& connection : connections) {
-        visits.push_back(&connection);
-    }
-    std::sort(visits.begin(), visits.end(), [](const auto* left, const auto* right) {
-        return std::less<const Parameter*>()(left->first.target, right->first.target);
-    });
-    std::vector<std::tuple<std::string, std::string, const std::vector<ComponentLink>*>> entries;
-    entries.reserve(connections.size());
-    for (const auto* visit : visits) {
-        const auto& [endpoints, links] = *visit;
-        const Operator* consumer = endpoints.target->GetOperator();
-        const Graph* graph = consumer != nullptr ? consumer->GetGraph() : nullptr;
-        if (graph == nullptr) {
-            continue;
-        }
-        entries.emplace_back(RelativeText(*endpoints.source, *graph), RelativeText(*endpoints.target, *graph),
-                             &links);
-    }
-    // Equal texts, which a consistent graph never has, fall back on the links' address as a tuple would.
-    const std::vector<std::size_t> order =
-        SortedOrder(entries.size(), [&entries](std::size_t left, std::size_t right) {
-            const auto& [leftOutput, leftInput, leftLinks] = entries[left];
-            const auto& [rightOutput, rightInput, rightLinks] = entries[right];
-            if (TextsBefore(leftOutput, leftInput, rightOutput, rightInput)) {
-                return true;
-            }
-            if (TextsBefore(rightOutput, rightInput, leftOutput, leftInput)) {
-                return false;
-            }
-            return std::less<>()(leftLinks, rightLinks);
-        });
-    json result;
-    json::array_t& items = MakeArray(result, entries.size());
-    for (const std::size_t index : order) {
-        auto& [output, input, links] = entries[index];
-        json linkArray;
-        json::array_t& pairs = MakeArray(linkArray, links->size());
-        for (const ComponentLink& link : *links) {
-            pairs.push_back(Pair(link.source, link.target));
-        }
-        json& item = items.emplace_back();
-        json::object_t& members = MakeObject(item);
-        Append(members, "input", std::move(input));
-        Append(members, "links", std::move(linkArray));
-        Append(members, "output", std::move(output));
-    }
-    return result;
+    return BuildTree([&connections](TreeWriter& writer) { WriteParameterConnections(writer, connections); });
 }
 
 nlohmann::json SerializeDataInput(const DataInput& input) {
-    return SerializePort(input);
+    return BuildTree([&input](TreeWriter& writer) { WritePort(writer, input); });
 }
 
 nlohmann::json SerializeDataOutput(const DataOutput& output) {
-    return SerializePort(output);
+    return BuildTree([&output](TreeWriter& writer) { WritePort(writer, output); });
 }
 
 nlohmann::json SerializeParameter(const Parameter& parameter) {
-    json entry;
-    json::object_t& members = MakeObject(entry);
-    if (!parameter.GetKey().empty()) {
-        Append(members, "key", parameter.GetKey());
-    }
-    const bool stored = !parameter.HasParameterFlag(ParameterFlag::Output) &&
-                        !parameter.HasParameterFlag(ParameterFlag::NotSaved);
-    const bool added = parameter.IsAddedByUser();
-    if (added) {
-        Append(members, "name", parameter.GetName());
-        if (parameter.HasParameterFlag(ParameterFlag::Output)) {
-            Append(members, "output", true);
-        }
-        Append(members, "type", parameter.GetType()->GetName());
-    }
-    if (stored && !IsEveryComponentDriven(parameter)) {
-        Append(members, "value", parameter.SerializeValue());
-    }
-    return entry;
+    return BuildTree([&parameter](TreeWriter& writer) { WriteParameter(writer, parameter); });
 }
 
 nlohmann::json SerializeParameterNode(const ParameterNode& node) {
-    // Parameters are by far the most common node, and never groups.
-    if (const auto* parameter = dynamic_cast<const Parameter*>(&node)) {
-        return SerializeParameter(*parameter);
-    }
-    if (const auto* list = dynamic_cast<const ParameterBundleList*>(&node)) {
-        json bundles;
-        json::array_t& items = MakeArray(bundles, list->GetBundles().size());
-        for (const ParameterBundle* bundle : list->GetBundles()) {
-            items.push_back(SerializeBundle(*bundle));
-        }
-        json entry;
-        json::object_t& members = MakeObject(entry);
-        Append(members, "bundles", std::move(bundles));
-        Append(members, "key", list->GetKey());
-        return entry;
-    }
-    if (const auto* bundle = dynamic_cast<const ParameterBundle*>(&node)) {
-        return SerializeBundle(*bundle);
-    }
-    if (const auto* group = dynamic_cast<const ParameterGroup*>(&node)) {
-        return SerializeParameterScope(*group);
-    }
-    return nullptr;
+    return BuildTree([&node](TreeWriter& writer) { WriteParameterNode(writer, node); });
 }
 
 nlohmann::json SerializeParameterScope(const ParameterGroup& group) {
-    json scope;
-    json::array_t& items = MakeArray(scope, group.GetChildren().size());
-    for (const ParameterNode* child : group.GetChildren()) {
-        items.push_back(SerializeParameterNode(*child));
-    }
-    return scope;
+    return BuildTree([&group](TreeWriter& writer) { WriteParameterScope(writer, group); });
 }
 
 nlohmann::json SerializeOwnStructure(const Operator& op) {
-    nlohmann::json structure = nlohmann::json::array();
-    for (const ParameterNode* child : op.GetParameterGroup().GetChildren()) {
-        const auto* parameter = dynamic_cast<const Parameter*>(child);
-        if (parameter != nullptr && parameter->IsAddedByUser()) {
-            structure.push_back(SerializeParameter(*parameter));
-        }
-    }
-    return structure;
+    return BuildTree([&op](TreeWriter& writer) { WriteOwnStructure(writer, op); });
 }
 
 }  // namespace Vantel::Serialization

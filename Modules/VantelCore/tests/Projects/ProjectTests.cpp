@@ -11,6 +11,7 @@
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
 #include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
 
 #include "Support/LogCapture.h"
@@ -125,6 +126,38 @@ struct Scene {
         static_cast<NumberParameter*>(mirror.GetParameterGroup().FindParameter("Value"))->SetValue(7.0);
     }
 };
+
+// The file is written without building the JSON tree; it must still print what the tree prints, escapes and
+// all, and fail where printing the tree fails, before the old file is touched.
+TEST(Project, TheFileTextIsTheTreesTextAndBrokenTextLeavesTheFileAlone) {
+    Testing::RegisterProjectTestTypes();
+    Scene scene;
+    scene.source.SetName("say \"hi\"");
+    scene.mirror.SetName("back\\slash");
+    scene.adder.SetName("tab\tline\n\x01 \xC3\xBC \xE2\x82\xAC \x7F");
+    EXPECT_EQ(Serialization::SerializeProjectText(scene.project),
+              Serialization::SerializeProject(scene.project).dump(4));
+
+    const std::string path = TempFile("kept");
+    scene.project.Serialize(path);
+    const std::string before = ReadFile(path);
+    scene.mixer.SetName("cut \xC3 off");
+    std::string treeError;
+    try {
+        static_cast<void>(Serialization::SerializeProject(scene.project).dump(4));
+    } catch (const nlohmann::json::type_error& error) {
+        treeError = error.what();
+    }
+    EXPECT_NE(treeError, "");
+    try {
+        scene.project.Serialize(path);
+        ADD_FAILURE() << "invalid UTF-8 was written";
+    } catch (const nlohmann::json::type_error& error) {
+        EXPECT_EQ(error.what(), treeError);
+    }
+    EXPECT_EQ(ReadFile(path), before);
+    std::filesystem::remove(path);
+}
 
 TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     Testing::RegisterProjectTestTypes();

@@ -353,6 +353,7 @@ TEST(UndoRedoProperty, UndoAllAndRedoAllRoundTripTheFile) {
             }
         }
         const std::string edited = Save(project);
+        ASSERT_EQ(Serialization::SerializeProjectText(project), edited);  // the file's writer agrees
         for (const CommittedTransaction& done : history) {
             records += done.records.size();
             connectedRemovals += RemovesConnectedMember(done) ? 1 : 0;

@@ -2,8 +2,10 @@
 //
 //   nlohmann::json entry = Serialization::SerializeParameter(radius);   // {"key": "Radius", "value": 2.0}
 //   nlohmann::json own = Serialization::SerializeOwnStructure(op);       // the parameters a user added
+//   std::string file = Serialization::SerializeProjectText(project);     // what Project::Serialize writes
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -28,6 +30,10 @@ namespace Serialization {
 // {"root": the root graph as an operator, "version": SerializeProjectFileVersion()}. Clears the changed marks
 // of every data port and parameter in the tree first, so that a tree just saved reads as unchanged.
 VANTEL_API nlohmann::json SerializeProject(const Project& project);
+// The project file's text: the bytes of SerializeProject(project).dump(4), written straight from the tree
+// without building the document, and clearing the same marks. Text that is not valid UTF-8 throws the JSON
+// library's type error, as dump does.
+VANTEL_API std::string SerializeProjectText(const Project& project);
 // This build's record: "format" 1; "software" (the release version, else the last release) when there is
 // one; "dev" {"commit", "modified", "commitsAfterRelease", "date"} for a build without release version.
 VANTEL_API nlohmann::json SerializeProjectFileVersion();

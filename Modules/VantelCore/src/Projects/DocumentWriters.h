@@ -1,0 +1,204 @@
+// DocumentWriters.h: the two ends the project file's rules write to: a JSON tree, or the file's text itself.
+//
+//   TextWriter writer(4096);                 // or TreeWriter
+//   writer.BeginObject(); writer.Key("key"); writer.String(op.GetKey()); writer.EndObject();
+//   std::string text = writer.Take();        // what dump(4) of the tree would print
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace Vantel::Serialization::Detail {
+
+// Both writers take the same calls: values in document order, object members with their keys in ascending
+// byte order (the order the JSON library's map keeps), each key a literal named just before its value.
+
+// Builds the document as the JSON library's tree. Members are emplaced at the end of their map, which the key
+// order makes the right place, so no insertion searches.
+class TreeWriter {
+public:
+    void BeginObject() { Open(nlohmann::json::value_t::object); }
+    void EndObject() { open.pop_back(); }
+    void BeginArray(std::size_t expected) {
+        Open(nlohmann::json::value_t::array).get_ref<nlohmann::json::array_t&>().reserve(expected);
+    }
+    void EndArray() { open.pop_back(); }
+
+    template <std::size_t Size>
+    void Key(const char (&key)[Size]) {
+        pendingKey = std::string_view(key, Size - 1);
+    }
+
+    void String(std::string_view text) { Add(text); }
+    void String(std::string&& text) { Add(std::move(text)); }
+    void Float(double number) { Add(number); }
+    void Integer(std::int64_t number) { Add(number); }
+    void Boolean(bool flag) { Add(flag); }
+    void Null() { Add(nullptr); }
+    void Value(nlohmann::json value) { Add(std::move(value)); }
+
+    nlohmann::json Take() { return std::move(document); }
+
+private:
+    template <typename Argument>
+    nlohmann::json& Add(Argument&& argument) {
+        if (open.empty()) {
+            document = nlohmann::json(std::forward<Argument>(argument));
+            return document;
+        }
+        nlohmann::json& container = *open.back();
+        if (container.is_array()) {
+            return container.get_ref<nlohmann::json::array_t&>().emplace_back(
+                std::forward<Argument>(argument));
+        }
+        auto& members = container.get_ref<nlohmann::json::object_t&>();
+        return members
+            .emplace_hint(members.end(), std::piecewise_construct, std::forward_as_tuple(pendingKey),
+                          std::forward_as_tuple(std::forward<Argument>(argument)))
+            ->second;
+    }
+
+    nlohmann::json& Open(nlohmann::json::value_t kind) {
+        nlohmann::json& container = Add(kind);
+        open.push_back(&container);
+        return container;
+    }
+
+    nlohmann::json document;
+    // The containers being filled, innermost last. Only the innermost grows, so the others' addresses hold.
+    std::vector<nlohmann::json*> open;
+    std::string_view pendingKey;
+};
+
+// Writes the text that dump(4) of the tree would print (4 blanks of indent, non-ASCII text as it is), without
+// building the tree. Values the writer does not shape itself (parameter values, unusual strings) go through
+// the JSON library's own serializer, so every byte and every error is the library's.
+class TextWriter {
+public:
+    // `expectedSize` is reserved up front: growing the text copies all that was written and touches twice
+    // the memory, while reserve that stays unused is never touched.
+    explicit TextWriter(std::size_t expectedSize)
+        : serializer(nlohmann::detail::output_adapter<char, std::string>(text), ' ') {
+        text.reserve(expectedSize);
+    }
+    TextWriter(const TextWriter&) = delete;
+    TextWriter& operator=(const TextWriter&) = delete;
+
+    void BeginObject() { Open('{', true); }
+    void EndObject() { Close('}'); }
+    void BeginArray(std::size_t /*expected*/) { Open('[', false); }
+    void EndArray() { Close(']'); }
+
+    template <std::size_t Size>
+    void Key(const char (&key)[Size]) {
+        pendingKey = std::string_view(key, Size - 1);
+    }
+
+    void String(std::string_view value) {
+        BeginValue();
+        if (IsPlain(value)) {
+            text += '"';
+            text += value;
+            text += '"';
+        } else {
+            Dump(nlohmann::json(value));
+        }
+    }
+    void Float(double number) {
+        BeginValue();
+        Dump(nlohmann::json(number));
+    }
+    void Integer(std::int64_t number) {
+        BeginValue();
+        char digits[24];
+        const auto result = std::to_chars(digits, digits + sizeof digits, number);
+        text.append(digits, result.ptr);
+    }
+    void Boolean(bool flag) {
+        BeginValue();
+        text += flag ? "true" : "false";
+    }
+    void Null() {
+        BeginValue();
+        text += "null";
+    }
+    void Value(const nlohmann::json& value) {
+        BeginValue();
+        Dump(value);
+    }
+
+    std::string Take() { return std::move(text); }
+
+private:
+    struct Level {
+        bool isObject;
+        bool isEmpty;
+    };
+
+    static constexpr unsigned kIndentStep = 4;
+
+    // Text the library writes unchanged: printable ASCII without quote or backslash. Anything else (escapes,
+    // UTF-8 that must be checked) is left to the library.
+    static bool IsPlain(std::string_view value) {
+        for (const char character : value) {
+            const auto byte = static_cast<unsigned char>(character);
+            if (byte < 0x20 || byte >= 0x80 || byte == '"' || byte == '\\') {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    unsigned Indent() const { return static_cast<unsigned>(levels.size()) * kIndentStep; }
+
+    // Every value but the first in its container follows a comma; each sits on its own line, indented, after
+    // its key inside an object.
+    void BeginValue() {
+        if (levels.empty()) {
+            return;
+        }
+        Level& level = levels.back();
+        text += level.isEmpty ? "\n" : ",\n";
+        level.isEmpty = false;
+        text.append(Indent(), ' ');
+        if (level.isObject) {
+            text += '"';
+            text += pendingKey;
+            text += "\": ";
+        }
+    }
+
+    void Open(char bracket, bool isObject) {
+        BeginValue();
+        text += bracket;
+        levels.push_back({isObject, true});
+    }
+
+    // An empty container closes on its own line ("[]"), a filled one on a new line at its own indent.
+    void Close(char bracket) {
+        const bool isEmpty = levels.back().isEmpty;
+        levels.pop_back();
+        if (!isEmpty) {
+            text += '\n';
+            text.append(Indent(), ' ');
+        }
+        text += bracket;
+    }
+
+    void Dump(const nlohmann::json& value) { serializer.dump(value, true, false, kIndentStep, Indent()); }
+
+    std::string text;
+    nlohmann::detail::serializer<nlohmann::json> serializer;  // appends to `text`, so declared after it
+    std::vector<Level> levels;
+    std::string_view pendingKey;
+};
+
+}  // namespace Vantel::Serialization::Detail
