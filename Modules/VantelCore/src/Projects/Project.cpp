@@ -11,6 +11,8 @@
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Support/FileReplacement.h"
+
 namespace Vantel {
 namespace {
 
@@ -63,14 +65,12 @@ const Object* Project::Resolve(const Path& path) const {
 }
 
 void Project::Serialize(const std::string& path) const {
-    // The whole text is made before the file is opened: a project that cannot be written (text that is not
-    // valid UTF-8 throws) leaves the file it would have replaced as it was.
+    // The whole text is made before anything is written (text that is not valid UTF-8 throws here), and it
+    // replaces the old file only once it is completely on disk: a failed save never costs the last good one.
     const std::string text = Serialization::SerializeProjectText(*this);
-    std::ofstream file(path, std::ios::out | std::ios::trunc);
-    if (!file) {
-        return;
+    if (!Detail::ReplaceFile(path, text)) {
+        LogError("Project::Serialize: failed to write project to: " + path);
     }
-    file << text;
 }
 
 bool Project::Deserialize(const std::string& path) {

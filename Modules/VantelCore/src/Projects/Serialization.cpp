@@ -26,7 +26,7 @@
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/ProjectFileVersion.h>
 
-#include "DocumentWriters.h"
+#include "Projects/DocumentWriters.h"
 
 namespace Vantel::Serialization {
 namespace {

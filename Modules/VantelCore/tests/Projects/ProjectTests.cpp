@@ -5,6 +5,7 @@
 #include <iterator>
 #include <memory>
 #include <regex>
+#include <set>
 #include <string>
 
 #include <Vantel/Operators/Graph.h>
@@ -192,6 +193,50 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     EXPECT_EQ(static_cast<NumberParameter*>(copy)->Value(), 7.0);
     std::filesystem::remove(first);
     std::filesystem::remove(second);
+}
+
+// A save replaces the old file only once the new text is whole on disk: whatever fails, the old file stays
+// and nothing is left beside it.
+TEST(Project, SavingReplacesTheFileWholeOrNotAtAll) {
+    namespace fs = std::filesystem;
+    Project project;
+    const fs::path folder = TempFile("folder");
+    fs::create_directory(folder);
+    const auto names = [&folder] {
+        std::set<std::string> found;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+            found.insert(entry.path().filename().string());
+        }
+        return found;
+    };
+    const fs::path file = folder / "project.json";
+    std::ofstream(file) << "old";
+    fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
+    LogCapture log;
+
+    project.Serialize(file.string());
+    EXPECT_EQ(ReadFile(file.string()), Serialization::SerializeProjectText(project));
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+
+    const fs::path link = folder / "link.json";
+    fs::create_symlink("project.json", link);
+    project.GetRootGraph()->SetName("Through the link");
+    project.Serialize(link.string());
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_NE(ReadFile(file.string()).find("Through the link"), std::string::npos);
+    EXPECT_EQ(log.Text(), "");
+
+    const fs::path inner = folder / "inner";
+    fs::create_directory(inner);
+    const fs::path missing = folder / "missing" / "project.json";
+    project.Serialize(inner.string());
+    project.Serialize(missing.string());
+    EXPECT_EQ(log.Text(),
+              "[Error] Project::Serialize: failed to write project to: " + inner.string() +
+                  "\n[Error] Project::Serialize: failed to write project to: " + missing.string() + "\n");
+    EXPECT_TRUE(fs::is_directory(inner));
+    EXPECT_EQ(names(), (std::set<std::string>{"inner", "link.json", "project.json"}));
+    fs::remove_all(folder);
 }
 
 }  // namespace
