@@ -28,7 +28,9 @@ Session::Session(const std::vector<std::string>& plugins) {
         }
     } else {
         for (const std::string& name : plugins) {
-            if (!library.LoadPlugin(name.c_str())) {
+            // A plug-in being written is loaded from where it is built, without copying it beside the host.
+            const bool isPath = std::filesystem::path(name).has_parent_path();
+            if (!(isPath ? library.LoadPluginFromFile(name) : library.LoadPlugin(name.c_str()))) {
                 // The members are not built yet, so the destructor will not run: unload what did load.
                 library.UnloadAllPlugins();
                 Fail(kExitPluginFailed, "could not load plug-in '" + name + "'");

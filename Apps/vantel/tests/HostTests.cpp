@@ -19,6 +19,9 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 const fs::path kHost = VANTEL_HOST_PATH;
+// The plug-ins built for the tests lie away from the host, which finds them only by their path.
+const fs::path kTestPlugins = VANTEL_TEST_PLUGIN_FOLDER;
+const std::string kTestPlugin = (kTestPlugins / "libVantelTestPlugin.so").string();
 const fs::path kData = VANTEL_HOST_TEST_DATA;
 const fs::path kExamples = VANTEL_EXAMPLES_DIR;
 
@@ -63,9 +66,10 @@ struct Result {
     std::string err;
 };
 
-// Runs vantel with `arguments` from `folder`; the exit code comes back through the shell.
-Result Host(const TempFolder& folder, std::initializer_list<std::string> arguments) {
-    std::string command = "cd " + ShellQuoted(folder.path.string()) + " && " + ShellQuoted(kHost.string());
+// Runs the vantel at `host` with `arguments` from `folder`; the exit code comes back through the shell.
+Result Host(const TempFolder& folder, std::initializer_list<std::string> arguments,
+            const fs::path& host = kHost) {
+    std::string command = "cd " + ShellQuoted(folder.path.string()) + " && " + ShellQuoted(host.string());
     for (const std::string& argument : arguments) {
         command += " " + ShellQuoted(argument);
     }
@@ -153,7 +157,12 @@ TEST(Host, MissingFilesBrokenJsonAndPluginsHaveTheirOwnExitCodes) {
     const Result unknown = Host(temp, {"types", "--plugin", "NoSuchPlugin"});
     EXPECT_EQ(unknown.code, 4);
     EXPECT_THAT(unknown.err, HasSubstr("vantel: could not load plug-in 'NoSuchPlugin'"));
-    EXPECT_EQ(Host(temp, {"types", "--plugin", "VantelNoEntryPlugin"}).code, 4);
+    const std::string noEntryFile = (kTestPlugins / "libVantelNoEntryPlugin.so").string();
+    const Result noEntry = Host(temp, {"types", "--plugin", noEntryFile});
+    EXPECT_EQ(noEntry.code, 4);
+    EXPECT_THAT(noEntry.err, HasSubstr("[Warning] Plugin library has no VantelPluginLoad entry point: \"" +
+                                       noEntryFile + "\"\n"));
+    EXPECT_EQ(Host(temp, {"types", "--plugin", "./NoSuchPlugin.so"}).code, 4);
 }
 
 TEST(Host, CheckReportsVersionsAndEveryDroppedEntry) {
@@ -201,7 +210,7 @@ TEST(Host, CheckReportsVersionsAndEveryDroppedEntry) {
 
 TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
     const TempFolder temp;
-    const Result types = Host(temp, {"types", "--plugin", "VantelTestPlugin"});
+    const Result types = Host(temp, {"types", "--plugin", kTestPlugin});
     EXPECT_EQ(types.code, 0);
     const std::string& out = types.out;
     const std::size_t operators = out.find("Operators (4)\n");
@@ -217,7 +226,7 @@ TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
     EXPECT_THAT(out, HasSubstr("Scale [Math]: Multiplies the incoming sample by a factor.\n"));
     EXPECT_GT(out.find("  TestPlugin.Sample  Sample: A single number"), data);
 
-    const Result doc = Host(temp, {"doc", "TestPlugin.Math.Scale", "--plugin", "VantelTestPlugin"});
+    const Result doc = Host(temp, {"doc", "TestPlugin.Math.Scale", "--plugin", kTestPlugin});
     EXPECT_EQ(doc.code, 0);
     EXPECT_THAT(doc.out, StartsWith("# Scale\n\nScale multiplies each sample"));
     EXPECT_THAT(Host(temp, {"doc", "Vantel.General.Graph"}).out, StartsWith("# Graph\n"));
@@ -229,7 +238,7 @@ TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
 
 TEST(Host, GraphIsDotWithClustersPortsAndEscapedNames) {
     const TempFolder temp;
-    const Result graph = Host(temp, {"graph", Data("nested.json"), "--plugin", "VantelTestPlugin"});
+    const Result graph = Host(temp, {"graph", Data("nested.json"), "--plugin", kTestPlugin});
     ASSERT_EQ(graph.code, 0) << graph.err;
     const std::string& dot = graph.out;
     EXPECT_THAT(dot, StartsWith("digraph \"Project [nest]\" {\n"));
@@ -260,25 +269,63 @@ TEST(Host, GraphIsDotWithClustersPortsAndEscapedNames) {
 
 TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     const TempFolder temp;
-    const Result upgrade =
-        Host(temp, {"upgrade", Data("nested.json"), "once.json", "--plugin", "VantelTestPlugin"});
+    const Result upgrade = Host(temp, {"upgrade", Data("nested.json"), "once.json", "--plugin", kTestPlugin});
     ASSERT_EQ(upgrade.code, 0) << upgrade.err;
-    EXPECT_EQ(Host(temp, {"check", "once.json", "--plugin", "VantelTestPlugin"}).code, 0);
-    EXPECT_EQ(Host(temp, {"upgrade", "once.json", "twice.json", "--plugin", "VantelTestPlugin"}).code, 0);
+    EXPECT_EQ(Host(temp, {"check", "once.json", "--plugin", kTestPlugin}).code, 0);
+    EXPECT_EQ(Host(temp, {"upgrade", "once.json", "twice.json", "--plugin", kTestPlugin}).code, 0);
     EXPECT_EQ(ReadFile(temp.path / "twice.json"), ReadFile(temp.path / "once.json"));
     EXPECT_EQ(Host(temp, {"upgrade", Data("broken.json"), "never.json"}).code, 1);
 
     // Every operator that is outdated runs in the first frame (an empty graph never is), none after.
     const Result run = Host(temp, {"run", "once.json", "--frames", "5", "--fps", "30", "--plugin",
-                                   "VantelTestPlugin", "--save", "saved.json"});
+                                   kTestPlugin, "--save", "saved.json"});
     ASSERT_EQ(run.code, 0) << run.err;
     EXPECT_THAT(run.out, StartsWith("ran 5 frames, 4 operators run, "));
     EXPECT_THAT(run.out, HasSubstr(" ms per frame\nsaved " + (temp.path / "saved.json").string() + "\n"));
     EXPECT_EQ(run.err.find("frame 1 of 5"), std::string::npos);  // no progress line into a file
-    EXPECT_EQ(Host(temp, {"check", "saved.json", "--plugin", "VantelTestPlugin"}).code, 0);
+    EXPECT_EQ(Host(temp, {"check", "saved.json", "--plugin", kTestPlugin}).code, 0);
     // Without --plugin every library beside the host is tried; one that is no plug-in is skipped.
     WriteFile(temp.path / "core.json", ProjectWithVersion(R"({"format": 1, "software": "2640"})"));
-    EXPECT_EQ(Host(temp, {"run", "core.json", "--frames", "2"}).code, 0);
+    // A copy of the host with the core and a library that is no plug-in beside it shows it.
+    const fs::path copy = temp.path / "host";
+    fs::create_directory(copy);
+    for (const fs::directory_entry& entry : fs::directory_iterator(kHost.parent_path())) {
+        if (entry.path().filename().string().starts_with("libVantelCore.so")) {
+            fs::copy(entry.path(), copy / entry.path().filename(), fs::copy_options::copy_symlinks);
+        }
+    }
+    fs::copy_file(kHost, copy / "vantel");
+    fs::copy_file(kTestPlugins / "libVantelNoEntryPlugin.so", copy / "libVantelNoEntryPlugin.so");
+    const Result skipped = Host(temp, {"run", "core.json", "--frames", "2"}, copy / "vantel");
+    EXPECT_EQ(skipped.code, 0);
+    EXPECT_THAT(
+        skipped.err,
+        HasSubstr("vantel: warning: skipped libVantelNoEntryPlugin.so: it does not load as a plug-in\n"));
+}
+
+// A build with the tests shows its users what a build without them does: the test plug-ins lie in a folder of
+// their own, so the host's default loading neither warns nor offers a test type, and cannot name them either.
+TEST(Host, DefaultLoadingBesideTheHostFindsNoTestPlugin) {
+    const TempFolder temp;
+    const Result types = Host(temp, {"types"});
+    EXPECT_EQ(types.code, 0);
+    EXPECT_THAT(types.err, HasSubstr("[Info] Loading plugin: " +
+                                     (kHost.parent_path() / "libVantelStandard.so").string() + "\n"));
+    EXPECT_EQ(types.err.find("[Warning]"), std::string::npos) << types.err;
+    EXPECT_EQ(types.err.find("vantel: warning"), std::string::npos) << types.err;
+    EXPECT_THAT(types.out, HasSubstr("  Standard.Math.Counter "));
+    EXPECT_EQ(types.out.find("TestPlugin."), std::string::npos) << types.out;  // NestedTestPlugin's as well
+
+    // Running a project loads the same plug-ins, and as quietly.
+    const Result run =
+        Host(temp, {"run", (kExamples / "Counter" / "Counter.json").string(), "--frames", "2"});
+    EXPECT_EQ(run.code, 0);
+    EXPECT_THAT(run.out, StartsWith("ran 2 frames"));
+    EXPECT_EQ(run.err, types.err);
+
+    const Result named = Host(temp, {"types", "--plugin", "VantelTestPlugin"});
+    EXPECT_EQ(named.code, 4);
+    EXPECT_THAT(named.err, HasSubstr("vantel: could not load plug-in 'VantelTestPlugin'"));
 }
 
 TEST(Host, EveryExampleChecksUpgradesToItselfAndRuns) {

@@ -1,5 +1,6 @@
-// A plug-in that loads another (VantelTestPlugin) from its load entry, registering one type before and one
-// after, so that tests can see which plug-in each type is booked to. It has no unload entry.
+// A plug-in that loads another (VantelTestPlugin, from the file the build names) from its load entry,
+// registering one type before and one after, so that tests can see which plug-in each type is booked to. It
+// has no unload entry.
 #include <Vantel/Objects/Object.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Plugin.h>
@@ -22,6 +23,6 @@ const Vantel::ObjectType* AfterType() {
 VANTEL_PLUGIN_EXPORT void VantelPluginLoad() {
     Vantel::TypeLibrary* library = Vantel::TypeLibrary::Get();
     library->RegisterType(VantelNestedTestPlugin::BeforeType());
-    library->LoadPlugin("VantelTestPlugin");
+    library->LoadPluginFromFile(VANTEL_TEST_PLUGIN_FILE);
     library->RegisterType(VantelNestedTestPlugin::AfterType());
 }

@@ -5,10 +5,12 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Vantel/Objects/Object.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/PluginFiles.h>
 #include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
@@ -19,22 +21,21 @@
 #include <Vantel/Parameters/ParameterInfo.h>
 
 #include "Support/LogCapture.h"
+#include "Support/TestPlugins.h"
 
-// The plug-ins of Modules/Plugins are built beside this executable; every test unloads what it loads.
+// The test plug-ins are loaded from their own folder, the standard plug-in by name from beside this
+// executable; every test unloads what it loads.
 namespace Vantel {
 namespace {
 
 namespace fs = std::filesystem;
 using Testing::LogCapture;
+using Testing::TestPluginFile;
 using Names = std::vector<std::string>;
 
 const Names kTestPluginTypes = {"TestPlugin.SampleInput", "TestPlugin.SampleOutput",
                                 "TestPlugin.FactorParameter", "TestPlugin.Math.Scale"};
 const std::string kUnloadTrace = "[Info] VantelTestPlugin: unload entry called\n";
-
-fs::path PluginPath(const std::string& name) {
-    return fs::read_symlink("/proc/self/exe").parent_path() / ("lib" + name + ".so");
-}
 
 std::string Loading(const fs::path& path) {
     return "[Info] Loading plugin: " + path.string() + "\n";
@@ -56,7 +57,7 @@ struct TempFolder {
     TempFolder() { fs::create_directories(path); }
     ~TempFolder() { fs::remove_all(path); }
     fs::path CopyTestPlugin(const std::string& fileName) const {
-        fs::copy_file(PluginPath("VantelTestPlugin"), path / fileName);
+        fs::copy_file(TestPluginFile("VantelTestPlugin"), path / fileName);
         return path / fileName;
     }
 };
@@ -68,8 +69,8 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
     const std::size_t dataTypeCount = library.GetDataTypes().size();
     TypeEvents events;
     LogCapture log;
-    ASSERT_TRUE(library.LoadPlugin("VantelTestPlugin"));
-    EXPECT_EQ(log.Text(), Loading(PluginPath("VantelTestPlugin")));  // its docs pass every check
+    ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelTestPlugin")));
+    EXPECT_EQ(log.Text(), Loading(TestPluginFile("VantelTestPlugin")));  // its docs pass every check
     EXPECT_EQ(events.added, kTestPluginTypes);
     EXPECT_EQ(library.GetTypes().size(), typeCount + 4);
     {
@@ -102,11 +103,11 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
 
 TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {
     TypeLibrary& library = *TypeLibrary::Get();
-    const fs::path path = PluginPath("VantelTestPlugin");
+    const fs::path path = TestPluginFile("VantelTestPlugin");
     LogCapture log;
-    ASSERT_TRUE(library.LoadPlugin("VantelTestPlugin"));
+    ASSERT_TRUE(library.LoadPluginFromFile(path));
     log.Clear();
-    EXPECT_TRUE(library.LoadPluginFromFile(path));  // "lib" is cut off the stem: the same name
+    EXPECT_TRUE(library.LoadPluginFromFile(path));
     EXPECT_EQ(
         log.Text(),
         Loading(path) +
@@ -133,9 +134,9 @@ TEST(Plugin, PluginLoadedFromAnEntryPointOwnsOnlyItsOwnTypes) {
     TypeLibrary& library = *TypeLibrary::Get();
     TypeEvents events;
     LogCapture log;
-    ASSERT_TRUE(library.LoadPlugin("VantelNestedTestPlugin"));
-    EXPECT_EQ(log.Text(),
-              Loading(PluginPath("VantelNestedTestPlugin")) + Loading(PluginPath("VantelTestPlugin")));
+    ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelNestedTestPlugin")));
+    EXPECT_EQ(log.Text(), Loading(TestPluginFile("VantelNestedTestPlugin")) +
+                              Loading(TestPluginFile("VantelTestPlugin")));
     log.Clear();
     library.UnloadAllPlugins();  // the last loaded first
     EXPECT_EQ(log.Text(), "[Info] Unloading plugin: VantelTestPlugin\n" + kUnloadTrace +
@@ -150,7 +151,7 @@ TEST(Plugin, PluginLoadedFromAnEntryPointOwnsOnlyItsOwnTypes) {
 TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
     TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
-    const fs::path noEntry = PluginPath("VantelNoEntryPlugin");
+    const fs::path noEntry = TestPluginFile("VantelNoEntryPlugin");
     const fs::path folder = temp.path / "folder.so";
     fs::create_directory(folder);
     const auto refused = [](const fs::path& path, const std::string& problem) {
@@ -166,8 +167,7 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
          "NoSuchPlugin",
          "[Warning] Could not find a plugin library for \"NoSuchPlugin\" in any of the expected "
          "locations.\n"},
-        {{},
-         "VantelNoEntryPlugin",
+        {noEntry, "VantelNoEntryPlugin",
          Loading(noEntry) + "[Warning] Plugin library has no VantelPluginLoad entry point: \"" +
              noEntry.string() + "\"\n"},
         {temp.CopyTestPlugin("x.So"), "x",
@@ -193,25 +193,23 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
 TEST(Plugin, NameComesFromTheFileOrTheCaller) {
     TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
-    struct Row {
-        fs::path file;  // empty: LoadPlugin(name)
-        std::string name;
-    };
-    const std::vector<Row> rows = {
-        {temp.CopyTestPlugin("lib.so"), "lib"},  // nothing left after "lib"
-        {temp.CopyTestPlugin("libX.SO"), "X"},
-        // "liblibVantelTestPlugin.so" does not exist; "<name>.so" is looked for next.
-        {{}, "libVantelTestPlugin"},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    for (const auto& [file, name] : {std::pair{temp.CopyTestPlugin("lib.so"), "lib"},  // nothing after "lib"
+                                     std::pair{temp.CopyTestPlugin("libX.SO"), "X"}}) {
+        SCOPED_TRACE(name);
         LogCapture log;
-        ASSERT_TRUE(row.file.empty() ? library.LoadPlugin(row.name.c_str())
-                                     : library.LoadPluginFromFile(row.file));
-        library.UnloadPlugin(row.name.c_str());
-        EXPECT_EQ(log.Text(), Loading(row.file.empty() ? PluginPath("VantelTestPlugin") : row.file) +
-                                  "[Info] Unloading plugin: " + row.name + "\n" + kUnloadTrace);
+        ASSERT_TRUE(library.LoadPluginFromFile(file));
+        library.UnloadPlugin(name);
+        EXPECT_EQ(log.Text(), Loading(file) + "[Info] Unloading plugin: " + name + "\n" + kUnloadTrace);
     }
+    // Only the standard plug-in lies beside this executable. "liblibVantelStandard.so" does not exist there;
+    // "<name>.so" is looked for next, and the plug-in keeps the name it was asked for.
+    LogCapture log;
+    ASSERT_TRUE(library.LoadPlugin("libVantelStandard"));
+    EXPECT_NE(library.GetType("Standard.Math.Counter"), nullptr);
+    library.UnloadPlugin("libVantelStandard");
+    EXPECT_EQ(log.Text(), Loading(GetPluginFolder() / "libVantelStandard.so") +
+                              "[Info] Unloading plugin: libVantelStandard\n");
+    EXPECT_EQ(library.GetType("Standard.Math.Counter"), nullptr);
 }
 
 // A host that exits without unloading its plug-ins must exit cleanly (the sanitizers fail the exit
@@ -220,7 +218,7 @@ TEST(PluginDeathTest, ProcessEndsCleanlyWithAPluginLoaded) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            TypeLibrary::Get()->LoadPlugin("VantelTestPlugin");
+            TypeLibrary::Get()->LoadPluginFromFile(TestPluginFile("VantelTestPlugin"));
             std::exit(0);
         },
         testing::ExitedWithCode(0), "");

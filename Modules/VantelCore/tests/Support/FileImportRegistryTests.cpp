@@ -6,6 +6,7 @@
 #include <Vantel/Support/FileImportRegistry.h>
 
 #include "Support/LogCapture.h"
+#include "Support/TestPlugins.h"
 
 namespace Vantel {
 namespace {
@@ -41,7 +42,7 @@ TEST(FileImportRegistry, FindsImportersByExtensionWithoutRegardToCase) {
 TEST(FileImportRegistry, ForgetsImportersOfUnloadedPlugins) {
     LogCapture log;
     TypeLibrary& library = *TypeLibrary::Get();
-    ASSERT_TRUE(library.LoadPlugin("VantelTestPlugin"));
+    ASSERT_TRUE(library.LoadPluginFromFile(Testing::TestPluginFile("VantelTestPlugin")));
     const ObjectType* scale = library.GetType("TestPlugin.Math.Scale");
     ASSERT_NE(scale, nullptr);
     int imported = 0;
