@@ -1,10 +1,11 @@
 #include "FileReplacement.h"
 
-#include <fstream>
 #include <string>
 #include <system_error>
 
 #include <Vantel/Objects/Path.h>
+
+#include "Platform/Files.h"
 
 namespace Vantel::Detail {
 namespace {
@@ -20,22 +21,14 @@ std::filesystem::path FollowLinks(const std::filesystem::path& path) {
 std::filesystem::path TemporaryPathFor(const std::filesystem::path& target) {
     const auto name = [&target](std::string_view key) {
         // The key's random digits, without the brackets around them.
-        return target.string() + "." + std::string(key.substr(1, key.size() - 2)) + ".saving";
+        std::filesystem::path temporary = target;
+        temporary += "." + std::string(key.substr(1, key.size() - 2)) + ".saving";
+        return temporary;
     };
     return name(GenerateKey("", [&name](std::string_view key) {
         std::error_code error;
         return !std::filesystem::exists(name(key), error);
     }));
-}
-
-bool WriteNewFile(const std::filesystem::path& path, std::string_view contents) {
-    std::ofstream file(path, std::ios::out | std::ios::trunc | std::ios::binary);
-    if (!file) {
-        return false;
-    }
-    file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
-    file.close();
-    return !file.fail();
 }
 
 }  // namespace
@@ -45,13 +38,11 @@ bool ReplaceFile(const std::filesystem::path& path, std::string_view contents) {
     const std::filesystem::path temporary = TemporaryPathFor(target);
     std::error_code error;
     const std::filesystem::file_status existing = std::filesystem::status(target, error);
-    if (WriteNewFile(temporary, contents)) {
+    if (Platform::WriteNewFileToStorage(temporary, contents)) {
         if (std::filesystem::is_regular_file(existing)) {
             std::filesystem::permissions(temporary, existing.permissions(), error);
         }
-        error.clear();
-        std::filesystem::rename(temporary, target, error);
-        if (!error) {
+        if (Platform::MoveFileOver(temporary, target)) {
             return true;
         }
     }
