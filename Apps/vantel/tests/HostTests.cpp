@@ -79,11 +79,7 @@ Result Host(const TempFolder& folder, std::initializer_list<std::string> argumen
     command += " >" + ShellQuoted(out.string()) + " 2>" + ShellQuoted(err.string()) + "; echo $? >" +
                ShellQuoted(code.string());
     EXPECT_EQ(std::system(command.c_str()), 0);
-    Result result{std::stoi(ReadFile(code)), ReadFile(out), ReadFile(err)};
-    fs::remove(out);
-    fs::remove(err);
-    fs::remove(code);
-    return result;
+    return {std::stoi(ReadFile(code)), ReadFile(out), ReadFile(err)};
 }
 
 std::string Data(const char* name) {
@@ -272,8 +268,6 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     const Result upgrade = Host(temp, {"upgrade", Data("nested.json"), "once.json", "--plugin", kTestPlugin});
     ASSERT_EQ(upgrade.code, 0) << upgrade.err;
     EXPECT_EQ(Host(temp, {"check", "once.json", "--plugin", kTestPlugin}).code, 0);
-    EXPECT_EQ(Host(temp, {"upgrade", "once.json", "twice.json", "--plugin", kTestPlugin}).code, 0);
-    EXPECT_EQ(ReadFile(temp.path / "twice.json"), ReadFile(temp.path / "once.json"));
     EXPECT_EQ(Host(temp, {"upgrade", Data("broken.json"), "never.json"}).code, 1);
 
     // Every operator that is outdated runs in the first frame (an empty graph never is), none after.

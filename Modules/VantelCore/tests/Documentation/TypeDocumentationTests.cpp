@@ -10,6 +10,7 @@
 
 #include <Vantel/Documentation/TypeDocumentation.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Support/Resources.h>
 
 #include "Support/LogCapture.h"
@@ -267,61 +268,38 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
     EXPECT_EQ(ObjectType("Vantel.PtrParameter", nullptr, nullptr, "").GetDisplayName(), "Ptr");
 }
 
+// The core types are registered with their compiled-in docs; every doc is one of theirs.
 TEST(TypeDocumentation, CompiledInDocsAreCompleteAndLinkToEachOther) {
-    const std::map<std::string, std::pair<std::string, std::string>> types{
-        {"Docs/Operators/General/Graph.md", {"Vantel.General.Graph", ""}},
-        {"Docs/Operators/General/Graph Inputs.md", {"Vantel.General.GraphInputsOperator", ""}},
-        {"Docs/Operators/General/Graph Outputs.md", {"Vantel.General.GraphOutputsOperator", ""}},
-        {"Docs/ParameterTypes/Bool.md", {"Vantel.BoolParameter", ""}},
-        {"Docs/ParameterTypes/Int.md", {"Vantel.IntParameter", ""}},
-        {"Docs/ParameterTypes/Float.md", {"Vantel.FloatParameter", ""}},
-        {"Docs/ParameterTypes/Vector 2.md", {"Vantel.Vector2Parameter", ""}},
-        {"Docs/ParameterTypes/Vector 3.md", {"Vantel.Vector3Parameter", ""}},
-        {"Docs/ParameterTypes/Vector 4.md", {"Vantel.Vector4Parameter", ""}},
-        {"Docs/ParameterTypes/Vector 2 Int.md", {"Vantel.Vector2IntParameter", ""}},
-        {"Docs/ParameterTypes/Vector 3 Int.md", {"Vantel.Vector3IntParameter", ""}},
-        {"Docs/ParameterTypes/Vector 4 Int.md", {"Vantel.Vector4IntParameter", ""}},
-        {"Docs/ParameterTypes/Color.md", {"Vantel.ColorParameter", ""}},
-        {"Docs/ParameterTypes/String.md", {"Vantel.StringParameter", ""}},
-        {"Docs/ParameterTypes/Enum.md", {"Vantel.EnumParameter", ""}},
-        {"Docs/ParameterTypes/Trigger.md", {"Vantel.TriggerParameter", ""}},
-        {"Docs/ParameterTypes/Transform 3D.md", {"Vantel.Transform3DParameter", ""}},
-        {"Docs/ParameterTypes/Reference.md", {"Vantel.PtrParameter", "Reference"}},
-        {"Docs/ParameterTypes/Reference List.md", {"Vantel.PtrListParameter", "Reference List"}},
-    };
+    LogCapture log;
+    RegisterCoreTypes();
+    EXPECT_EQ(log.Text(), "");
+    std::map<std::string, std::string> bodies;  // by the path of their doc
+    for (const OperatorInfo* info : TypeLibrary::Get()->GetOperatorInfos()) {
+        EXPECT_FALSE(info->outputs.empty() && info->inputs.empty()) << info->name;
+        bodies["Docs/Operators/" + info->category + "/" + info->name + ".md"] = info->text;
+    }
+    for (const ParameterInfo* info : TypeLibrary::Get()->GetParameterInfos()) {
+        EXPECT_FALSE(info->tags.empty()) << info->name;
+        bodies["Docs/ParameterTypes/" + info->name + ".md"] = info->text;
+    }
     std::vector<std::string> listed;
     for (std::string_view path : Resources::List("Docs/")) {
         listed.emplace_back(path);
     }
-    std::vector<std::string> expected;
-    for (const auto& [path, type] : types) {
-        expected.push_back(path);
+    std::vector<std::string> documented;
+    for (const auto& [path, body] : bodies) {
+        documented.push_back(path);
     }
-    EXPECT_EQ(listed, expected);
+    EXPECT_EQ(listed, documented);
 
     const std::regex link(R"(\]\(<(op|param):([^>]*)>\))");
-    for (const auto& [path, names] : types) {
+    for (const auto& [path, body] : bodies) {
         SCOPED_TRACE(path);
-        const ObjectType type(names.first, nullptr, nullptr, names.second);
-        const std::string text(Resources::Find(path).value_or(""));
-        LogCapture log;
-        std::string body;
-        if (path.starts_with("Docs/Operators/")) {
-            const OperatorInfo info = ParseOperatorDoc(&type, path, text);
-            EXPECT_EQ(info.category, "General");
-            EXPECT_FALSE(info.outputs.empty() && info.inputs.empty());
-            body = info.text;
-        } else {
-            const ParameterInfo info = ParseParameterDoc(&type, path, text);
-            EXPECT_FALSE(info.tags.empty());
-            body = info.text;
-        }
-        EXPECT_EQ(log.Text(), "");
         EXPECT_GT(body.size(), 1000u);
         for (auto it = std::sregex_iterator(body.begin(), body.end(), link); it != std::sregex_iterator();
              ++it) {
             const std::string folder = (*it)[1] == "op" ? "Docs/Operators/" : "Docs/ParameterTypes/";
-            EXPECT_TRUE(types.contains(folder + (*it)[2].str() + ".md")) << (*it)[0];
+            EXPECT_TRUE(bodies.contains(folder + (*it)[2].str() + ".md")) << (*it)[0];
         }
     }
 }

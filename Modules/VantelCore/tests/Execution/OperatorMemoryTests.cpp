@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <new>
 #include <set>
@@ -17,24 +16,23 @@
 namespace Vantel {
 namespace {
 
-// An operator with `Bytes` of payload that it fills with a pattern of its own, so that a block handed out
-// twice, or too small, shows as a broken pattern.
+// An operator with a payload that it fills with a pattern of its own, so that a block handed out twice, or
+// too small, shows as a broken pattern.
+struct PatternOperator : Operator {
+    virtual bool Intact() const = 0;
+};
+
 template <std::size_t Bytes>
-class PayloadOperator : public Operator {
-public:
-    explicit PayloadOperator(std::uint8_t seed) : seed(seed) {
+struct PayloadOperator : PatternOperator {
+    static std::array<std::uint8_t, Bytes> Pattern(std::uint8_t seed) {
+        std::array<std::uint8_t, Bytes> pattern;
         for (std::size_t i = 0; i < Bytes; ++i) {
-            payload[i] = static_cast<std::uint8_t>(seed + i);
+            pattern[i] = static_cast<std::uint8_t>(seed + i);
         }
+        return pattern;
     }
-    bool Intact() const {
-        for (std::size_t i = 0; i < Bytes; ++i) {
-            if (payload[i] != static_cast<std::uint8_t>(seed + i)) {
-                return false;
-            }
-        }
-        return true;
-    }
+    explicit PayloadOperator(std::uint8_t seed) : seed(seed), payload(Pattern(seed)) {}
+    bool Intact() const override { return payload == Pattern(seed); }
     std::uint8_t seed;
     std::array<std::uint8_t, Bytes> payload;
 };
@@ -43,49 +41,44 @@ struct alignas(256) OverAlignedOperator : Operator {
     std::uint8_t byte = 7;
 };
 
-struct Made {
-    std::unique_ptr<Operator> op;
-    std::function<bool()> intact;
-};
+using Made = std::vector<std::unique_ptr<PatternOperator>>;
 
 template <std::size_t Bytes>
-Made Make(std::uint8_t seed) {
-    auto op = std::make_unique<PayloadOperator<Bytes>>(seed);
-    auto* raw = op.get();
-    return {std::move(op), [raw] { return raw->Intact(); }};
+std::unique_ptr<PatternOperator> Make(std::uint8_t seed) {
+    return std::make_unique<PayloadOperator<Bytes>>(seed);
 }
 
 // The sizes in turn, the last beyond the small blocks.
-std::vector<Made> MakeMany(int count, int salt) {
-    constexpr Made (*makers[])(std::uint8_t) = {Make<8>, Make<200>, Make<1000>, Make<9000>};
-    std::vector<Made> made;
+Made MakeMany(int count, int salt) {
+    constexpr std::unique_ptr<PatternOperator> (*makers[])(std::uint8_t) = {Make<8>, Make<200>, Make<1000>,
+                                                                            Make<9000>};
+    Made made;
     for (int i = 0; i < count; ++i) {
         made.push_back(makers[i % 4](static_cast<std::uint8_t>(i * 7 + salt)));
     }
     return made;
 }
 
-bool AllIntact(const std::vector<Made>& made) {
-    return std::all_of(made.begin(), made.end(),
-                       [](const Made& entry) { return !entry.op || entry.intact(); });
+bool AllIntact(const Made& made) {
+    return std::all_of(made.begin(), made.end(), [](const auto& op) { return !op || op->Intact(); });
 }
 
 // Operators come from an allocator of the library's own; freed blocks are reused, never while in use.
 TEST(OperatorMemory, BlocksAreDistinctRecycledAndAligned) {
-    std::vector<Made> made = MakeMany(400, 1);
+    Made made = MakeMany(400, 1);
     for (std::size_t i = 0; i < made.size(); i += 2) {
-        made[i].op.reset();
+        made[i].reset();
     }
-    std::vector<Made> more = MakeMany(400, 3);
+    Made more = MakeMany(400, 3);
     EXPECT_TRUE(AllIntact(made));
     EXPECT_TRUE(AllIntact(more));
 
     std::set<const Operator*> addresses;
     for (const auto* list : {&made, &more}) {
-        for (const Made& entry : *list) {
-            if (entry.op != nullptr) {
-                EXPECT_TRUE(addresses.insert(entry.op.get()).second);
-                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(entry.op.get()) % alignof(std::max_align_t), 0u);
+        for (const auto& op : *list) {
+            if (op != nullptr) {
+                EXPECT_TRUE(addresses.insert(op.get()).second);
+                EXPECT_EQ(reinterpret_cast<std::uintptr_t>(op.get()) % alignof(std::max_align_t), 0u);
             }
         }
     }
@@ -102,14 +95,14 @@ TEST(OperatorMemory, BlocksAreDistinctRecycledAndAligned) {
 }
 
 TEST(OperatorMemory, ThreadsAllocateAndFreeAtOnce) {
-    std::vector<std::vector<Made>> results(4);
+    std::vector<Made> results(4);
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([t, &results] {
             for (int round = 0; round < 5; ++round) {
-                std::vector<Made> made = MakeMany(100, t * 31 + round);
+                Made made = MakeMany(100, t * 31 + round);
                 for (std::size_t i = 1; i < made.size(); i += 3) {
-                    made[i].op.reset();
+                    made[i].reset();
                 }
                 results[t] = std::move(made);
             }
@@ -118,7 +111,7 @@ TEST(OperatorMemory, ThreadsAllocateAndFreeAtOnce) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    for (const std::vector<Made>& made : results) {
+    for (const Made& made : results) {
         EXPECT_TRUE(AllIntact(made));
     }
 }

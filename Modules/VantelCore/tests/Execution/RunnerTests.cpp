@@ -13,9 +13,11 @@
 namespace Vantel {
 namespace {
 
-using Testing::FixedClock;
-
+using Testing::Add;
 using Testing::AddOperator;
+using Testing::FixedClock;
+using Testing::NumberData;
+using Testing::NumberParameter;
 using Testing::SourceOperator;
 
 TEST(Runner, TimeAdvancesByTheDeltaOfEachFrame) {
@@ -40,39 +42,85 @@ TEST(Runner, TimeAdvancesByTheDeltaOfEachFrame) {
     EXPECT_LT(runner.GetDeltaTime(), 10.0);
 }
 
-TEST(Runner, FramesSeeTheirTimeAndLeaveNoMarksOrRecords) {
-    auto root = std::make_unique<Graph>();
+TEST(Runner, FramesRunWhatIsOutdatedCountItAndLeaveNoMarksOrRecords) {
+    Graph root;
     auto nested = std::make_unique<Graph>();
-    auto source = std::make_unique<SourceOperator>();
-    auto sink = std::make_unique<AddOperator>();
-    SourceOperator& sourceRef = *source;
-    AddOperator& sinkRef = *sink;
-    nested->AddOperator(std::move(source));
-    nested->AddOperator(std::move(sink));
-    ASSERT_TRUE(nested->AddDataConnection({&sourceRef.out, &sinkRef.in}));
-    root->AddOperator(std::move(nested));
+    SourceOperator& source = Add<SourceOperator>(*nested);
+    AddOperator& sink = Add<AddOperator>(*nested);
+    ASSERT_TRUE(nested->AddDataConnection({&source.out, &sink.in}));
+    root.AddOperator(std::move(nested));
+    Add<SourceOperator>(root);
+    root.AddOperator(std::make_unique<Graph>());  // empty: never outdated, never run
 
     Runner runner(std::make_unique<FixedClock>(0.5));
-    runner.SetGraph(root.get());
+    runner.SetGraph(&root);
     Transaction transaction("Around a frame");
     runner.WaitForTick();
     runner.Execute();
-    EXPECT_EQ(sinkRef.runs, 1);
-    EXPECT_EQ(sinkRef.lastFrameTime, 0.0);
+    EXPECT_EQ(runner.GetOperatorsRun(), 4u);  // the nested graph, its two operators, the outer source
+    EXPECT_EQ(sink.runs, 1);
+    EXPECT_EQ(sink.lastFrameTime, 0.0);
     EXPECT_TRUE(transaction.GetRecords().empty());  // the result parameter changed without a record
-    EXPECT_FALSE(sinkRef.in.HasDataChanged());
-    EXPECT_FALSE(sinkRef.result.HasValueChanged());
-    EXPECT_FALSE(sourceRef.out.HasDataChanged());
-    EXPECT_FALSE(root->Outdated());
+    EXPECT_FALSE(sink.in.HasDataChanged());
+    EXPECT_FALSE(sink.result.HasValueChanged());
+    EXPECT_FALSE(source.out.HasDataChanged());
+    EXPECT_FALSE(root.Outdated());
 
     runner.Execute();  // nothing changed: nothing runs
-    EXPECT_EQ(sinkRef.runs, 1);
-    sourceRef.value.SetValue(2.0);
+    EXPECT_EQ(runner.GetOperatorsRun(), 4u);
+    source.value.SetValue(2.0);
     runner.Execute();
-    EXPECT_EQ(sourceRef.runs, 2);
-    EXPECT_EQ(sinkRef.runs, 2);
-    EXPECT_EQ(sinkRef.lastFrameTime, 1.0);
-    EXPECT_EQ(sinkRef.result.Value(), 2.0);
+    EXPECT_EQ(runner.GetOperatorsRun(), 7u);  // the change runs the graph, the source and the sink behind it
+    EXPECT_EQ(sink.runs, 2);
+    EXPECT_EQ(sink.lastFrameTime, 1.0);
+    EXPECT_EQ(sink.result.Value(), 2.0);
+
+    // Another graph keeps the count going; a frame without a graph runs nothing.
+    Graph other;
+    Add<SourceOperator>(other);
+    runner.SetGraph(&other);
+    runner.Execute();
+    runner.SetGraph(nullptr);
+    runner.Execute();
+    EXPECT_EQ(runner.GetOperatorsRun(), 8u);
+}
+
+// An idle frame skips the ports and parameters of operators that had no mark; those that join an operator
+// already marked must still make it run and still be cleared.
+TEST(Runner, MembersThatJoinWithAMarkAreSeenAndCleared) {
+    Graph graph;
+    AddOperator& op = Add<AddOperator>(graph);
+    Runner runner(std::make_unique<FixedClock>(0.5));
+    runner.SetGraph(&graph);
+    runner.WaitForTick();
+    runner.Execute();
+    ASSERT_FALSE(op.Outdated());
+
+    auto parameter = std::make_unique<NumberParameter>(nullptr, "Extra");
+    parameter->SetValue(1.0);
+    NumberParameter& parameterRef = *parameter;
+    ASSERT_TRUE(op.AddParameter(std::move(parameter)));
+    EXPECT_TRUE(op.Outdated());
+    runner.Execute();
+    EXPECT_EQ(op.runs, 2);
+    EXPECT_FALSE(parameterRef.HasValueChanged());
+
+    auto input = std::make_unique<DataInput>();
+    input->Receive(std::make_shared<NumberData>(1.0));
+    DataInput& inputRef = *input;
+    ASSERT_TRUE(op.AddDataInput(std::move(input)));
+    EXPECT_TRUE(op.Outdated());
+    runner.Execute();
+    EXPECT_EQ(op.runs, 3);
+    EXPECT_FALSE(inputRef.HasDataChanged());
+
+    auto output = std::make_unique<DataOutput>();
+    output->Activate(std::make_shared<NumberData>(2.0));
+    DataOutput& outputRef = *output;
+    ASSERT_TRUE(op.AddDataOutput(std::move(output)));
+    runner.Execute();
+    EXPECT_FALSE(outputRef.HasDataChanged());
+    EXPECT_FALSE(op.Outdated());
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -222,6 +223,30 @@ TEST(PluginDeathTest, ProcessEndsCleanlyWithAPluginLoaded) {
             std::exit(0);
         },
         testing::ExitedWithCode(0), "");
+}
+
+bool IsNamed(const fs::path& file, std::string_view part) {
+    return file.filename().string().find(part) != std::string::npos;
+}
+
+// That no test plug-in is listed here shows end to end, in the host's own tests.
+TEST(PluginFiles, ListsTheLibrariesBesideTheExecutableButTheCore) {
+    const fs::path folder = GetPluginFolder();
+    ASSERT_FALSE(folder.empty());
+    // The core library lies beside the tests too, so leaving it out is a real choice.
+    EXPECT_TRUE(
+        std::any_of(fs::directory_iterator(folder), fs::directory_iterator(),
+                    [](const fs::directory_entry& entry) { return IsNamed(entry.path(), "VantelCore"); }));
+    const std::vector<fs::path> files = FindPluginFiles();
+    EXPECT_TRUE(std::is_sorted(files.begin(), files.end()));
+    EXPECT_TRUE(std::any_of(files.begin(), files.end(),
+                            [](const fs::path& file) { return IsNamed(file, "VantelStandard"); }));
+    for (const fs::path& file : files) {
+        SCOPED_TRACE(file.string());
+        EXPECT_EQ(file.parent_path(), folder);
+        EXPECT_FALSE(IsNamed(file, "VantelCore"));
+        EXPECT_FALSE(IsNamed(file, "Tests"));  // the test executables have no library extension
+    }
 }
 
 }  // namespace

@@ -1,29 +1,38 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
+#include <Vantel/Execution/Clock.h>
+#include <Vantel/Execution/Runner.h>
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataInputListImplementation.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphImplementation.h>
+#include <Vantel/Operators/GraphInputsOperator.h>
+#include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
 
 #include "Support/LogCapture.h"
+#include "Support/ProjectOperators.h"
 #include "Support/TestOperators.h"
 
 namespace Vantel {
 namespace {
 
+using Testing::Add;
 using Testing::AddOperator;
+using Testing::FixedClock;
 using Testing::LogCapture;
 using Testing::NumberData;
 using Testing::NumberOf;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
-
-using Testing::Add;
 
 std::unique_ptr<ExecutionContext> Frame(unsigned long long number = 0) {
     return Access::CreateExecutionContext(0.0, 0.0, number);
@@ -163,25 +172,6 @@ TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     EXPECT_EQ(graph.GetOperators(), std::vector<Operator*>{&sink});
 }
 
-TEST(Graph, EditsAreRecorded) {
-    Graph graph;
-    graph.SetKey("Root");
-    Transaction transaction("Build");
-    SourceOperator& source = Add<SourceOperator>(graph);
-    AddOperator& sink = Add<AddOperator>(graph);
-    graph.AddDataConnection({&source.out, &sink.in});
-    graph.RemoveDataConnection({&source.out, &sink.in});
-    const std::vector<Record>& records = transaction.GetRecords();
-    ASSERT_EQ(records.size(), 4u);
-    const auto& added = std::get<OperatorRecord>(records[0]);
-    EXPECT_EQ(added.presence, Presence::Added);
-    EXPECT_EQ(added.serializedOperator["type"], "Vantel.Test.Source");
-    const auto& connected = std::get<DataConnectionRecord>(records[2]);
-    EXPECT_EQ(connected.output, source.out.GetPath());
-    EXPECT_EQ(connected.input, sink.in.GetPath());
-    EXPECT_EQ(std::get<DataConnectionRecord>(records[3]).presence, Presence::Removed);
-}
-
 TEST(Graph, UserPortsAndParameters) {
     LogCapture log;
     Graph graph;
@@ -201,6 +191,123 @@ TEST(Graph, UserPortsAndParameters) {
     EXPECT_TRUE(parameter->IsAddedByUser());
     EXPECT_TRUE(parameter->HasParameterFlag(ParameterFlag::Output));
     EXPECT_EQ(graph.AddUserDataOutput(nullptr), nullptr);
+}
+
+// Source -> A (offset driven by a driver's result) -> B (offset 10) -> sink (offset B's result), with A and B
+// inside a nested graph that has a data input, a data output, an input parameter and an output parameter.
+TEST(NestedGraph, CarriesDataAndParametersThroughItsBoundaryFrameByFrame) {
+    Graph root;
+    SourceOperator& source = Add<SourceOperator>(root);
+    AddOperator& driver = Add<AddOperator>(root);
+    Graph& nested = Add<Graph>(root);
+    AddOperator& sink = Add<AddOperator>(root);
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested);
+    AddOperator& a = Add<AddOperator>(nested);
+    AddOperator& b = Add<AddOperator>(nested);
+    GraphOutputsOperator& outputs = Add<GraphOutputsOperator>(nested);
+    b.offset.SetValue(10.0);
+    DataInput* in = nested.AddUserDataInput(DataInput::Type());
+    DataOutput* out = nested.AddUserDataOutput(DataOutput::Type());
+    Parameter* gain = nested.AddUserParameter(NumberParameter::Type(), false);
+    Parameter* total = nested.AddUserParameter(NumberParameter::Type(), true);
+    ASSERT_TRUE(root.AddDataConnection({&source.out, in}));
+    ASSERT_TRUE(root.AddDataConnection({out, &sink.in}));
+    ASSERT_TRUE(root.AddParameterConnection({&driver.result, gain, {{0, 0}}}, false));
+    ASSERT_TRUE(root.AddParameterConnection({total, &sink.offset, {{0, 0}}}, false));
+    ASSERT_TRUE(nested.AddDataConnection({inputs.FindMirror(*in), &a.in}));
+    ASSERT_TRUE(nested.AddDataConnection({&a.out, &b.in}));
+    ASSERT_TRUE(nested.AddDataConnection({&b.out, outputs.FindMirror(*out)}));
+    ASSERT_TRUE(nested.AddParameterConnection({inputs.FindMirror(*gain), &a.offset, {{0, 0}}}, false));
+    ASSERT_TRUE(nested.AddParameterConnection({&b.result, outputs.FindMirror(*total), {{0, 0}}}, false));
+
+    Runner runner(std::make_unique<FixedClock>(0.1));
+    runner.SetGraph(&root);
+    runner.WaitForTick();
+    const double values[] = {1.0, 1.0, 2.5, 2.5, -4.0};
+    const double drives[] = {0.0, 3.0, 3.0, 7.0, 7.0};
+    for (int frame = 0; frame < 5; ++frame) {
+        SCOPED_TRACE(frame);
+        source.value.SetValue(values[frame]);
+        driver.offset.SetValue(drives[frame]);
+        runner.Execute();
+        // Every value arrives in the frame it was set in.
+        const double passed = values[frame] + drives[frame] + 10.0;
+        EXPECT_EQ(NumberOf(sink.in), passed);
+        EXPECT_EQ(sink.offset.Value(), passed);
+        EXPECT_EQ(sink.result.Value(), 2 * passed);
+    }
+}
+
+TEST(NestedGraph, BoundaryOperatorsFollowTheGraphsMembers) {
+    Graph graph;
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(graph);
+    GraphOutputsOperator& outputs = Add<GraphOutputsOperator>(graph);
+    DataInput* first = graph.AddUserDataInput(DataInput::Type());
+    DataInput* second = graph.AddUserDataInput(DataInput::Type());
+    DataOutput* out = graph.AddUserDataOutput(DataOutput::Type());
+    ASSERT_NE(inputs.FindMirror(*first), nullptr);
+    EXPECT_EQ(inputs.FindMirror(*first)->GetKey(), first->GetKey());
+    EXPECT_EQ(inputs.GetAllDataOutputs().size(), 2u);
+    EXPECT_EQ(outputs.FindMirror(*out)->GetName(), out->GetName());
+    EXPECT_EQ(graph.Resolve(*Path::Parse(inputs.GetKey() + "/" + second->GetKey())),
+              inputs.FindMirror(*second));
+
+    first->SetName("Renamed");
+    AddOperator& consumer = Add<AddOperator>(graph);
+    ASSERT_TRUE(graph.AddDataConnection({inputs.FindMirror(*second), &consumer.in}));
+    {
+        Transaction transaction("Remove an input");
+        EXPECT_TRUE(graph.RemoveDataInput(second));
+        EXPECT_EQ(inputs.GetAllDataOutputs().size(), 1u);
+        EXPECT_FALSE(consumer.in.IsConnected());  // the mirror went with its connections
+    }
+    inputs.Execute(*Frame());
+    EXPECT_EQ(inputs.GetAllDataOutputs()[0]->GetName(), "Renamed");
+
+    Parameter* parameter = graph.AddUserParameter(NumberParameter::Type(), false);
+    Parameter* mirror = inputs.FindMirror(*parameter);
+    ASSERT_NE(mirror, nullptr);
+    EXPECT_TRUE(mirror->HasParameterFlag(ParameterFlag::Output));
+    EXPECT_EQ(outputs.FindMirror(*parameter), nullptr);  // input parameters are mirrored by Graph Inputs only
+    graph.RemoveParameter(parameter);
+    EXPECT_TRUE(inputs.GetAllParameters().empty());
+}
+
+// A mirror parameter leaves its key in the file, so the mirrors must exist whether or not anything looked at
+// the boundary operators before saving.
+TEST(NestedGraph, SavedBytesDependOnlyOnTheModel) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& nested = Add<Graph>(*project.GetRootGraph());
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested);
+    Parameter* gain = nested.AddUserParameter(NumberParameter::Type(), false);
+    DataOutput* out = nested.AddUserDataOutput(DataOutput::Type());
+    Parameter* total = nested.AddUserParameter(NumberParameter::Type(), true);
+    GraphOutputsOperator& outputs = Add<GraphOutputsOperator>(nested);  // joins a graph with members
+    const auto save = [](const Project& saved) { return Serialization::SerializeProject(saved).dump(4); };
+
+    const std::string unseen = save(project);
+    EXPECT_NE(unseen.find("\"key\": \"" + gain->GetKey() + "\"\n"), std::string::npos);  // the mirror's entry
+    ASSERT_NE(inputs.FindMirror(*gain), nullptr);
+    ASSERT_NE(outputs.FindMirror(*out), nullptr);
+    ASSERT_NE(outputs.FindMirror(*total), nullptr);
+    EXPECT_EQ(save(project), unseen);
+
+    Testing::LogCapture log;
+    std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(nlohmann::json::parse(unseen));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(save(*loaded), unseen);
+    EXPECT_EQ(log.Text(), "");
+
+    // Leaving the graph drops the mirror; coming back makes it again.
+    std::unique_ptr<Operator> taken = nested.RemoveOperator(&outputs);
+    EXPECT_TRUE(taken->GetAllDataInputs().empty());
+    EXPECT_TRUE(taken->GetAllParameters().empty());
+    nested.AddOperator(std::move(taken));
+    EXPECT_EQ(save(project), unseen);
+
+    gain->SetName("Gain");
+    EXPECT_EQ(inputs.GetAllParameters()[0]->GetName(), "Gain");  // followed at once, unasked
 }
 
 }  // namespace

@@ -1,10 +1,21 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
+#include <set>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Ptr.h>
+#include <Vantel/Operators/Data.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataInputListImplementation.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Operator.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
@@ -19,6 +30,204 @@ namespace {
 
 using Testing::LogCapture;
 using Testing::NumberParameter;
+
+TEST(Data, SerialsAreUniqueIncreasingAndNeverZero) {
+    const Data first;
+    const Data second;
+    EXPECT_GT(first.GetSerial(), 0u);
+    EXPECT_EQ(second.GetSerial(), first.GetSerial() + 1);
+
+    std::vector<std::uint64_t> serials[2];
+    std::thread a([&] {
+        for (int i = 0; i < 1000; ++i)
+            serials[0].push_back(Data().GetSerial());
+    });
+    std::thread b([&] {
+        for (int i = 0; i < 1000; ++i)
+            serials[1].push_back(Data().GetSerial());
+    });
+    a.join();
+    b.join();
+    std::set<std::uint64_t> unique(serials[0].begin(), serials[0].end());
+    unique.insert(serials[1].begin(), serials[1].end());
+    EXPECT_EQ(unique.size(), 2000u);
+    EXPECT_TRUE(std::is_sorted(serials[0].begin(), serials[0].end()));
+}
+
+TEST(DataInput, ChangeIsDecidedBySerial) {
+    DataInput input;
+    input.Clear();
+    EXPECT_FALSE(input.HasDataChanged());
+
+    auto value = std::make_shared<Data>();
+    input.Receive(value);
+    EXPECT_TRUE(input.HasDataChanged());
+    EXPECT_EQ(input.GetDataSerial(), value->GetSerial());
+    EXPECT_EQ(input.GetData(), value);
+
+    DataInput again;
+    again.Receive(value);
+    again.Receive(value);
+    EXPECT_TRUE(again.HasDataChanged());
+
+    input.Clear();
+    EXPECT_FALSE(input.HasData());
+    EXPECT_EQ(input.GetDataSerial(), 0u);
+    EXPECT_EQ(input.GetData(), nullptr);
+}
+
+TEST(DataOutput, SecondWriteInAFrameWarnsAndWins) {
+    Operator op;
+    op.SetKey("Blur");
+    DataOutput output(&op, "Result");
+    auto first = std::make_shared<Data>();
+    auto second = std::make_shared<Data>();
+    int activations = 0;
+    EventSubscription subscription = output.ActivatedEvent().Subscribe([&] { ++activations; });
+
+    LogCapture log;
+    output.Activate(first);
+    output.Activate(first);
+    EXPECT_EQ(log.Text(), "");
+    output.Activate(second);
+    output.Clear();
+    const std::string warning =
+        "[Warning] DataOutput '/Result' is written more than once per frame, whichever write happens last "
+        "wins.\n";
+    EXPECT_EQ(log.Text(), warning + warning);
+    EXPECT_FALSE(output.HasData());
+    EXPECT_EQ(output.GetDataSerial(), 0u);
+    EXPECT_EQ(activations, 3);
+}
+
+TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
+    Operator op;
+    DataInput image(&op, "Image");
+    DataOutput result(&op, "Result");
+    DataInput unnamed1(&op, "");
+    DataInput unnamed2(&op, "");
+    EXPECT_EQ(image.GetKey(), "Image");
+    EXPECT_EQ(unnamed1.GetKey().rfind("Input [", 0), 0u);
+    EXPECT_NE(unnamed1.GetKey(), unnamed2.GetKey());
+    EXPECT_EQ(image.GetParentObject(), &op);
+    EXPECT_EQ(op.FindChild("Result"), &result);
+    EXPECT_EQ(op.GetAllDataInputs().size(), 3u);
+    EXPECT_FALSE(op.AddDataInput(&image));
+
+    Operator other;
+    EXPECT_FALSE(other.AddDataInput(&image));
+    EXPECT_FALSE(other.RemoveDataInput(&image));
+
+    int reorders = 0;
+    EventSubscription subscription = op.DataPortsReorderedEvent().Subscribe([&] { ++reorders; });
+    EXPECT_FALSE(op.MoveDataInput(&image, 0));
+    EXPECT_FALSE(op.MoveDataInput(&image, 3));
+    EXPECT_TRUE(op.MoveDataInput(&image, 2));
+    EXPECT_EQ(op.GetAllDataInputs().back(), &image);
+    EXPECT_EQ(reorders, 1);
+
+    auto newData = std::make_shared<Data>();
+    EXPECT_FALSE(op.Outdated());
+    image.Receive(newData);
+    EXPECT_TRUE(op.Outdated());
+}
+
+TEST(Operator, OwnedAndMemberPortsComeAndGo) {
+    auto op = std::make_unique<Operator>();
+    auto owned = std::make_unique<DataOutput>();
+    DataOutput* raw = owned.get();
+    ASSERT_TRUE(op->AddDataOutput(std::move(owned)));
+    EXPECT_EQ(raw->GetOperator(), op.get());
+    int removed = 0;
+    EventSubscription subscription = op->DataOutputRemovedEvent().Subscribe([&](DataOutput* output) {
+        EXPECT_EQ(output, raw);
+        ++removed;
+    });
+    auto member = std::make_unique<DataInput>(op.get(), "Member");
+    EXPECT_TRUE(op->RemoveDataOutput(raw));  // destroys it
+    EXPECT_EQ(removed, 1);
+    EXPECT_TRUE(op->GetAllDataOutputs().empty());
+
+    member.reset();  // a member port leaves its operator when it dies
+    EXPECT_TRUE(op->GetAllDataInputs().empty());
+
+    auto survivor = std::make_unique<DataInput>(op.get(), "Survivor");
+    op->AddDataInput(std::make_unique<DataInput>());
+    op.reset();  // owned ports die with the operator, others are let go
+    EXPECT_EQ(survivor->GetOperator(), nullptr);
+}
+
+std::vector<std::string> Names(const DataInputList& list) {
+    std::vector<std::string> names;
+    for (const DataInput* input : list.GetInputs()) {
+        names.push_back(input->GetName());
+    }
+    return names;
+}
+
+TEST(DataInputList, InputsAreNumberedInOrderAndKeepTheirKeys) {
+    Operator op;
+    op.SetKey("Mix");
+    std::vector<std::string> calls;
+    DataInputList list(&op, "Layers", DataInput::Type(),
+                       {.created = [&](DataInput& input) { calls.push_back("created " + input.GetKey()); },
+                        .removing = [&](DataInput& input) { calls.push_back("removing " + input.GetKey()); },
+                        .reordered = [&] { calls.push_back("reordered"); }});
+    DataInputList::Implementation& implementation = *Access::GetImplementation(list);
+    DataInput* a = implementation.CreateInput("a");
+    DataInput* b = implementation.CreateInput("b");
+    DataInput* c = implementation.CreateInput("c");
+    ASSERT_NE(c, nullptr);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2", "Input 3"}));
+    EXPECT_EQ(b->GetParentObject(), &list);
+    EXPECT_EQ(b->GetPath().ToString(), "/Layers/b");
+    EXPECT_EQ(op.Resolve(*Path::Parse("Layers/b")), b);
+    EXPECT_EQ(op.GetAllDataInputs(), (std::vector<DataInput*>{a, b, c}));
+
+    EXPECT_TRUE(implementation.RemoveInput(b));
+    EXPECT_FALSE(implementation.RemoveInput(b));
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2"}));
+    EXPECT_EQ(list.GetInput(1)->GetKey(), "c");
+    EXPECT_EQ(op.GetAllDataInputs(), (std::vector<DataInput*>{a, c}));
+    EXPECT_FALSE(op.RemoveDataInput(a));  // list inputs go through their list
+
+    Transaction transaction("Reorder");
+    EXPECT_FALSE(list.MoveInput(a, 0));
+    EXPECT_FALSE(list.MoveInput(a, 2));
+    EXPECT_TRUE(list.MoveInput(a, 1));
+    EXPECT_EQ(list.IndexOf(a), 1u);
+    EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2"}));
+    EXPECT_EQ(a->GetName(), "Input 2");
+    EXPECT_TRUE(transaction.GetRecords().empty());  // the operator is in no graph
+    EXPECT_EQ(calls,
+              (std::vector<std::string>{"created a", "created b", "created c", "removing b", "reordered"}));
+}
+
+TEST(DataInputList, KeysAreSettledAndBadTypesRefused) {
+    LogCapture log;
+    Operator op;
+    DataInputList list(&op, "Layers", DataInput::Type(), {});
+    DataInputList::Implementation& implementation = *Access::GetImplementation(list);
+    implementation.CreateInput("x");
+    EXPECT_EQ(implementation.CreateInput("x")->GetKey(), "x_");
+    EXPECT_EQ(implementation.CreateInput("")->GetKey().rfind("Input [", 0), 0u);
+    EXPECT_EQ(
+        log.Text(),
+        "[Error] The key 'x' is already taken in data input list 'Layers'. Keys must be unique among all "
+        "children of their parent. Using 'x_' instead. Values stored under that key are lost once the "
+        "collision is fixed.\n");
+
+    log.Clear();
+    DataInputList untyped(&op, "Untyped", nullptr, {});
+    DataInputList wrong(&op, "Wrong", Operator::Type(), {});
+    EXPECT_EQ(Access::GetImplementation(untyped)->CreateInput("a"), nullptr);
+    EXPECT_EQ(Access::GetImplementation(wrong)->CreateInput("a"), nullptr);
+    EXPECT_EQ(log.Text(),
+              "[Error] DataInputList::CreateInput: list 'Untyped' has no input type.\n"
+              "[Error] DataInputList::CreateInput: 'Vantel.General.Operator' is not a data input type.\n");
+    EXPECT_EQ(wrong.GetInputCount(), 0u);
+    EXPECT_EQ(op.GetAllDataInputSlots().size(), 3u);
+}
 
 // Adds one parameter per unit of `Count` whenever its structure is rebuilt.
 class CountedOperator : public Operator {
@@ -73,9 +282,8 @@ TEST(Operator, StructureRebuildsUntilSettledAtMostEightTimes) {
     EXPECT_EQ(
         log.Text(),
         "[Error] The key 'Item' is already taken in operator 'Counted'. Keys must be unique among all "
-        "children "
-        "of their parent. Using 'Item_' instead. Values stored under that key are lost once the collision is "
-        "fixed.\n"
+        "children of their parent. Using 'Item_' instead. Values stored under that key are lost once the "
+        "collision is fixed.\n"
         "[Error] UpdateStructureIfDirty: '/' still changes its own structural parameters after 8 rebuilds, "
         "giving up.\n");
 }

@@ -1,8 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <string>
 #include <vector>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/ParameterImplementation.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
 #include <Vantel/Projects/Transaction.h>
 
 #include "Support/LogCapture.h"
@@ -13,6 +20,20 @@ namespace {
 
 using Testing::LogCapture;
 using Testing::NumberParameter;
+
+std::vector<std::string> Keys(const ParameterGroup& group) {
+    std::vector<std::string> keys;
+    for (const ParameterNode* child : group.GetChildren()) {
+        keys.push_back(child->GetKey());
+    }
+    return keys;
+}
+
+std::unique_ptr<NumberParameter> UserParameter(std::string_view name) {
+    auto parameter = std::make_unique<NumberParameter>(nullptr, name);
+    Access::GetImplementation(*parameter)->SetAddedByUser(true);
+    return parameter;
+}
 
 // Counts how often the cache is rebuilt.
 class CountingParameter : public NumberParameter {
@@ -45,11 +66,8 @@ TEST(Parameter, EqualValueChangesNothingAndADifferentOneIsMarkedOnce) {
     EXPECT_EQ(parameter.GetData().GetFloat(0), 2.0);
     EXPECT_EQ(parameter.GetData().GetFloat(0), 2.0);
     EXPECT_EQ(parameter.builds, 1);
-    ASSERT_EQ(transaction.GetRecords().size(), 1u);
-    const auto& record = std::get<ParameterValueRecord>(transaction.GetRecords()[0]);
-    EXPECT_EQ(record.path.ToString(), "/Gain");
-    EXPECT_EQ(record.previous, 1.0);
-    EXPECT_EQ(record.next, 2.0);
+    EXPECT_EQ(transaction.GetRecords(),
+              (std::vector<Record>{ParameterValueRecord{parameter.GetPath(), 1.0, 2.0}}));
     EXPECT_TRUE(op.Outdated());
 }
 
@@ -72,7 +90,7 @@ TEST(Parameter, FlagsTransientAndConnectability) {
     parameter.SetParameterFlag(ParameterFlag::Structural, true);
     EXPECT_FALSE(parameter.AcceptsInputConnection());
     EXPECT_EQ(parameter.GetUpdatePolicy(), UpdatePolicy::Deferred);
-    parameter.SetUpdatePolicy(UpdatePolicy::Immediate);
+    parameter.SetUpdatePolicy(UpdatePolicy::Immediate);  // an explicit policy wins over the default
     EXPECT_EQ(parameter.GetUpdatePolicy(), UpdatePolicy::Immediate);
     parameter.SetParameterFlag(ParameterFlag::Structural, false);
     parameter.SetParameterFlag(ParameterFlag::NotConnectable, true);
@@ -108,13 +126,8 @@ TEST(Parameter, OnlyParametersOfAnOperatorRecord) {
     NumberParameter attached(&op, "Attached");
     attached.SetName("Renamed");  // renames are recorded only in a graph, where paths resolve
     attached.SetComponent(0, 4.0);
-    ASSERT_EQ(transaction.GetRecords().size(), 1u);
-    const auto& component = std::get<ParameterComponentRecord>(transaction.GetRecords()[0]);
-    EXPECT_EQ(component.path.ToString(), "/Attached");
-    EXPECT_EQ(component.previous, 0.0);
-    EXPECT_EQ(component.next, 4.0);
-    EXPECT_EQ(attached.GetName(), "Renamed");
-    EXPECT_EQ(attached.GetKey(), "Attached");
+    EXPECT_EQ(transaction.GetRecords(),
+              (std::vector<Record>{ParameterComponentRecord{*Path::Parse("/Attached"), 0, 0.0, 4.0}}));
 }
 
 TEST(Parameter, StructuralWritesAreWholeAndCompound) {
@@ -133,10 +146,224 @@ TEST(Parameter, StructuralWritesAreWholeAndCompound) {
     EXPECT_TRUE(transaction.GetRecords().empty());
 
     mode.SetValue(2.0);
-    ASSERT_EQ(transaction.GetRecords().size(), 1u);
-    const auto& compound = std::get<CompoundRecord>(transaction.GetRecords()[0]);
-    EXPECT_EQ(compound.previous, 1.0);
-    EXPECT_EQ(compound.next, 2.0);
+    EXPECT_EQ(transaction.GetRecords(), (std::vector<Record>{CompoundRecord{mode.GetPath(), 1.0, 2.0, {}}}));
+}
+
+TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
+    LogCapture log;
+    ParameterGroup group;
+    group.SetKey("Settings");
+    NumberParameter a(nullptr, "Gain");
+    NumberParameter b(nullptr, "Gain");
+    NumberParameter unnamed(nullptr, "");
+    EXPECT_TRUE(group.Add(&a));
+    EXPECT_TRUE(group.Add(&b));
+    EXPECT_TRUE(group.Insert(&unnamed, 0));
+    EXPECT_EQ(unnamed.GetKey().rfind("Parameter [", 0), 0u);
+    EXPECT_EQ(Keys(group), (std::vector<std::string>{unnamed.GetKey(), "Gain", "Gain_"}));
+    EXPECT_EQ(
+        log.Text(),
+        "[Error] The key 'Gain' is already taken in parameter group 'Settings'. Keys must be unique among "
+        "all children of their parent. Using 'Gain_' instead. Values stored under that key are lost once the "
+        "collision is fixed.\n");
+
+    // Inserting a child again moves it, clamped to the last position.
+    EXPECT_TRUE(group.Insert(&unnamed, ParameterNode::npos));
+    EXPECT_EQ(Keys(group), (std::vector<std::string>{"Gain", "Gain_", unnamed.GetKey()}));
+    EXPECT_FALSE(group.Move(&unnamed, 2));
+    EXPECT_FALSE(group.Move(&unnamed, 3));
+    EXPECT_EQ(unnamed.GetIndex(), 2u);
+    EXPECT_EQ(group.FindParameter("Gain_"), &b);
+    EXPECT_EQ(group.Resolve(*Path::Parse("Gain_")), &b);
+
+    log.Clear();
+    ParameterGroup other;
+    EXPECT_FALSE(other.Add(&a));
+    EXPECT_EQ(
+        log.Text(),
+        "[Error] ParameterGroup::Insert: the node already belongs to another group. Remove it from that one "
+        "first.\n");
+    EXPECT_FALSE(group.Add(static_cast<ParameterNode*>(nullptr)));
+    EXPECT_FALSE(group.Add(&group));
+}
+
+TEST(ParameterGroup, RefusesItselfAndAncestorsAndRootRefusesPlainGroups) {
+    ParameterGroup outer;
+    auto inner = std::make_unique<ParameterGroup>();
+    ParameterGroup* innerGroup = inner.get();
+    ASSERT_TRUE(outer.Add(std::move(inner)));
+    EXPECT_FALSE(innerGroup->Add(&outer));
+
+    Operator op;
+    ParameterRootGroup& root = op.GetParameterGroup();
+    EXPECT_FALSE(root.Add(std::make_unique<ParameterGroup>()));
+    ParameterBundleList list(&op, "Layers", {});
+    EXPECT_EQ(list.GetParent(), &root);
+    NumberParameter direct(nullptr, "Loose");
+    EXPECT_FALSE(list.Add(&direct));
+    ParameterBundle* bundle = list.CreateBundle("Image", "First");
+    ASSERT_NE(bundle, nullptr);
+    EXPECT_FALSE(static_cast<ParameterGroup*>(bundle)->Add(list.CreateBundle("Image", "")));
+    EXPECT_TRUE(bundle->Add(&direct));
+    EXPECT_EQ(direct.GetBundle(), bundle);
+    EXPECT_EQ(direct.GetOperator(), &op);
+    EXPECT_EQ(direct.GetPath().ToString(), "/Layers/First/Loose");
+    EXPECT_EQ(op.Resolve(*Path::Parse("Layers/First/Loose")), &direct);
+}
+
+TEST(ParameterGroup, FindParameterStopsAtTheFirstMatch) {
+    ParameterGroup group;
+    auto subgroup = std::make_unique<ParameterGroup>();
+    subgroup->SetKey("Shared");
+    group.Add(std::move(subgroup));
+    NumberParameter later(nullptr, "Other");
+    group.Add(&later);
+    EXPECT_NE(group.Find("Shared"), nullptr);
+    EXPECT_EQ(group.FindParameter("Shared"), nullptr);
+    EXPECT_EQ(group.Find(""), nullptr);
+}
+
+TEST(ParameterGroup, RowsLabelsAndSeparators) {
+    LogCapture log;
+    ParameterGroup group;
+    NumberParameter a(nullptr, "a"), b(nullptr, "b"), c(nullptr, "c"), d(nullptr, "d"), e(nullptr, "e");
+    for (NumberParameter* p : {&a, &b, &c, &d, &e}) {
+        group.Add(p);
+    }
+    int annotationEvents = 0;
+    EventSubscription subscription = group.AnnotationsChangedEvent().Subscribe([&] { ++annotationEvents; });
+
+    group.MakeRow({&b}, "ignored");
+    EXPECT_EQ(annotationEvents, 0);
+    group.MakeRow({&d, &b, &e}, "Offset");
+    EXPECT_EQ(Keys(group), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
+    EXPECT_EQ(group.GetRow(&b), (std::vector<ParameterNode*>{&d, &b, &e}));
+    EXPECT_EQ(group.GetRowPrimary(&e), &d);
+    EXPECT_EQ(group.GetRowLabel(&b), "Offset");
+    EXPECT_EQ(group.GetRow(&c), std::vector<ParameterNode*>{&c});
+    EXPECT_EQ(group.GetRowLabel(&c), "");
+    EXPECT_EQ(annotationEvents, 1);
+
+    group.SetRowLabel(&e, "Shift");
+    group.SetRowLabel(&e, "Shift");
+    EXPECT_EQ(group.GetRowLabel(&d), "Shift");
+    group.SetSeparatorAbove(&c, true);
+    group.SetSeparatorAbove(&c, true);
+    EXPECT_TRUE(group.HasSeparatorAbove(&c));
+    group.SetRowContinuation(&e, false);
+    EXPECT_EQ(group.GetRow(&d), (std::vector<ParameterNode*>{&d, &b}));
+    EXPECT_EQ(annotationEvents, 4);
+
+    NumberParameter stranger(nullptr, "x");
+    group.MakeRow({&a, &stranger}, "bad");
+    EXPECT_EQ(log.Text(),
+              "[Error] ParameterGroup::MakeRow: all nodes must already be children of this group.\n");
+    EXPECT_TRUE(group.GetRow(&stranger).empty());
+
+    // Removing a node forgets its annotations.
+    group.Remove(&c);
+    group.Add(&c);
+    EXPECT_FALSE(group.HasSeparatorAbove(&c));
+}
+
+TEST(ParameterGroup, DestructionDetachesBothWays) {
+    auto group = std::make_unique<ParameterGroup>();
+    NumberParameter member(nullptr, "Member");
+    group->Add(&member);
+    {
+        NumberParameter shortLived(nullptr, "Short");
+        group->Add(&shortLived);
+        EXPECT_EQ(group->GetChildCount(), 2u);
+    }
+    EXPECT_EQ(group->GetChildCount(), 1u);
+    group.reset();
+    EXPECT_EQ(member.GetParent(), nullptr);
+    EXPECT_EQ(member.GetIndex(), ParameterNode::npos);
+}
+
+TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
+    Operator op;
+    NumberParameter declared(&op, "Declared");
+    ParameterBundleList list(&op, "Layers", {.created = [](ParameterBundle& bundle) {
+        bundle.Add(std::make_unique<NumberParameter>(nullptr, "Opacity", 1.0));
+    }});
+    Transaction transaction("Edit tree");
+    auto user = UserParameter("Extra");
+    NumberParameter* extra = user.get();
+    ASSERT_TRUE(op.AddParameter(std::move(user)));
+    const std::string key = extra->GetKey();
+    ParameterBundle* bundle = list.CreateBundle("Image", "Layer");
+    ASSERT_NE(bundle, nullptr);
+    EXPECT_FALSE(op.GetParameterGroup().Move(extra, extra->GetIndex()));
+    EXPECT_TRUE(op.GetParameterGroup().Move(extra, 0));
+    EXPECT_TRUE(op.RemoveParameter(&declared));
+    EXPECT_TRUE(op.RemoveParameter(extra));
+
+    EXPECT_EQ(key.rfind("Extra [", 0), 0u);  // a user's parameters get made keys
+    const Path path = *Path::Parse("/" + key);
+    const nlohmann::json node{
+        {"key", key}, {"name", "Extra"}, {"type", "Vantel.Test.NumberParameter"}, {"value", 0.0}};
+    const nlohmann::json layer{
+        {"key", "Layer"}, {"kind", "Image"}, {"parameters", {{{"key", "Opacity"}, {"value", 1.0}}}}};
+    EXPECT_EQ(
+        transaction.GetRecords(),
+        (std::vector<Record>{ParameterAddedRecord{path, 2, node},
+                             BundleAddedRecord{*Path::Parse("/Layers/Layer"), 0, layer},
+                             ParameterNodeMoveRecord{path, 2, 0}, ParameterRemovedRecord{path, 0, node}}));
+}
+
+TEST(ParameterBundleList, CreatesRemovesAndMovesWithHandlers) {
+    LogCapture log;
+    Operator op;
+    std::vector<std::string> calls;
+    ParameterBundleList list(
+        &op, "Items",
+        {.created = [&](ParameterBundle& b) { calls.push_back("created " + b.GetKind()); },
+         .removing = [&](ParameterBundle& b) { calls.push_back("removing " + b.GetKey()); },
+         .reordered = [&] { calls.push_back("reordered"); }});
+    ParameterBundle* first = list.CreateBundle("A", "First");
+    ParameterBundle* second = list.CreateBundle("B", "First");
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(second->GetKey(), "First_");
+    EXPECT_EQ(log.Lines(),
+              std::vector<std::string>{
+                  "[Error] The key 'First' is already taken in parameter group 'Items'. Keys must be "
+                  "unique among all children of their parent. Using 'First_' instead. Values stored under "
+                  "that key are lost once the collision is fixed."});
+    EXPECT_EQ(second->GetBundleList(), &list);
+    EXPECT_TRUE(list.MoveBundle(second, 0));
+    EXPECT_EQ(list.IndexOf(first), 1u);
+
+    ParameterBundleList other(&op, "Others", {});
+    EXPECT_FALSE(other.RemoveBundle(first));
+    EXPECT_FALSE(list.RemoveBundle(nullptr));
+    list.SetBundlesRemovable(false);
+    EXPECT_TRUE(list.RemoveBundle(first));
+    EXPECT_EQ(list.GetBundleCount(), 1u);
+    EXPECT_EQ(calls, (std::vector<std::string>{"created A", "created B", "reordered", "removing First"}));
+}
+
+// A list whose operator type refuses further bundles.
+class FullList : public ParameterBundleList {
+public:
+    using ParameterBundleList::ParameterBundleList;
+
+protected:
+    bool AcceptsChild(const ParameterNode& node) override {
+        return GetBundleCount() < 1 && ParameterBundleList::AcceptsChild(node);
+    }
+};
+
+TEST(ParameterBundleList, RefusedBundleLeavesNothingBehind) {
+    Operator op;
+    int created = 0;
+    FullList list(&op, "Single", {.created = [&](ParameterBundle&) { ++created; }});
+    Transaction transaction("Create");
+    EXPECT_NE(list.CreateBundle("A", "One"), nullptr);
+    EXPECT_EQ(list.CreateBundle("A", "Two"), nullptr);
+    EXPECT_EQ(list.GetBundleCount(), 1u);
+    EXPECT_EQ(created, 1);
+    EXPECT_EQ(transaction.GetRecords().size(), 1u);
 }
 
 }  // namespace

@@ -7,10 +7,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include <Vantel/Objects/Path.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Projects/BuildInfo.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
+#include <Vantel/Projects/Version.h>
 
 #include "Support/LogCapture.h"
 #include "Support/ProjectOperators.h"
@@ -19,6 +22,8 @@ namespace Vantel {
 namespace {
 
 using nlohmann::json;
+using Testing::Add;
+using Testing::AddOperator;
 using Testing::LogCapture;
 using Testing::MirrorOperator;
 using Testing::MixerOperator;
@@ -209,6 +214,131 @@ TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     EXPECT_EQ(static_cast<NumberParameter*>(graph.GetParameterGroup().FindParameter("Only"))->Value(), 2.0);
     EXPECT_TRUE(Deserialization::RestoreOwnStructure(graph, structure, context));
     EXPECT_EQ(Serialization::SerializeOwnStructure(graph), structure);
+}
+
+TEST(ConnectionPaths, EndpointsAreWrittenBelowTheConsumersGraphSortedAndReadBack) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& root = *project.GetRootGraph();
+    auto& inner = Add<Graph>(root, "Inner");
+    auto& source = Add<SourceOperator>(inner, "Source");
+    auto& mixer = Add<MixerOperator>(inner, "Mixer");
+    auto& top = Add<SourceOperator>(root, "Top");
+    auto& add = Add<AddOperator>(root, "Add");
+    ParameterBundle* band = mixer.bands.CreateBundle("Band", "Low");
+    ASSERT_NE(band, nullptr);
+    auto* gain = dynamic_cast<NumberParameter*>(band->Find("Gain"));
+    ASSERT_NE(gain, nullptr);
+
+    // Made in the reverse of the written order.
+    ASSERT_TRUE(inner.AddParameterConnection(
+        {&source.value, &mixer.mix, WholeValueLinks(source.value, mixer.mix)}, false));
+    ASSERT_TRUE(
+        inner.AddParameterConnection({&source.value, gain, WholeValueLinks(source.value, *gain)}, false));
+    DataInput* layer = inner.AddDataConnection(source.out, mixer.layers);
+    ASSERT_NE(layer, nullptr);
+    ASSERT_TRUE(root.AddDataConnection({&top.out, &add.in}));
+
+    const std::string sourceKey = source.GetKey() + "/";
+    const std::string mixerKey = mixer.GetKey() + "/";
+    EXPECT_EQ(
+        Serialization::SerializeParameterConnections(inner.GetParameterConnections()),
+        json::parse(R"([{"input": ")" + mixerKey + R"(Bands/Low/Gain", "links": [[0, 0]], "output": ")" +
+                    sourceKey + R"(Value"}, {"input": ")" + mixerKey +
+                    R"(Mix", "links": [[0, 0]], "output": ")" + sourceKey + R"(Value"}])"));
+    EXPECT_EQ(Serialization::SerializeDataConnections(inner.GetDataConnections()),
+              json::parse(R"([{"input": ")" + layer->GetRelativePath(inner).ToString() + R"(", "output": ")" +
+                          sourceKey + R"(Out"}])"));
+    EXPECT_EQ(
+        Serialization::SerializeDataConnections(root.GetDataConnections()),
+        json::parse(R"([{"input": ")" + add.GetKey() + R"(/In", "output": ")" + top.GetKey() + R"(/Out"}])"));
+
+    // Both graphs' connections come back from one load, and the loaded tree writes the same document.
+    const json document = Serialization::SerializeProject(project);
+    LogCapture log;
+    const std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(log.Text(), "");
+    EXPECT_EQ(Serialization::SerializeProject(*loaded), document);
+}
+
+TEST(ConnectionPaths, StoredTextsResolveAsPathsDo) {
+    Testing::RegisterProjectTestTypes();
+    const auto load = [](const std::string& connections) {
+        return Deserialization::DeserializeProject(json::parse(
+            R"({"version": {"format": 1, "software": "2640"}, "root": {"type": "Vantel.General.Graph", "operators": [
+                {"type": "Vantel.Test.Source", "key": "Source"}, {"type": "Vantel.Test.Add", "key": "Add"}],
+                )" +
+            connections + "}}"));
+    };
+    const std::string dropped = "[Error] DeserializeDataConnections: could not resolve connection '";
+    LogCapture log;
+    // A leading "/" is allowed; an empty piece, "..", no text or an empty one resolve nothing (the empty
+    // text is the graph itself, which is no output).
+    std::unique_ptr<Project> project = load(R"("dataConnections": [
+        {"output": "Source//Out", "input": "Add/In"}, {"output": "Source/..", "input": "Add/In"},
+        {"input": "Add/In"}, {"output": "/", "input": "Add/In"}, {"output": "/Source/Out", "input": "Add/In"}],
+        "parameterConnections": [{"output": "/Source/Value", "input": "Add/Offset", "links": [[0, 0]]}])");
+    ASSERT_NE(project, nullptr);
+    EXPECT_EQ(log.Text(), dropped + "Source//Out -> Add/In', it is dropped.\n" + dropped +
+                              "Source/.. -> Add/In', it is dropped.\n" + dropped +
+                              " -> Add/In', it is dropped.\n" + dropped + "/ -> Add/In', it is dropped.\n");
+    EXPECT_EQ(project->GetRootGraph()->GetDataConnections().size(), 1u);
+    EXPECT_EQ(project->GetRootGraph()->GetParameterConnections().size(), 1u);
+
+    // A text of the wrong type is the file's type error, as before.
+    EXPECT_THROW(load(R"("dataConnections": [{"output": 5, "input": "Add/In"}])"), json::type_error);
+    EXPECT_THROW(
+        load(R"("parameterConnections": [{"output": "Source/Value", "input": [], "links": [[0, 0]]}])"),
+        json::type_error);
+}
+
+TEST(Version, ParseAndPrint) {
+    struct Row {
+        const char* text;
+        Version version;
+        const char* printed;
+    };
+    const Row rows[] = {
+        {"2605", {26, 5, 0}, "2605"},
+        {"2640.3", {26, 40, 3}, "2640.3"},
+        {"0000.1", {0, 0, 1}, "000.1"},
+        {"2605.65535", {26, 5, 65535}, "2605.65535"},
+        {"2605.0", {26, 5, 0}, "2605"},
+        {"26050", {}, "000"},
+        {"2605.", {}, "000"},
+        {"2605.x", {}, "000"},
+        {"2605.70000", {}, "000"},
+        {"2605.65536", {}, "000"},
+        {"260a", {}, "000"},
+        {"", {}, "000"},
+        {"2605.1.2", {}, "000"},
+        {"-605", {}, "000"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.text);
+        const Version parsed = Version::Parse(row.text);
+        EXPECT_EQ(parsed, row.version);
+        EXPECT_EQ(parsed.ToString(), row.printed);
+    }
+    EXPECT_TRUE(Version::Parse("bad").IsEmpty());
+}
+
+TEST(Version, ComparesYearThenWeekThenPatch) {
+    EXPECT_LT(Version::Parse("2639.9"), Version::Parse("2640"));
+    EXPECT_LT(Version::Parse("2640"), Version::Parse("2640.1"));
+    EXPECT_LT(Version::Parse("2552"), Version::Parse("2601"));
+    EXPECT_GT(Version::Parse("2641"), BuildInfo::GetReleaseVersion());
+}
+
+TEST(BuildInfo, IdentifiesTheBuild) {
+    EXPECT_EQ(BuildInfo::GetDisplayString(), "alpha 2640");
+    EXPECT_EQ(BuildInfo::GetReleaseVersion(), (Version{26, 40, 0}));
+    EXPECT_EQ(BuildInfo::GetLastReleaseVersion(), BuildInfo::GetReleaseVersion());
+    EXPECT_EQ(BuildInfo::GetCommit(), "d6484ad2");
+    EXPECT_EQ(BuildInfo::GetBuildDate(), "2026-10-01");
+    EXPECT_FALSE(BuildInfo::IsModified());
+    EXPECT_EQ(BuildInfo::GetCommitsSinceLastRelease(), 0);
 }
 
 }  // namespace

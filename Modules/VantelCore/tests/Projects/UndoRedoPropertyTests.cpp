@@ -34,8 +34,8 @@ std::string Save(const Project& project) {
     return Serialization::SerializeProject(project).dump(4);
 }
 
-// A transaction that removed a graph member whose mirror inside was connected: the mirror's disconnection
-// comes first.
+// A transaction that removed a graph member whose mirror inside was connected. The mirror's disconnection is
+// recorded before the removal, so that undo makes the connection again only once the member is back.
 bool RemovesConnectedMember(const CommittedTransaction& done) {
     bool mirrorDisconnected = false;
     for (const Record& record : done.records) {

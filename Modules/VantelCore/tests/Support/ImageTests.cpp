@@ -28,19 +28,15 @@ Image Decode(const Bytes& encoded) {
 }
 
 TEST(Image, ValidityAndEncodingFollowTheSizeRules) {
-    const Image empty;
-    EXPECT_EQ(empty.GetChannelCount(), 3u);
-    EXPECT_EQ(empty.GetBitsPerChannel(), 8u);
     Image sized;
     sized.SetWidth(2);  // gives the image state with the defaults, and no pixels
-    EXPECT_EQ(sized.GetChannelCount(), 3u);
 
     const struct {
         const char* name;
         Image image;
         bool valid, encodes;
     } rows[] = {
-        {"default", empty, false, false},
+        {"default", Image(), false, false},
         {"width only", sized, false, false},
         {"exact", Image(Bytes(12), 2, 2, 3, 8), true, true},
         {"one byte short", Image(Bytes(11), 2, 2, 3, 8), false, false},
