@@ -34,20 +34,6 @@ namespace {
 using Detail::TextWriter;
 using Detail::TreeWriter;
 
-// Connections are written sorted by their endpoint texts. Positions are sorted rather than the entries, so
-// that no text is moved; `Less` orders two positions.
-template <typename Less>
-std::vector<std::size_t> SortedOrder(std::size_t size, Less less) {
-    std::vector<std::size_t> order(size);
-    for (std::size_t index = 0; index < size; ++index) {
-        order[index] = index;
-    }
-    if (!std::is_sorted(order.begin(), order.end(), less)) {
-        std::sort(order.begin(), order.end(), less);
-    }
-    return order;
-}
-
 // Output text, then input text, as std::pair and std::tuple compare them.
 bool TextsBefore(const std::string& output, const std::string& input, const std::string& otherOutput,
                  const std::string& otherInput) {
@@ -123,16 +109,9 @@ std::vector<std::pair<std::string, std::string>> SortedDataConnectionTexts(
         }
         pairs.emplace_back(RelativeText(*connection.output, *graph), RelativeText(*connection.input, *graph));
     }
-    const std::vector<std::size_t> order = SortedOrder(pairs.size(), [&pairs](std::size_t left,
-                                                                              std::size_t right) {
-        return TextsBefore(pairs[left].first, pairs[left].second, pairs[right].first, pairs[right].second);
-    });
-    std::vector<std::pair<std::string, std::string>> sorted;
-    sorted.reserve(pairs.size());
-    for (const std::size_t index : order) {
-        sorted.push_back(std::move(pairs[index]));
-    }
-    return sorted;
+    // Texts are short and move cheaply; sorting them in place leaves nothing to copy afterwards.
+    std::sort(pairs.begin(), pairs.end());
+    return pairs;
 }
 
 struct ParameterConnectionTexts {
@@ -166,24 +145,17 @@ std::vector<ParameterConnectionTexts> SortedParameterConnectionTexts(
             {RelativeText(*endpoints.source, *graph), RelativeText(*endpoints.target, *graph), &links});
     }
     // Equal texts, which a consistent graph never has, fall back on the links' address as a tuple would.
-    const std::vector<std::size_t> order =
-        SortedOrder(entries.size(), [&entries](std::size_t left, std::size_t right) {
-            const ParameterConnectionTexts& first = entries[left];
-            const ParameterConnectionTexts& second = entries[right];
-            if (TextsBefore(first.output, first.input, second.output, second.input)) {
-                return true;
-            }
-            if (TextsBefore(second.output, second.input, first.output, first.input)) {
-                return false;
-            }
-            return std::less<>()(first.links, second.links);
-        });
-    std::vector<ParameterConnectionTexts> sorted;
-    sorted.reserve(entries.size());
-    for (const std::size_t index : order) {
-        sorted.push_back(std::move(entries[index]));
-    }
-    return sorted;
+    std::sort(entries.begin(), entries.end(),
+              [](const ParameterConnectionTexts& first, const ParameterConnectionTexts& second) {
+                  if (TextsBefore(first.output, first.input, second.output, second.input)) {
+                      return true;
+                  }
+                  if (TextsBefore(second.output, second.input, first.output, first.input)) {
+                      return false;
+                  }
+                  return std::less<>()(first.links, second.links);
+              });
+    return entries;
 }
 
 // The rules of the file, written once for both writers. Members are written in ascending key order.
