@@ -13,6 +13,7 @@
 #include <Vantel/Operators/GraphImplementation.h>
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Parameters/VectorParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
@@ -154,6 +155,60 @@ TEST(Graph, ExecutesInDependencyOrderAndHandsOnValuesSetBetweenFrames) {
     EXPECT_EQ(c.runs, 1);
     EXPECT_EQ(driven.offset.Value(), 10.0);
     EXPECT_EQ(driven.result.Value(), 10.0);
+}
+
+// A feeds C directly by data and again through B by parameters, so C reaches the queue before its second
+// feeder has run: it must still wait for B, or it computes with B's value of the frame before.
+TEST(Graph, AnOperatorWaitsForEveryFeederEvenWhenAShortcutQueuesItFirst) {
+    Graph graph;
+    SourceOperator& a = Add<SourceOperator>(graph, "A");
+    AddOperator& b = Add<AddOperator>(graph, "B");
+    AddOperator& c = Add<AddOperator>(graph, "C");
+    ASSERT_TRUE(graph.AddDataConnection({&a.out, &c.in}));
+    ASSERT_TRUE(graph.AddParameterConnection({&a.value, &b.offset, {{0, 0}}}, false));
+    ASSERT_TRUE(graph.AddParameterConnection({&b.result, &c.offset, {{0, 0}}}, false));
+    Runner runner(std::make_unique<FixedClock>(0.1));
+    runner.SetGraph(&graph);
+    runner.WaitForTick();
+    for (const double value : {2.0, 5.0, -1.0}) {
+        SCOPED_TRACE(value);
+        a.value.SetValue(value);
+        runner.Execute();
+        EXPECT_EQ(b.result.Value(), value);
+        EXPECT_EQ(c.offset.Value(), value);
+        EXPECT_EQ(c.result.Value(), 2 * value);  // its data input and its offset, both of this frame
+    }
+    EXPECT_EQ(Access::GetImplementation(graph)->GetExecutionOrder(), (std::vector<Operator*>{&a, &b, &c}));
+}
+
+// Links name a source component and a target component; only same-index links would hide a swap.
+TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
+    struct Vectors : Operator {
+        Vector3Parameter in{this, "In", {0.0, 0.0, 0.0}};
+        Vector3Parameter out{this, "Out", {0.0, 0.0, 0.0}};
+    };
+    Graph graph;
+    SourceOperator& number = Add<SourceOperator>(graph);
+    Vectors& from = Add<Vectors>(graph);
+    Vectors& spread = Add<Vectors>(graph);
+    Vectors& crossed = Add<Vectors>(graph);
+    number.value.SetValue(4.0);
+    from.out.SetValue({1.0, 2.0, 3.0});
+
+    EXPECT_EQ(WholeValueLinks(number.value, spread.in), (std::vector<ComponentLink>{{0, 0}, {0, 1}, {0, 2}}));
+    ASSERT_TRUE(graph.AddParameterConnection(
+        {&number.value, &spread.in, WholeValueLinks(number.value, spread.in)}, false));
+    ASSERT_TRUE(graph.AddParameterConnection({&from.out, &crossed.in, {{0, 2}, {2, 1}}}, false));
+    EXPECT_EQ(spread.in.Value(), glm::dvec3(4.0, 4.0, 4.0));
+    EXPECT_EQ(crossed.in.Value(), glm::dvec3(0.0, 3.0, 1.0));  // component 0 untouched
+
+    number.value.SetValue(-2.0);
+    from.out.SetValue({7.0, 8.0, 9.0});
+    graph.Execute(*Frame());
+    EXPECT_EQ(spread.in.Value(), glm::dvec3(-2.0, -2.0, -2.0));
+    EXPECT_EQ(crossed.in.Value(), glm::dvec3(0.0, 9.0, 7.0));
+    EXPECT_EQ(crossed.in.FindIncomingConnection(2)->source, &from.out);
+    EXPECT_EQ(crossed.in.FindIncomingConnection(0), nullptr);
 }
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -11,6 +12,8 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Parameters/VectorParameter.h>
+#include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
@@ -182,6 +185,111 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     EXPECT_EQ(ReadFile(second), written);  // references, list inputs, bundles and mirrored values included
     std::filesystem::remove(first);
     std::filesystem::remove(second);
+}
+
+// Connections are kept in the order they were made, but the file lists them sorted: the same graph must write
+// the same bytes however it was wired, or every reconnection would show as a change.
+TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& root = *project.GetRootGraph();
+    // Made in the reverse of their keys' order, so that neither order of making nor memory is the file's
+    // order.
+    SourceOperator& first = Add<SourceOperator>(root, "Zeta");
+    SourceOperator& second = Add<SourceOperator>(root, "Alpha");
+    AddOperator& left = Add<AddOperator>(root, "Left");
+    AddOperator& right = Add<AddOperator>(root, "Right");
+    Graph& spread = Add<Graph>(root, "Spread");
+    Graph& crossed = Add<Graph>(root, "Crossed");
+    Parameter* vector = spread.AddUserParameter(Vector3Parameter::Type(), true);
+    Parameter* target = crossed.AddUserParameter(Vector3Parameter::Type(), false);
+    const std::vector<DataConnection> data{{&first.out, &left.in}, {&second.out, &right.in}};
+    const std::vector<ParameterConnection> parameters{{&first.value, &left.offset, {{0, 0}}},
+                                                      {&second.value, &right.offset, {{0, 0}}},
+                                                      {vector, target, {{0, 2}, {2, 1}}}};
+    const auto connect = [&](bool reversed) {
+        for (std::size_t i = 0; i < data.size(); ++i) {
+            EXPECT_TRUE(root.AddDataConnection(data[reversed ? data.size() - 1 - i : i]));
+        }
+        for (std::size_t i = 0; i < parameters.size(); ++i) {
+            EXPECT_TRUE(
+                root.AddParameterConnection(parameters[reversed ? parameters.size() - 1 - i : i], false));
+        }
+        return Serialization::SerializeProjectText(project);
+    };
+    const std::string forward = connect(false);
+    EXPECT_NE(forward.find(R"("input": ")" + crossed.GetKey() + "/" + target->GetKey() + R"(",
+                "links": [
+                    [
+                        0,
+                        2
+                    ],
+                    [
+                        2,
+                        1
+                    ]
+                ],)"),
+              std::string::npos);  // each link as [source component, target component]
+    const nlohmann::json written = nlohmann::json::parse(forward)["root"];
+    for (const char* list : {"dataConnections", "parameterConnections"}) {
+        SCOPED_TRACE(list);
+        std::vector<std::pair<std::string, std::string>> texts;
+        for (const nlohmann::json& connection : written[list]) {
+            texts.emplace_back(connection["output"], connection["input"]);
+        }
+        EXPECT_TRUE(std::is_sorted(texts.begin(), texts.end()));
+        EXPECT_EQ(texts.size(), std::string(list) == "dataConnections" ? data.size() : parameters.size());
+    }
+    for (const DataConnection& connection : data) {
+        root.RemoveDataConnection(connection);
+    }
+    for (const ParameterConnection& connection : parameters) {
+        root.RemoveParameterConnection(connection.GetEndpoints());
+    }
+    EXPECT_EQ(connect(true), forward);
+
+    const std::unique_ptr<Project> loaded =
+        Deserialization::DeserializeProject(nlohmann::json::parse(forward));
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(Serialization::SerializeProjectText(*loaded), forward);
+}
+
+// A value that its connections give it again after loading is not stored; one that a connection covers only
+// in part is.
+TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSaved) {
+    Project project;
+    Graph& root = *project.GetRootGraph();
+    SourceOperator& source = Add<SourceOperator>(root, "Source");
+    AddOperator& driven = Add<AddOperator>(root, "Driven");
+    Graph& holder = Add<Graph>(root, "Holder");
+    Parameter* partly = holder.AddUserParameter(Vector3Parameter::Type(), false);
+    Parameter* fully = holder.AddUserParameter(Vector3Parameter::Type(), false);
+    partly->SetName("Partly");
+    fully->SetName("Fully");
+    source.value.SetValue(3.0);
+    ASSERT_TRUE(root.AddParameterConnection({&source.value, &driven.offset, {{0, 0}}}, false));
+    ASSERT_TRUE(root.AddParameterConnection({&source.value, partly, {{0, 0}, {0, 2}}}, false));
+    ASSERT_TRUE(
+        root.AddParameterConnection({&source.value, fully, WholeValueLinks(source.value, *fully)}, false));
+
+    const nlohmann::json document = Serialization::SerializeProject(project);
+    const auto entry = [&](const Operator& op, const std::string& key) {
+        for (const nlohmann::json& candidate : document["root"]["operators"]) {
+            if (candidate["key"] == op.GetKey()) {
+                for (const nlohmann::json& parameter : candidate["parameters"]) {
+                    if (parameter["key"] == key) {
+                        return parameter;
+                    }
+                }
+            }
+        }
+        ADD_FAILURE() << "no entry for " << key;
+        return nlohmann::json();
+    };
+    EXPECT_EQ(entry(source, "Value")["value"], 3.0);
+    EXPECT_FALSE(entry(driven, "Offset").contains("value"));
+    EXPECT_EQ(entry(holder, partly->GetKey())["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
+    EXPECT_FALSE(entry(holder, fully->GetKey()).contains("value"));
 }
 
 // A save replaces the old file only once the new text is whole on disk: whatever fails, the old file stays
