@@ -43,6 +43,7 @@
 #include <Vantel/Operators/OperatorInfo.h>
 #include <Vantel/Operators/ParameterConnection.h>
 
+#include <Vantel/Parameters/BasicVectorParameter.h>
 #include <Vantel/Parameters/BoolParameter.h>
 #include <Vantel/Parameters/Color.h>
 #include <Vantel/Parameters/ColorParameter.h>
