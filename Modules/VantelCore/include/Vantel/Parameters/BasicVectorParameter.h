@@ -76,4 +76,18 @@ extern template class BasicVectorParameter<int, 2>;
 extern template class BasicVectorParameter<int, 3>;
 extern template class BasicVectorParameter<int, 4>;
 
+// VectorParameter<N>: N floats (x, y, z, w), type "Vantel.Vector<N>Parameter".
+template <int N>
+using VectorParameter = BasicVectorParameter<double, N>;
+using Vector2Parameter = VectorParameter<2>;
+using Vector3Parameter = VectorParameter<3>;
+using Vector4Parameter = VectorParameter<4>;
+
+// VectorIntParameter<N>: N signed 32-bit integers, type "Vantel.Vector<N>IntParameter".
+template <int N>
+using VectorIntParameter = BasicVectorParameter<int, N>;
+using Vector2IntParameter = VectorIntParameter<2>;
+using Vector3IntParameter = VectorIntParameter<3>;
+using Vector4IntParameter = VectorIntParameter<4>;
+
 }  // namespace Vantel

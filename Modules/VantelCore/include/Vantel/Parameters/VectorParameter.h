@@ -5,19 +5,5 @@
 //   offset.SetComponent(2, 4.0);    // recorded as a write of component 2 alone
 #pragma once
 
+// The names are aliases of BasicVectorParameter's instances, declared beside it.
 #include <Vantel/Parameters/BasicVectorParameter.h>
-
-namespace Vantel {
-
-// VectorParameter<N>
-//
-// A vector of N floats (x, y, z, w), N from 2 to 4, with the type "Vantel.Vector<N>Parameter"; see
-// BasicVectorParameter for its behaviour.
-template <int N>
-using VectorParameter = BasicVectorParameter<double, N>;
-
-using Vector2Parameter = VectorParameter<2>;
-using Vector3Parameter = VectorParameter<3>;
-using Vector4Parameter = VectorParameter<4>;
-
-}  // namespace Vantel
