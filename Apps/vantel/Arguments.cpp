@@ -17,7 +17,8 @@ constexpr std::string_view kUsage =
     "commands:\n"
     "  run PROJECT        run the project frame by frame\n"
     "  check PROJECT      load the project and report its version, size and every dropped entry\n"
-    "  upgrade IN OUT     load IN and save it as OUT in this build's file format\n"
+    "  upgrade IN OUT     load IN and save it as OUT in this build's file format; refuses when loading\n"
+    "                     dropped entries or when OUT is IN, unless given --force\n"
     "  types              list the registered operator, parameter and data types\n"
     "  doc TYPE           print the documentation of one type\n"
     "  graph PROJECT      print the project's graph in Graphviz DOT\n"
@@ -31,6 +32,7 @@ constexpr std::string_view kUsage =
     "  --frames N         run: the number of frames (default 60)\n"
     "  --fps F            run: frames per second of the fixed time step (default 60)\n"
     "  --save OUT         run: save the project to OUT after the run\n"
+    "  --force            upgrade: write OUT even when loading dropped entries or OUT is IN\n"
     "\n"
     "exit codes: 0 ok, 1 the project or command failed, 2 usage error, 3 missing file, 4 plug-in failed\n";
 
@@ -39,11 +41,13 @@ struct CommandShape {
     std::size_t operands;
     std::string_view operandNames;
     bool runOptions;
+    bool forceOption;
 };
 
 constexpr CommandShape kCommands[] = {
-    {"run", 1, "PROJECT", true}, {"check", 1, "PROJECT", false}, {"upgrade", 2, "IN OUT", false},
-    {"types", 0, "", false},     {"doc", 1, "TYPE", false},      {"graph", 1, "PROJECT", false},
+    {"run", 1, "PROJECT", true, false},    {"check", 1, "PROJECT", false, false},
+    {"upgrade", 2, "IN OUT", false, true}, {"types", 0, "", false, false},
+    {"doc", 1, "TYPE", false, false},      {"graph", 1, "PROJECT", false, false},
 };
 
 int ParseFrames(const std::string& text) {
@@ -96,6 +100,10 @@ Arguments ParseArguments(const std::vector<std::string_view>& arguments) {
         const std::string_view argument = rest[i];
         if (!argument.starts_with("--")) {
             result.operands.emplace_back(argument);
+            continue;
+        }
+        if (argument == "--force" && shape->forceOption) {
+            result.force = true;
             continue;
         }
         // Both "--frames 10" and "--frames=10".

@@ -15,6 +15,7 @@ struct Arguments {
     int frames = 60;
     double fps = 60.0;
     std::optional<std::string> save;
+    bool force = false;  // upgrade: write even over IN, or after loading dropped entries
 };
 
 // Throws HostError with kExitUsage for an unknown command or option, a missing or malformed option value, or

@@ -5,6 +5,7 @@
 
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Projects/BuildInfo.h>
+#include <Vantel/Projects/DroppedEntry.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/ProjectFileVersion.h>
 
@@ -14,12 +15,6 @@
 
 namespace VantelHost {
 namespace {
-
-// Loading logs this for a newer file; it names no dropped entry, so the report shows it as the version note.
-constexpr std::string_view kNewerFileWarning =
-    "[Warning] DeserializeProject: the file was written by a newer Vantel than this build. Anything this "
-    "build "
-    "does not know is dropped.";
 
 std::string DescribeWriter(const Vantel::ProjectFileVersion& version) {
     const std::string thisBuild = Vantel::BuildInfo::GetReleaseVersion().IsEmpty()
@@ -45,11 +40,6 @@ std::string DescribeWriter(const Vantel::ProjectFileVersion& version) {
     return "unknown";
 }
 
-bool IsProblem(const std::string& line) {
-    return (line.starts_with("[Warning] ") || line.starts_with("[Error] ") || line.starts_with("[Fatal] ")) &&
-           line != kNewerFileWarning;
-}
-
 }  // namespace
 
 int CheckCommand(const Arguments& arguments) {
@@ -57,22 +47,15 @@ int CheckCommand(const Arguments& arguments) {
     RequireFile(path);
     Session session(arguments.plugins);
     std::string failure;
-    std::vector<std::string> dropped;
-    {
-        const LogTap tap;
-        try {
-            session.LoadProject(path);
-        } catch (const HostError& error) {
-            failure = error.what();
-        }
-        for (const std::string& line : tap.Lines()) {
-            if (IsProblem(line)) {
-                dropped.push_back(line);
-            }
-        }
+    try {
+        session.LoadProject(path);
+    } catch (const HostError& error) {
+        failure = error.what();
     }
     Vantel::Project& project = session.GetProject();
     const Vantel::ProjectFileVersion& version = project.GetFileVersion();
+    // A failed load keeps the empty project's root, which dropped nothing.
+    const std::vector<Vantel::DroppedEntry>& dropped = project.GetDroppedEntries();
 
     Out() << path.string() << '\n';
     Out() << "  format: " << version.format;
@@ -84,8 +67,9 @@ int CheckCommand(const Arguments& arguments) {
         Out() << "  operators: " << CountOperators(*project.GetRootGraph()) << '\n';
     }
     Out() << "  dropped: " << dropped.size() << '\n';
-    for (const std::string& line : dropped) {
-        Out() << "    " << line << '\n';
+    for (const Vantel::DroppedEntry& entry : dropped) {
+        Out() << "    " << Vantel::ToString(entry.kind) << " '" << entry.key << "' in "
+              << (entry.owner.empty() ? "(gone)" : entry.owner) << ": " << entry.reason << '\n';
     }
     if (version.IsNewerThanThisBuild()) {
         std::cerr << "vantel: warning: " << path.string()

@@ -106,6 +106,7 @@ TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
         {{"run", "a.json", "--frames", "-1"}, "--frames needs a whole number"},
         {{"run", "a.json", "--fps=0"}, "--fps needs a number of frames per second above 0"},
         {{"check", "a.json", "--save", "b.json"}, "unknown option '--save' for 'check'"},
+        {{"run", "a.json", "--force"}, "unknown option '--force' for 'run'"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.message);
@@ -119,7 +120,7 @@ TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
     EXPECT_EQ(help.code, 0);
     for (const char* word :
          {"run PROJECT", "check PROJECT", "upgrade IN OUT", "types", "doc TYPE", "graph PROJECT", "--version",
-          "--plugin NAME", "--frames N", "--fps F", "--save OUT"}) {
+          "--plugin NAME", "--frames N", "--fps F", "--save OUT", "--force"}) {
         EXPECT_THAT(help.out, HasSubstr(word));
     }
 }
@@ -168,13 +169,12 @@ TEST(Host, CheckReportsVersionsAndEveryDroppedEntry) {
     EXPECT_EQ(dropped.out,
               Data("dropped.json") +
                   "\n  format: 1\n  written by: release 2640, the same as this build\n"
-                  "  operators: 1\n  dropped: 3\n"
-                  "    [Error] ApplyParameterValues: parameter 'Nope' not found in operator 'Kept', "
-                  "its value is dropped.\n"
-                  "    [Error] DeserializeOperator: type 'Nowhere.Unknown' not found in type library.\n"
-                  "    [Error] DeserializeOperator: failed to deserialize an operator of graph "
-                  "'Root'.\n");
-    EXPECT_THAT(dropped.err, HasSubstr("vantel: " + Data("dropped.json") + ": loading dropped 3 entries\n"));
+                  "  operators: 1\n  dropped: 2\n"
+                  "    parameter value 'Nope' in /Kept: ApplyParameterValues: parameter 'Nope' not found in "
+                  "operator 'Kept', its value is dropped.\n"
+                  "    operator 'Gone' in /: DeserializeOperator: type 'Nowhere.Unknown' not found in type "
+                  "library.\n");
+    EXPECT_THAT(dropped.err, HasSubstr("vantel: " + Data("dropped.json") + ": loading dropped 2 entries\n"));
 
     // The newer file's warning is a note about the version, not a dropped entry; format 2 cannot be read.
     struct Row {
@@ -269,6 +269,39 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     ASSERT_EQ(upgrade.code, 0) << upgrade.err;
     EXPECT_EQ(Host(temp, {"check", "once.json", "--plugin", kTestPlugin}).code, 0);
     EXPECT_EQ(Host(temp, {"upgrade", Data("broken.json"), "never.json"}).code, 1);
+
+    // Writing what a lossy load left, or over the input, takes --force; a refusal is one line and no file.
+    const auto vantelLines = [](const std::string& err) {
+        std::size_t count = err.starts_with("vantel: ") ? 1 : 0;
+        for (std::size_t at = err.find("\nvantel: "); at != std::string::npos;
+             at = err.find("\nvantel: ", at + 1)) {
+            ++count;
+        }
+        return count;
+    };
+    const Result lossy = Host(temp, {"upgrade", Data("dropped.json"), "lossy.json"});
+    EXPECT_EQ(lossy.code, 1);
+    EXPECT_THAT(lossy.err, HasSubstr("vantel: " + Data("dropped.json") +
+                                     ": loading dropped 2 entries, "
+                                     "lossy.json is not written; give --force to write what loaded\n"));
+    EXPECT_EQ(vantelLines(lossy.err), 1u);
+    EXPECT_FALSE(fs::exists(temp.path / "lossy.json"));
+    EXPECT_EQ(Host(temp, {"upgrade", Data("dropped.json"), "lossy.json", "--force"}).code, 0);
+    EXPECT_EQ(Host(temp, {"check", "lossy.json"}).code, 0);
+
+    fs::create_symlink(temp.path / "once.json", temp.path / "link.json");
+    const std::string original = ReadFile(temp.path / "once.json");
+    for (const std::string& out : std::initializer_list<std::string>{
+             "once.json", "./once.json", "../" + temp.path.filename().string() + "/once.json", "link.json"}) {
+        SCOPED_TRACE(out);
+        const Result same = Host(temp, {"upgrade", "once.json", out, "--plugin", kTestPlugin});
+        EXPECT_EQ(same.code, 2);
+        EXPECT_EQ(same.err,
+                  "vantel: OUT is the same file as IN (once.json); give --force to write over it\n");
+    }
+    EXPECT_EQ(ReadFile(temp.path / "once.json"), original);
+    EXPECT_EQ(Host(temp, {"upgrade", "once.json", "link.json", "--force", "--plugin", kTestPlugin}).code, 0);
+    EXPECT_EQ(ReadFile(temp.path / "once.json"), original);
 
     // Every operator that is outdated runs in the first frame (an empty graph never is), none after.
     const Result run = Host(temp, {"run", "once.json", "--frames", "5", "--fps", "30", "--plugin",

@@ -73,6 +73,7 @@
 
 #include <Vantel/Projects/BuildInfo.h>
 #include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/DroppedEntry.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/ProjectFileVersion.h>
 #include <Vantel/Projects/Record.h>

@@ -73,7 +73,7 @@ std::vector<ComponentLink> ReadLinks(const json& entry) {
 
 }  // namespace
 
-void DeserializeDataConnections(const json& connections, Graph& graph, Context&) {
+void DeserializeDataConnections(const json& connections, Graph& graph, Context& context) {
     for (const json& entry : Detail::AsArray(connections)) {
         std::string outputStorage;
         std::string inputStorage;
@@ -83,42 +83,48 @@ void DeserializeDataConnections(const json& connections, Graph& graph, Context&)
         Object* target = ResolveEndpoint(graph, inputText);
         auto* input = dynamic_cast<DataInput*>(target);
         auto* list = dynamic_cast<DataInputList*>(target);
+        const std::string description = Describe(outputText, inputText);
         if (output == nullptr || (input == nullptr && list == nullptr)) {
-            LogError("DeserializeDataConnections: could not resolve connection '" +
-                     Describe(outputText, inputText) + "', it is dropped.");
+            Detail::DropEntry(context, DroppedEntry::Kind::DataConnection, graph, description,
+                              "DeserializeDataConnections: could not resolve connection '" + description +
+                                  "', it is dropped.");
             continue;
         }
         const bool added = input != nullptr ? graph.AddDataConnection({output, input})
                                             : graph.AddDataConnection(*output, *list) != nullptr;
         if (!added) {
-            LogError("DeserializeDataConnections: failed to add connection '" +
-                     Describe(outputText, inputText) + "'.");
+            Detail::DropEntry(context, DroppedEntry::Kind::DataConnection, graph, description,
+                              "DeserializeDataConnections: failed to add connection '" + description + "'.");
         }
     }
 }
 
-void DeserializeParameterConnections(const json& connections, Graph& graph, Context&) {
+void DeserializeParameterConnections(const json& connections, Graph& graph, Context& context) {
     for (const json& entry : Detail::AsArray(connections)) {
         std::string outputStorage;
         std::string inputStorage;
         const std::string& outputText = Detail::StringField(entry, "output", outputStorage);
         const std::string& inputText = Detail::StringField(entry, "input", inputStorage);
+        const std::string description = Describe(outputText, inputText);
         std::vector<ComponentLink> links = ReadLinks(entry);
         if (links.empty()) {
-            LogError("DeserializeParameterConnections: connection '" + Describe(outputText, inputText) +
-                     "' has no links, it is dropped.");
+            Detail::DropEntry(context, DroppedEntry::Kind::ParameterConnection, graph, description,
+                              "DeserializeParameterConnections: connection '" + description +
+                                  "' has no links, it is dropped.");
             continue;
         }
         auto* source = dynamic_cast<Parameter*>(ResolveEndpoint(graph, outputText));
         auto* target = dynamic_cast<Parameter*>(ResolveEndpoint(graph, inputText));
         if (source == nullptr || target == nullptr) {
-            LogError("DeserializeParameterConnections: could not resolve connection '" +
-                     Describe(outputText, inputText) + "', it is dropped.");
+            Detail::DropEntry(context, DroppedEntry::Kind::ParameterConnection, graph, description,
+                              "DeserializeParameterConnections: could not resolve connection '" +
+                                  description + "', it is dropped.");
             continue;
         }
         if (!graph.AddParameterConnection({source, target, std::move(links)}, false)) {
-            LogError("DeserializeParameterConnections: failed to add connection '" +
-                     Describe(outputText, inputText) + "'.");
+            Detail::DropEntry(
+                context, DroppedEntry::Kind::ParameterConnection, graph, description,
+                "DeserializeParameterConnections: failed to add connection '" + description + "'.");
         }
     }
 }

@@ -2,6 +2,7 @@
 #include <Vantel/Projects/Deserialization.h>
 
 #include <algorithm>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -20,6 +21,7 @@ class Context::Implementation {
 public:
     struct DeferredValue {
         Ptr<Parameter> parameter;
+        std::string key;  // to name the value should the parameter go away
         nlohmann::json value;
     };
     struct StoredValue {
@@ -49,7 +51,9 @@ public:
         for (DeferredValue& deferred : std::exchange(references, {})) {
             Parameter* parameter = deferred.parameter.Get();
             if (parameter == nullptr) {
-                LogError("Context::ResolveReferences: Parameter pointer is null.");
+                static const std::string reason = "Context::ResolveReferences: Parameter pointer is null.";
+                LogError(reason);
+                dropped.push_back({DroppedEntry::Kind::ParameterValue, {}, deferred.key, reason});
                 continue;
             }
             parameter->DeserializeValue(deferred.value);
@@ -86,16 +90,32 @@ public:
                 Detail::ApplyEntry(*op, scope != nullptr ? *scope : op->GetParameterGroup(), value.index,
                                    value.entry, context, Detail::References::Apply, missing);
             }
-            if (!missing.empty()) {
-                LogWarning("Context::ResolveReferences: some stored values of operator '" + op->GetName() +
-                           "' did not match a member and are dropped.");
+            if (missing.empty()) {
+                continue;
+            }
+            const std::string reason = "Context::ResolveReferences: some stored values of operator '" +
+                                       op->GetName() + "' did not match a member and are dropped.";
+            LogWarning(reason);
+            for (const Detail::Unmatched& entry : missing) {
+                ParameterGroup* scope = entry.scope.Get();
+                dropped.push_back({Detail::KindOf(entry),
+                                   Ptr<Object>(scope != nullptr ? static_cast<Object*>(scope) : op),
+                                   Detail::KeyOf(entry), reason});
             }
         }
     }
 
+    struct Dropped {
+        DroppedEntry::Kind kind;
+        Ptr<Object> owner;
+        std::string key;
+        std::string reason;
+    };
+
     std::vector<DeferredValue> references;
     std::vector<StoredValue> stored;
     std::vector<DeferredConnections> graphs;
+    std::vector<Dropped> dropped;
     bool entriesInPlace = false;
 };
 
@@ -108,7 +128,7 @@ Context::Context(Context&&) noexcept = default;
 Context& Context::operator=(Context&&) noexcept = default;
 
 void Context::DeferReferenceValue(Parameter& parameter, nlohmann::json value) {
-    implementation->references.push_back({Ptr<Parameter>(&parameter), std::move(value)});
+    implementation->references.push_back({Ptr<Parameter>(&parameter), parameter.GetKey(), std::move(value)});
 }
 
 bool Context::HasDeferredStructuralValue(const Operator& op) const {
@@ -145,10 +165,21 @@ void Context::ResolveReferences() {
     for (const Implementation::DeferredConnections& deferred : graphs) {
         if (Graph* graph = deferred.graph.Get()) {
             for (Operator* op : std::vector<Operator*>(graph->GetOperators())) {
-                PruneOrphanListInputs(*op);
+                Detail::PruneListInputs(*op, this);
             }
         }
     }
+}
+
+std::vector<DroppedEntry> Context::GetDroppedEntries() const {
+    std::vector<DroppedEntry> entries;
+    entries.reserve(implementation->dropped.size());
+    for (const Implementation::Dropped& dropped : implementation->dropped) {
+        Object* owner = dropped.owner.Get();
+        entries.push_back({dropped.kind, owner != nullptr ? owner->GetPath().ToString() : std::string(),
+                           dropped.key, dropped.reason});
+    }
+    return entries;
 }
 
 namespace Detail {
@@ -166,6 +197,17 @@ void ContextAccess::DeferConnections(Context& context, Graph& graph, const nlohm
     }
     implementation.graphs.push_back(
         {Ptr<Graph>(&graph), nullptr, nullptr, &dataConnections, &parameterConnections});
+}
+
+void ContextAccess::NoteDropped(Context& context, DroppedEntry::Kind kind, Object* owner, std::string key,
+                                std::string reason) {
+    context.implementation->dropped.push_back({kind, Ptr<Object>(owner), std::move(key), std::move(reason)});
+}
+
+void DropEntry(Context& context, DroppedEntry::Kind kind, Object& owner, std::string key,
+               std::string reason) {
+    LogError(reason);
+    ContextAccess::NoteDropped(context, kind, &owner, std::move(key), std::move(reason));
 }
 
 }  // namespace Detail

@@ -2,7 +2,9 @@
 #include <Vantel/Projects/Deserialization.h>
 
 #include <array>
+#include <limits>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <glm/vec2.hpp>
@@ -41,25 +43,74 @@ std::unique_ptr<T> CreateAs(const ObjectType& type) {
     return std::unique_ptr<T>(typed);
 }
 
-// The creating half shared by parameters and ports; `function` names the caller in the messages.
+// The creating half shared by parameters and ports; `function` names the caller in the messages. Null with
+// the reason in `failure`, not logged: the caller decides how the loss is reported.
 template <typename T>
-std::unique_ptr<T> CreateFromEntry(const json& entry, const std::string& function) {
+std::unique_ptr<T> CreateFromEntry(const json& entry, const std::string& function, std::string& failure) {
     if (!entry.is_object() || !entry.contains("type")) {
-        LogError(function + ": expected a JSON object with a 'type' field.");
+        failure = function + ": expected a JSON object with a 'type' field.";
         return nullptr;
     }
     const auto& typeName = entry.at("type").get_ref<const std::string&>();
     const ObjectType* type = TypeLibrary::Get()->GetType(typeName);
     if (type == nullptr) {
-        LogError(function + ": type '" + typeName + "' not found in type library.");
+        failure = function + ": type '" + typeName + "' not found in type library.";
         return nullptr;
     }
     std::unique_ptr<T> made = CreateAs<T>(*type);
     if (made == nullptr) {
-        LogError(function + ": failed to create instance of type '" + typeName + "'.");
-        return nullptr;
+        failure = function + ": failed to create instance of type '" + typeName + "'.";
     }
     return made;
+}
+
+// A new member of the entry's type, filled from the entry; null with the reason in `failure`.
+template <typename T>
+std::unique_ptr<T> CreateMember(const json& entry, const std::string& function, Context& context,
+                                std::string& failure) {
+    std::unique_ptr<T> made = CreateFromEntry<T>(entry, function, failure);
+    if (made == nullptr) {
+        return nullptr;
+    }
+    if constexpr (std::is_same_v<T, Parameter>) {
+        DeserializeParameter(entry, *made, context);
+    } else if constexpr (std::is_same_v<T, DataInput>) {
+        DeserializeDataInput(entry, *made, context);
+    } else {
+        DeserializeDataOutput(entry, *made, context);
+    }
+    return made;
+}
+
+template <typename T>
+std::unique_ptr<T> CreateMemberOrLog(const json& entry, const std::string& function, Context& context) {
+    std::string failure;
+    std::unique_ptr<T> made = CreateMember<T>(entry, function, context, failure);
+    if (made == nullptr) {
+        LogError(failure);
+    }
+    return made;
+}
+
+// [x, y], where null stands for a coordinate that JSON has no number for (NaN, the infinities): the writer
+// puts null there, so every saved position reads back. Anything else is dropped and the operator keeps its
+// default place.
+void ApplyPosition(Operator& op, const json& entry, Context& context) {
+    const auto position = entry.find("position");
+    if (position == entry.end()) {
+        return;
+    }
+    const auto coordinate = [](const json& value) {
+        return value.is_null() ? std::numeric_limits<float>::quiet_NaN() : value.get<float>();
+    };
+    const auto fits = [](const json& value) { return value.is_null() || value.is_number(); };
+    if (!position->is_array() || position->size() != 2 || !fits((*position)[0]) || !fits((*position)[1])) {
+        Detail::DropEntry(context, DroppedEntry::Kind::Position, op, "position",
+                          "DeserializeOperator: the position of operator '" + op.GetName() +
+                              "' is not two numbers, it is dropped.");
+        return;
+    }
+    op.SetPosition(glm::vec2(coordinate((*position)[0]), coordinate((*position)[1])));
 }
 
 // An attached object's key is its identity, so only a detached one takes the stored key.
@@ -99,8 +150,9 @@ void CreateListInputs(Operator& op, const json& entry, Context& context) {
         const std::string key = Detail::KeyOf(item);
         DataInputList* list = FindList(op, key);
         if (list == nullptr) {
-            LogError("CreateListInputs: data input list '" + key + "' not found in operator '" +
-                     op.GetName() + "', its inputs are dropped.");
+            Detail::DropEntry(context, DroppedEntry::Kind::ListInputs, op, key,
+                              "CreateListInputs: data input list '" + key + "' not found in operator '" +
+                                  op.GetName() + "', its inputs are dropped.");
             continue;
         }
         for (const json& inputEntry : Detail::AsArray(item.at("inputs"))) {
@@ -129,32 +181,44 @@ void CreateAddedMembers(Operator& op, const json& entry, Context& context) {
             if (!item.is_object() || !item.contains("type")) {
                 continue;
             }
+            const std::string key = Detail::KeyOf(item);
             if (graph == nullptr) {
-                LogError("CreateAddedMembers: operator '" + op.GetName() +
-                         "' is not a graph, the added entry '" + Detail::KeyOf(item) + "' in \"" +
-                         sectionKey + "\" is dropped.");
+                Detail::DropEntry(context, DroppedEntry::Kind::AddedMember, op, key,
+                                  "CreateAddedMembers: operator '" + op.GetName() +
+                                      "' is not a graph, the added entry '" + key + "' in \"" + sectionKey +
+                                      "\" is dropped.");
                 continue;
             }
+            std::string failure;
             if (sectionKey == "dataInputs") {
-                if (std::unique_ptr<DataInput> input = DeserializeDataInput(item, context)) {
+                if (auto input = CreateMember<DataInput>(item, "DeserializeDataInput", context, failure)) {
                     graph->AddUserDataInput(std::move(input));
                 }
             } else if (sectionKey == "dataOutputs") {
-                if (std::unique_ptr<DataOutput> output = DeserializeDataOutput(item, context)) {
+                if (auto output = CreateMember<DataOutput>(item, "DeserializeDataOutput", context, failure)) {
                     graph->AddUserDataOutput(std::move(output));
                 }
-            } else if (std::unique_ptr<Parameter> parameter = DeserializeParameter(item, context)) {
+            } else if (auto parameter =
+                           CreateMember<Parameter>(item, "DeserializeParameter", context, failure)) {
                 AddUserParameter(*graph, std::move(parameter));
+            }
+            if (!failure.empty()) {
+                Detail::DropEntry(context, DroppedEntry::Kind::AddedMember, op, key, failure);
             }
         }
     }
 }
 
+std::unique_ptr<Operator> BuildOperator(const json& entry, Context& context, std::string& failure);
+
 // The graph's operators in file order; its connections wait until every operator of the load exists.
 void BuildGraph(Graph& graph, const json& entry, Context& context) {
     for (const json& child : Detail::ArrayAt(entry, "operators")) {
-        std::unique_ptr<Operator> op = DeserializeOperator(child, context);
+        std::string failure;
+        std::unique_ptr<Operator> op = BuildOperator(child, context, failure);
         if (op == nullptr) {
+            // The specific reason is what the host is shown; the second line names the graph that lost it.
+            Detail::DropEntry(context, DroppedEntry::Kind::Operator, graph, Detail::KeyOf(child), failure);
             LogError("DeserializeOperator: failed to deserialize an operator of graph '" + graph.GetName() +
                      "'.");
             continue;
@@ -165,27 +229,26 @@ void BuildGraph(Graph& graph, const json& entry, Context& context) {
                                             Detail::ArrayAt(entry, "parameterConnections"));
 }
 
-}  // namespace
-
-std::unique_ptr<Operator> DeserializeOperator(const json& entry, Context& context) {
+// DeserializeOperator, with the reason for a null result in `failure` instead of the log.
+std::unique_ptr<Operator> BuildOperator(const json& entry, Context& context, std::string& failure) {
     if (!entry.is_object()) {
-        LogError("DeserializeOperator: expected a JSON object.");
+        failure = "DeserializeOperator: expected a JSON object.";
         return nullptr;
     }
     const auto typeEntry = entry.find("type");
     if (typeEntry == entry.end()) {
-        LogError("DeserializeOperator: an operator entry has no \"type\", it is dropped.");
+        failure = "DeserializeOperator: an operator entry has no \"type\", it is dropped.";
         return nullptr;
     }
     const auto& typeName = typeEntry->get_ref<const std::string&>();
     const ObjectType* type = TypeLibrary::Get()->GetType(typeName);
     if (type == nullptr || !type->Inherits(Operator::Type())) {
-        LogError("DeserializeOperator: type '" + typeName + "' not found in type library.");
+        failure = "DeserializeOperator: type '" + typeName + "' not found in type library.";
         return nullptr;
     }
     std::unique_ptr<Operator> op = CreateAs<Operator>(*type);
     if (op == nullptr) {
-        LogError("DeserializeOperator: failed to create instance of type '" + typeName + "'.");
+        failure = "DeserializeOperator: failed to create instance of type '" + typeName + "'.";
         return nullptr;
     }
 
@@ -195,9 +258,7 @@ std::unique_ptr<Operator> DeserializeOperator(const json& entry, Context& contex
     if (const auto name = entry.find("name"); name != entry.end()) {
         op->SetName(name->get<std::string>());
     }
-    if (const auto position = entry.find("position"); position != entry.end()) {
-        op->SetPosition(glm::vec2(position->at(0).get<float>(), position->at(1).get<float>()));
-    }
+    ApplyPosition(*op, entry, context);
     CreateListInputs(*op, entry, context);
     CreateAddedMembers(*op, entry, context);
     ApplyParameterValues(*op, entry, context);
@@ -207,28 +268,27 @@ std::unique_ptr<Operator> DeserializeOperator(const json& entry, Context& contex
     return op;
 }
 
-std::unique_ptr<Parameter> DeserializeParameter(const json& entry, Context& context) {
-    std::unique_ptr<Parameter> parameter = CreateFromEntry<Parameter>(entry, "DeserializeParameter");
-    if (parameter != nullptr) {
-        DeserializeParameter(entry, *parameter, context);
+}  // namespace
+
+std::unique_ptr<Operator> DeserializeOperator(const json& entry, Context& context) {
+    std::string failure;
+    std::unique_ptr<Operator> op = BuildOperator(entry, context, failure);
+    if (op == nullptr) {
+        LogError(failure);
     }
-    return parameter;
+    return op;
+}
+
+std::unique_ptr<Parameter> DeserializeParameter(const json& entry, Context& context) {
+    return CreateMemberOrLog<Parameter>(entry, "DeserializeParameter", context);
 }
 
 std::unique_ptr<DataInput> DeserializeDataInput(const json& entry, Context& context) {
-    std::unique_ptr<DataInput> input = CreateFromEntry<DataInput>(entry, "DeserializeDataInput");
-    if (input != nullptr) {
-        DeserializeDataInput(entry, *input, context);
-    }
-    return input;
+    return CreateMemberOrLog<DataInput>(entry, "DeserializeDataInput", context);
 }
 
 std::unique_ptr<DataOutput> DeserializeDataOutput(const json& entry, Context& context) {
-    std::unique_ptr<DataOutput> output = CreateFromEntry<DataOutput>(entry, "DeserializeDataOutput");
-    if (output != nullptr) {
-        DeserializeDataOutput(entry, *output, context);
-    }
-    return output;
+    return CreateMemberOrLog<DataOutput>(entry, "DeserializeDataOutput", context);
 }
 
 void DeserializeParameter(const json& entry, Parameter& parameter, Context& context) {
@@ -272,6 +332,10 @@ bool RestoreOwnStructure(Operator& op, const json& structure, Context& context) 
 }
 
 void PruneOrphanListInputs(Operator& op) {
+    Detail::PruneListInputs(op, nullptr);
+}
+
+void Detail::PruneListInputs(Operator& op, Context* context) {
     for (const DataInputSlot& slot : std::vector<DataInputSlot>(op.GetAllDataInputSlots())) {
         DataInputList* const* list = std::get_if<DataInputList*>(&slot);
         if (list == nullptr) {
@@ -281,11 +345,16 @@ void PruneOrphanListInputs(Operator& op) {
             if (input->IsConnected()) {
                 continue;
             }
-            LogWarning("PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" +
-                       (*list)->GetKey() + "' in operator '" + op.GetName() +
-                       "' has no connection and is removed. The file lost the connection to it, or the "
-                       "connection could not be made (see the error above it); connecting the source again "
-                       "recreates the input.");
+            std::string reason = "PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" +
+                                 (*list)->GetKey() + "' in operator '" + op.GetName() +
+                                 "' has no connection and is removed. The file lost the connection to it, or "
+                                 "the connection could not be made (see the error above it); connecting the "
+                                 "source again recreates the input.";
+            LogWarning(reason);
+            if (context != nullptr) {
+                ContextAccess::NoteDropped(*context, DroppedEntry::Kind::ListInput, &op,
+                                           (*list)->GetKey() + "/" + input->GetKey(), std::move(reason));
+            }
             Access::GetImplementation(**list)->RemoveInput(input);
         }
     }

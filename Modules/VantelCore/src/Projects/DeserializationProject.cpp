@@ -61,6 +61,7 @@ std::unique_ptr<Project> DeserializeProject(const nlohmann::json& document) {
 
     auto project = std::make_unique<Project>();
     project->SetRootGraph(std::move(rootGraph));
+    Detail::ProjectAccess::SetDroppedEntries(*project, context.GetDroppedEntries());
     return project;
 }
 

@@ -11,12 +11,15 @@
 #include <Vantel/Objects/Ptr.h>
 #include <Vantel/Parameters/ParameterGroup.h>
 #include <Vantel/Projects/Deserialization.h>
+#include <Vantel/Projects/DroppedEntry.h>
 
 namespace Vantel {
 
 class Graph;
+class Object;
 class Operator;
 class Parameter;
+class Project;
 
 namespace Deserialization::Detail {
 
@@ -39,7 +42,18 @@ struct ContextAccess {
     // Context::DeferConnections, copying the arrays only when the entries are not read in place.
     static void DeferConnections(Context& context, Graph& graph, const nlohmann::json& dataConnections,
                                  const nlohmann::json& parameterConnections);
+    // Notes an entry as dropped; the caller has logged the reason. A null owner is one that went away.
+    static void NoteDropped(Context& context, DroppedEntry::Kind kind, Object* owner, std::string key,
+                            std::string reason);
 };
+
+// What the loader needs of a Project beyond its public calls.
+struct ProjectAccess {
+    static void SetDroppedEntries(Project& project, std::vector<DroppedEntry> entries);
+};
+
+// Logs `reason` as an error and notes the entry as dropped from `owner`.
+void DropEntry(Context& context, DroppedEntry::Kind kind, Object& owner, std::string key, std::string reason);
 
 // What to do with a value that names other objects.
 enum class References {
@@ -47,22 +61,30 @@ enum class References {
     Apply,  // once every object exists
 };
 
-// A parameter entry with a value that found no member: where it was looked for, and the entry.
+// A stored entry that found no member (a parameter value, a group or a bundle list): where it was looked
+// for, and the entry.
 struct Unmatched {
     Ptr<ParameterGroup> scope;
     std::size_t index = 0;
     nlohmann::json entry;
 };
 
+// The kind, the key and the logged reason with which an unmatched entry of `op` is dropped.
+DroppedEntry::Kind KindOf(const Unmatched& unmatched);
+std::string KeyOf(const Unmatched& unmatched);
+std::string DropReason(const Operator& op, const Unmatched& unmatched);
+
 void ApplyValue(Parameter& parameter, const nlohmann::json& value, Context& context, References references);
-// Applies the entry at `index` of a stored scope to `scope` of `op`. A parameter value without member is
-// added to `unmatched`; a bundle list or a group without member is reported at once.
+// Applies the entry at `index` of a stored scope to `scope` of `op`. A parameter value, bundle list or group
+// without member is added to `unmatched`: a rebuild of the operator may still make it.
 void ApplyEntry(Operator& op, ParameterGroup& scope, std::size_t index, const nlohmann::json& entry,
                 Context& context, References references, std::vector<Unmatched>& unmatched);
 void ApplyScope(Operator& op, ParameterGroup& scope, const nlohmann::json& entries, Context& context,
                 References references, std::vector<Unmatched>& unmatched);
 // Marks the operator's structure dirty and rebuilds it.
 void RebuildStructure(Operator& op);
+// PruneOrphanListInputs, noting each removed input in `context` when there is one.
+void PruneListInputs(Operator& op, Context* context);
 
 }  // namespace Deserialization::Detail
 }  // namespace Vantel

@@ -33,11 +33,9 @@ ParameterNode* FindMember(ParameterGroup& scope, std::size_t index, const std::s
 
 void ApplyBundles(Operator& op, ParameterGroup& scope, std::size_t index, const json& entry, Context& context,
                   Detail::References references, std::vector<Detail::Unmatched>& unmatched) {
-    const std::string key = Detail::KeyOf(entry);
-    auto* list = dynamic_cast<ParameterBundleList*>(FindMember(scope, index, key));
+    auto* list = dynamic_cast<ParameterBundleList*>(FindMember(scope, index, Detail::KeyOf(entry)));
     if (list == nullptr) {
-        LogError("CreateBundles: bundle list '" + key + "' not found in operator '" + op.GetName() +
-                 "', its bundles are dropped.");
+        unmatched.push_back({Ptr<ParameterGroup>(&scope), index, entry});
         return;
     }
     for (ParameterBundle* bundle : list->GetBundles()) {
@@ -60,8 +58,7 @@ void ApplyGroup(Operator& op, ParameterGroup& scope, std::size_t index, const js
     ParameterNode* child = scope.GetChild(index);
     auto* group = dynamic_cast<ParameterGroup*>(child);
     if (group == nullptr || dynamic_cast<ParameterBundleList*>(child) != nullptr) {
-        LogError("ApplyParameterValues: scope '" + std::to_string(index) + "' not found in operator '" +
-                 op.GetName() + "', its values are dropped.");
+        unmatched.push_back({Ptr<ParameterGroup>(&scope), index, entry});
         return;
     }
     Detail::ApplyScope(op, *group, entry, context, references, unmatched);
@@ -101,6 +98,34 @@ const std::string& StringField(const json& entry, const char* key, std::string& 
     }
     storage = entry.value(key, std::string());
     return storage;
+}
+
+DroppedEntry::Kind KindOf(const Unmatched& unmatched) {
+    if (unmatched.entry.is_array()) {
+        return DroppedEntry::Kind::ParameterScope;
+    }
+    return unmatched.entry.contains("bundles") ? DroppedEntry::Kind::BundleList
+                                               : DroppedEntry::Kind::ParameterValue;
+}
+
+std::string KeyOf(const Unmatched& unmatched) {
+    // A group is stored without key: its position is all that names it.
+    return unmatched.entry.is_array() ? std::to_string(unmatched.index) : KeyOf(unmatched.entry);
+}
+
+std::string DropReason(const Operator& op, const Unmatched& unmatched) {
+    const std::string key = KeyOf(unmatched);
+    switch (KindOf(unmatched)) {
+        case DroppedEntry::Kind::ParameterScope:
+            return "ApplyParameterValues: scope '" + key + "' not found in operator '" + op.GetName() +
+                   "', its values are dropped.";
+        case DroppedEntry::Kind::BundleList:
+            return "CreateBundles: bundle list '" + key + "' not found in operator '" + op.GetName() +
+                   "', its bundles are dropped.";
+        default:
+            return "ApplyParameterValues: parameter '" + key + "' not found in operator '" + op.GetName() +
+                   "', its value is dropped.";
+    }
 }
 
 void ApplyValue(Parameter& parameter, const json& value, Context& context, References references) {
@@ -188,8 +213,10 @@ void ApplyParameterValues(Operator& op, const json& entry, Context& context) {
         return;
     }
     for (const Detail::Unmatched& entryLeft : missing) {
-        LogError("ApplyParameterValues: parameter '" + Detail::KeyOf(entryLeft.entry) +
-                 "' not found in operator '" + op.GetName() + "', its value is dropped.");
+        ParameterGroup* scope = entryLeft.scope.Get();
+        Detail::DropEntry(context, Detail::KindOf(entryLeft),
+                          scope != nullptr ? static_cast<Object&>(*scope) : static_cast<Object&>(op),
+                          Detail::KeyOf(entryLeft), Detail::DropReason(op, entryLeft));
     }
 }
 

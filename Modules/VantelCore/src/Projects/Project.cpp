@@ -11,6 +11,7 @@
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Projects/DeserializationSupport.h"
 #include "Support/FileReplacement.h"
 
 namespace Vantel {
@@ -29,6 +30,7 @@ class Project::Implementation {
 public:
     std::unique_ptr<Graph> rootGraph;
     ProjectFileVersion fileVersion;
+    std::vector<DroppedEntry> droppedEntries;
 };
 
 Project::Project() : implementation(std::make_unique<Implementation>()) {
@@ -95,11 +97,21 @@ bool Project::Deserialize(const std::string& path) {
         return false;
     }
     implementation->rootGraph = std::move(loaded->implementation->rootGraph);
+    implementation->droppedEntries = std::move(loaded->implementation->droppedEntries);
     return true;
 }
 
 const ProjectFileVersion& Project::GetFileVersion() const {
     return implementation->fileVersion;
+}
+
+const std::vector<DroppedEntry>& Project::GetDroppedEntries() const {
+    return implementation->droppedEntries;
+}
+
+void Deserialization::Detail::ProjectAccess::SetDroppedEntries(Project& project,
+                                                               std::vector<DroppedEntry> entries) {
+    project.implementation->droppedEntries = std::move(entries);
 }
 
 }  // namespace Vantel

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -341,6 +342,17 @@ void WriteParameterConnections(Writer& writer, const ParameterConnectionMap& con
     writer.EndArray();
 }
 
+// JSON has no number for NaN or the infinities; null, which the text would print anyway, is also what the
+// tree holds then, so that both forms compare equal to what a load of them gives back.
+template <typename Writer>
+void WriteCoordinate(Writer& writer, float coordinate) {
+    if (std::isfinite(coordinate)) {
+        writer.Float(coordinate);
+    } else {
+        writer.Null();
+    }
+}
+
 template <typename Writer>
 void WriteOperator(Writer& writer, const Operator& op) {
     const auto* graph = dynamic_cast<const Graph*>(&op);
@@ -373,8 +385,8 @@ void WriteOperator(Writer& writer, const Operator& op) {
     WriteParameterScope(writer, op.GetParameterGroup());
     writer.Key("position");
     writer.BeginArray(2);
-    writer.Float(op.GetPosition().x);
-    writer.Float(op.GetPosition().y);
+    WriteCoordinate(writer, op.GetPosition().x);
+    WriteCoordinate(writer, op.GetPosition().y);
     writer.EndArray();
     writer.Key("type");
     writer.String(op.GetType()->GetName());

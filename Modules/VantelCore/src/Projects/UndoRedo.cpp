@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
@@ -391,13 +392,105 @@ bool Replay(Project& project, const std::vector<Record>& records, Direction dire
     return result;
 }
 
+// The length of the well-formed UTF-8 sequence at the start of `text` (the JSON library's rules: no overlong
+// forms, no surrogates, nothing above U+10FFFF); 0 when the first byte starts none.
+std::size_t Utf8SequenceLength(std::string_view text) {
+    const auto byte = [&text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
+    const unsigned char lead = byte(0);
+    if (lead < 0x80) {
+        return 1;
+    }
+    std::size_t length = 0;
+    unsigned char low = 0x80;
+    unsigned char high = 0xBF;  // the range of the second byte; later ones are always 80..BF
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        low = lead == 0xE0 ? 0xA0 : 0x80;
+        high = lead == 0xED ? 0x9F : 0xBF;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        low = lead == 0xF0 ? 0x90 : 0x80;
+        high = lead == 0xF4 ? 0x8F : 0xBF;
+    } else {
+        return 0;
+    }
+    if (text.size() < length || byte(1) < low || byte(1) > high) {
+        return 0;
+    }
+    for (std::size_t index = 2; index < length; ++index) {
+        if (byte(index) < 0x80 || byte(index) > 0xBF) {
+            return 0;
+        }
+    }
+    return length;
+}
+
+// `text` with each byte that is not part of well-formed UTF-8 written as \xNN; with `asJson`, the rest is
+// escaped as the JSON library escapes string content.
+std::string Readable(std::string_view text, bool asJson) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string result;
+    std::size_t start = 0;
+    const auto flush = [&](std::size_t end) {
+        if (end == start) {
+            return;
+        }
+        const std::string_view run = text.substr(start, end - start);
+        if (!asJson) {
+            result += run;
+            return;
+        }
+        const std::string quoted = json(run).dump();
+        result.append(quoted, 1, quoted.size() - 2);
+    };
+    for (std::size_t index = 0; index < text.size();) {
+        const std::size_t length = Utf8SequenceLength(text.substr(index));
+        if (length > 0) {
+            index += length;
+            continue;
+        }
+        flush(index);
+        const auto byte = static_cast<unsigned char>(text[index]);
+        result += "\\x";
+        result += kDigits[byte >> 4];
+        result += kDigits[byte & 0x0F];
+        start = ++index;
+    }
+    flush(text.size());
+    return result;
+}
+
+// What dump() prints, but a string that is not UTF-8 shows its bad bytes instead of throwing.
+std::string Shown(const json& value) {
+    if (value.is_string()) {
+        return '"' + Readable(value.get_ref<const std::string&>(), true) + '"';
+    }
+    if (value.is_array()) {
+        std::string text = "[";
+        for (const json& element : value) {
+            text += (text.size() > 1 ? "," : "") + Shown(element);
+        }
+        return text + "]";
+    }
+    if (value.is_object()) {
+        std::string text = "{";
+        for (const auto& [key, element] : value.items()) {
+            text += (text.size() > 1 ? ",\"" : "\"") + Readable(key, true) + "\":" + Shown(element);
+        }
+        return text + "}";
+    }
+    return value.dump();
+}
+
 std::string Presented(Presence presence) {
     return presence == Presence::Added ? "Add" : "Remove";
 }
 
 struct Describer {
     std::string operator()(const ParameterValueRecord& record) const {
-        return "Set " + record.path.ToString() + " to " + record.next.dump();
+        return "Set " + record.path.ToString() + " to " + Shown(record.next);
     }
     std::string operator()(const ParameterComponentRecord& record) const {
         return "Set component " + std::to_string(record.component) + " of " + record.path.ToString() +
@@ -450,7 +543,7 @@ struct Describer {
         return "Move parameter " + record.path.ToString() + " to index " + std::to_string(record.nextIndex);
     }
     std::string operator()(const CompoundRecord& record) const {
-        return "Set " + record.path.ToString() + " to " + record.next.dump() + " and rebuild (" +
+        return "Set " + record.path.ToString() + " to " + Shown(record.next) + " and rebuild (" +
                std::to_string(record.nested.size()) + " nested)";
     }
 };
@@ -468,7 +561,8 @@ bool UndoTransaction(Project& project, const CommittedTransaction& transaction) 
 }
 
 std::string DescribeRecord(const Record& record) {
-    return std::visit(Describer{}, record);
+    // Names and keys go in as they are; a host shows the line in menus, so it must be UTF-8 throughout.
+    return Readable(std::visit(Describer{}, record), false);
 }
 
 }  // namespace Vantel

@@ -4,11 +4,17 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Path.h>
+#include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterBundleList.h>
 #include <Vantel/Projects/BuildInfo.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
@@ -101,7 +107,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     Testing::RegisterProjectTestTypes();
     const json document = json::parse(std::string("{") + kVersion + R"(, "root": {
         "type": "Vantel.General.Graph", "key": "Project [abc]", "name": "Root", "operators": [
-            {"type": "Vantel.Test.Source", "key": "Source", "name": "Source",
+            {"type": "Vantel.Test.Source", "key": "Source", "name": "Source", "position": [1, "x"],
              "parameters": [{"key": "Value", "value": 4.0}, {"key": "Nope", "value": 3}]},
             {"type": "Vantel.Test.Gone", "key": "Gone", "name": "Gone"},
             {"type": "Vantel.Test.Mixer", "key": "Mixer", "name": "Mixer",
@@ -122,6 +128,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     ASSERT_NE(project, nullptr);
     EXPECT_EQ(
         log.Text(),
+        "[Error] DeserializeOperator: the position of operator 'Source' is not two numbers, it is dropped.\n"
         "[Error] ApplyParameterValues: parameter 'Nope' not found in operator 'Source', its value is "
         "dropped.\n"
         "[Error] DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.\n"
@@ -158,6 +165,87 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     EXPECT_EQ(mixer.layers.GetInput(1)->GetConnection().output, &source.out);
     EXPECT_EQ(copy.model.Value(), &source);
     EXPECT_NE(copy.GetParameterGroup().FindParameter("Value"), nullptr);
+
+    // The same losses for the host, one entry per item, each owned by the object it belonged to.
+    using Kind = DroppedEntry::Kind;
+    const std::pair<Kind, std::string> expected[] = {
+        {Kind::Position, "/Source: position"},
+        {Kind::ParameterValue, "/Source: Nope"},
+        {Kind::Operator, "/: Gone"},
+        {Kind::ListInputs, "/Mixer: Ghost"},
+        {Kind::AddedMember, "/Mixer: Extra"},
+        {Kind::BundleList, "/Mixer: Missing"},
+        {Kind::ParameterValue, "/Copy: Bogus"},
+        {Kind::DataConnection, "/: Source/Out -> Mixer/Layers/A"},
+        {Kind::DataConnection, "/: Gone/Out -> Mixer/Layers/B"},
+        {Kind::ParameterConnection, "/: Gone/Result -> Mixer/Mix"},
+        {Kind::ParameterConnection, "/: Source/Value -> Mixer/Mix"},
+        {Kind::ListInput, "/Mixer: Layers/B"},
+    };
+    const std::vector<DroppedEntry>& dropped = project->GetDroppedEntries();
+    ASSERT_EQ(dropped.size(), std::size(expected));
+    for (std::size_t i = 0; i < dropped.size(); ++i) {
+        SCOPED_TRACE(expected[i].second);
+        EXPECT_EQ(dropped[i].kind, expected[i].first);
+        EXPECT_EQ(dropped[i].owner + ": " + dropped[i].key, expected[i].second);
+        EXPECT_NE(log.Text().find(dropped[i].reason + "\n"), std::string::npos);
+    }
+    EXPECT_EQ(dropped[2].reason, "DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.");
+}
+
+// Structural through a plain value: a positive "Stages" makes the bundle list "Steps", whose bundles hold a
+// "Gain", so the list's stored bundles find it only once the operator was rebuilt.
+class StagedOperator : public Operator {
+public:
+    NumberParameter stages{this, "Stages", 0.0};
+
+    StagedOperator() { stages.SetParameterFlag(ParameterFlag::Structural, true); }
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.Staged", Operator::Type(), MakeFactory<StagedOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+    std::unique_ptr<ParameterBundleList> steps;
+
+protected:
+    void UpdateStructure() override {
+        if (stages.Value() > 0.0 && steps == nullptr) {
+            steps = std::make_unique<ParameterBundleList>(
+                this, "Steps", BundleHandlers{.created = [](ParameterBundle& step) {
+                    step.Add(std::make_unique<NumberParameter>(nullptr, "Gain"));
+                }});
+        }
+    }
+};
+
+TEST(Loader, ValuesOfMembersThatAStructuralValueCreatesAreRestored) {
+    Testing::RegisterProjectTestTypes();
+    static const bool registered = (TypeLibrary::Get()->RegisterType(StagedOperator::Type()), true);
+    static_cast<void>(registered);
+    const auto load = [](const char* stages) {
+        return Deserialization::DeserializeProject(json::parse(std::string("{") + kVersion + R"(, "root": {
+            "type": "Vantel.General.Graph", "operators": [{"type": "Vantel.Test.Staged", "key": "Staged",
+            "name": "Staged", "parameters": [{"key": "Stages", "value": )" +
+                                                               stages + R"(}, {"key": "Steps",
+            "bundles": [{"key": "A", "kind": "Step", "parameters": [{"key": "Gain", "value": 0.5}]}]}]}]}})"));
+    };
+    LogCapture log;
+    const std::unique_ptr<Project> project = load("2");
+    ASSERT_NE(project, nullptr);
+    EXPECT_EQ(log.Text(), "");
+    const auto* staged = dynamic_cast<StagedOperator*>(project->GetRootGraph()->GetOperators().at(0));
+    ASSERT_NE(staged->steps, nullptr);
+    ASSERT_EQ(staged->steps->GetBundles().size(), 1u);
+    EXPECT_EQ(static_cast<NumberParameter*>(staged->steps->GetBundles()[0]->Find("Gain"))->Value(), 0.5);
+
+    // Without the structural value the list never comes, and its bundles are reported once.
+    const std::unique_ptr<Project> flat = load("0");
+    ASSERT_NE(flat, nullptr);
+    const std::string reason =
+        "CreateBundles: bundle list 'Steps' not found in operator 'Staged', its bundles are dropped.";
+    EXPECT_EQ(log.Text(), "[Error] " + reason + "\n");
+    EXPECT_EQ(flat->GetDroppedEntries(),
+              (std::vector<DroppedEntry>{{DroppedEntry::Kind::BundleList, "/Staged", "Steps", reason}}));
 }
 
 TEST(Loader, NewerFilesWarnOlderAndDevelopmentFilesLoadSilently) {

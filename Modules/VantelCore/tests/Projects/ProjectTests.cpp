@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <regex>
 #include <set>
@@ -165,6 +167,10 @@ TEST(Project, TheFileTextIsTheTreesTextAndBrokenTextLeavesTheFileAlone) {
 TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     Testing::RegisterProjectTestTypes();
     Scene scene;
+    // Positions that JSON has no number for are written as null and read back as NaN.
+    scene.adder.SetPosition(
+        {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
+    scene.mirror.SetPosition({-std::numeric_limits<float>::infinity(), 1.0f});
     const std::string first = TempFile("first");
     const std::string second = TempFile("second");
     scene.project.Serialize(first);
@@ -181,6 +187,10 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
         EXPECT_TRUE(transaction.GetRecords().empty());
     }
     EXPECT_EQ(log.Text(), "");
+    const auto* adder = dynamic_cast<const Operator*>(loaded.Resolve(scene.adder.GetPath()));
+    ASSERT_NE(adder, nullptr);
+    EXPECT_TRUE(std::isnan(adder->GetPosition().y));
+    EXPECT_TRUE(loaded.GetDroppedEntries().empty());
     loaded.Serialize(second);
     EXPECT_EQ(ReadFile(second), written);  // references, list inputs, bundles and mirrored values included
     std::filesystem::remove(first);

@@ -145,6 +145,15 @@ TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
         texts.insert(rows[kind].second);
     }
     EXPECT_EQ(texts.size(), 16u);
+
+    // Text that is not UTF-8, in a value or a name, shows its bytes escaped; describing never throws.
+    const std::string bad =
+        "a\xFF"
+        "b\xC3";
+    EXPECT_EQ(DescribeRecord(ParameterValueRecord{p, 0.0, nlohmann::json::array({bad, {{bad, "\n"}}})}),
+              "Set " + pt + R"( to ["a\xFFb\xC3",{"a\xFFb\xC3":"\n"}])");
+    EXPECT_EQ(DescribeRecord(RenameRecord{o, bad, "\xE2\x82\xAC"}),
+              "Rename " + ot + R"( from "a\xFFb\xC3" to ")" + "\xE2\x82\xAC\"");
 }
 
 // Redo runs the compound record before its nested records (the copy exists only after the rebuild); undo runs

@@ -8,10 +8,12 @@
 
 #include <cstddef>
 #include <memory>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include <Vantel/Export.h>
+#include <Vantel/Projects/DroppedEntry.h>
 #include <Vantel/Projects/ProjectFileVersion.h>
 
 namespace Vantel {
@@ -71,6 +73,10 @@ public:
     // the unconnected list inputs of the graphs' operators. Leaves the context empty.
     void ResolveReferences();
 
+    // Every entry this load dropped so far, in the order met, also after ResolveReferences. Owners are
+    // named by the paths they have now, so ask once the loaded tree is in place.
+    std::vector<DroppedEntry> GetDroppedEntries() const;
+
 private:
     friend struct Detail::ContextAccess;
     class Implementation;
@@ -79,14 +85,15 @@ private:
 
 // The whole load of a project document; null (with the reason logged) when the document is not an object,
 // its version is not readable, or its "root" is missing, cannot be built or is not a graph. Records nothing
-// for undo, also inside an open transaction.
+// for undo, also inside an open transaction. The project's GetDroppedEntries lists what the load dropped.
 VANTEL_API std::unique_ptr<Project> DeserializeProject(const nlohmann::json& document);
 // The document's "version" record; format 0 without software or dev record when it is missing. Never logs.
 VANTEL_API ProjectFileVersion ReadProjectFileVersion(const nlohmann::json& document);
 
 // One operator entry and, for a graph, everything below it; the connections wait in `context`. Null, with
 // the reason logged, for an entry that is not an object, has no "type", or names a type that is not an
-// operator type of the library.
+// operator type of the library. A null coordinate of "position" reads as NaN (what the writer makes of NaN
+// and the infinities); a position that is not two numbers or nulls is dropped with a logged error.
 VANTEL_API std::unique_ptr<Operator> DeserializeOperator(const nlohmann::json& entry, Context& context);
 // A new parameter, data input or data output of the entry's "type", with its key and name (and for a
 // parameter its "output" flag and value). Null, with the reason logged, when the entry is no object with a

@@ -8,15 +8,21 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <Vantel/Export.h>
 #include <Vantel/Objects/Path.h>
+#include <Vantel/Projects/DroppedEntry.h>
 #include <Vantel/Projects/ProjectFileVersion.h>
 
 namespace Vantel {
 
 class Graph;
 class Object;
+
+namespace Deserialization::Detail {
+struct ProjectAccess;
+}
 
 // Project
 //
@@ -59,8 +65,12 @@ public:
 
     // The version record of the file last read; format 0 for a project that was never loaded.
     const ProjectFileVersion& GetFileVersion() const;
+    // What the load that made the current root graph dropped, each entry also logged; empty for a project
+    // made in memory. A failed load keeps the root graph, and with it this list.
+    const std::vector<DroppedEntry>& GetDroppedEntries() const;
 
 private:
+    friend struct Deserialization::Detail::ProjectAccess;
     class Implementation;
     std::unique_ptr<Implementation> implementation;
 };
