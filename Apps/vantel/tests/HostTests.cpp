@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <random>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -49,7 +50,9 @@ class TempFolder {
 public:
     TempFolder() {
         const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-        path = fs::temp_directory_path() / ("vantel-host-" + std::string(test->name()));
+        // A random suffix keeps two checkouts' test runs on one machine out of each other's folders.
+        path = fs::temp_directory_path() /
+               ("vantel-host-" + std::string(test->name()) + "-" + std::to_string(std::random_device()()));
         fs::remove_all(path);
         fs::create_directories(path);
     }
