@@ -1,8 +1,11 @@
 #include <Vantel/Objects/TypeLibrary.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Support/Logging.h>
@@ -64,6 +67,29 @@ bool RegisterInfo(TypeLibrary::Implementation& state, Info info, std::string_vie
 }  // namespace
 
 // ---- TypeLibrary::Implementation ----
+
+// A port type maps to one data type only, and each side must be of its kind: swapped or shared port types
+// would silently redirect the connections of another data type.
+bool TypeLibrary::Implementation::HasUsablePortTypes(const DataTypeInfo& info) const {
+    const std::string prefix = "Failed to register data type " + Quoted(info.id) + ", the ";
+    const std::pair<const ObjectType*, const ObjectType*> sides[] = {{info.inputType, DataInput::Type()},
+                                                                     {info.outputType, DataOutput::Type()}};
+    for (const auto& [type, base] : sides) {
+        if (!type->Inherits(base)) {
+            LogWarning(prefix + (base == DataInput::Type() ? "input" : "output") + " type " +
+                       Quoted(type->GetName()) + " does not inherit " + base->GetName());
+            return false;
+        }
+    }
+    for (const ObjectType* type : {info.inputType, info.outputType}) {
+        if (const auto found = dataTypesByPortType.find(type); found != dataTypesByPortType.end()) {
+            LogWarning(prefix + "port type " + Quoted(type->GetName()) + " is already used by " +
+                       Quoted(found->second->id));
+            return false;
+        }
+    }
+    return true;
+}
 
 bool TypeLibrary::Implementation::AddType(const ObjectType* type) {
     if (typesByName.contains(type->GetName())) {
@@ -189,6 +215,9 @@ void TypeLibrary::RegisterDataType(DataTypeInfo info) {
     if (const DataTypeInfo* other = FindDataTypeByName(info.name)) {
         LogWarning("Failed to register data type " + Quoted(info.id) + ", the name " + Quoted(info.name) +
                    " is already used by " + Quoted(other->id));
+        return;
+    }
+    if (!state.HasUsablePortTypes(info)) {
         return;
     }
     const bool inputAdded = state.AddType(info.inputType);

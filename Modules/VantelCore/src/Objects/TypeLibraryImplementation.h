@@ -64,6 +64,9 @@ public:
     // Takes out one type of an unloading plug-in and fires TypeRemovedEvent.
     void RemoveType(const ObjectType* type);
     void RemoveDataType(const std::string& id);
+    // False, with a warning, for an input type that is no DataInput, an output type that is no DataOutput, or
+    // a port type that another data type has.
+    bool HasUsablePortTypes(const DataTypeInfo& info) const;
     // Loads the plug-in library at `path` under `name` and runs its load entry.
     bool LoadPlugin(const std::filesystem::path& path, const std::string& name);
 };
