@@ -88,10 +88,12 @@ TEST(StatusEvents, HandlersAreCalledInOrderAndNullIsRefused) {
     Received().clear();
     AddStatusEventHandler(&GrowingHandler);
     AddStatusEventHandler(&FirstHandler);
-    SendStatusEvent({.level = "Info", .subject = "", .file = "f", .function = "g", .message = "a", .line = 1});
+    SendStatusEvent(
+        {.level = "Info", .subject = "", .file = "f", .function = "g", .message = "a", .line = 1});
     EXPECT_EQ(Received(), (std::vector<std::string>{"first:a", "second:a", "first:a", "first:a"}));
     Received().clear();
-    SendStatusEvent({.level = "Info", .subject = "", .file = "f", .function = "g", .message = "b", .line = 1});
+    SendStatusEvent(
+        {.level = "Info", .subject = "", .file = "f", .function = "g", .message = "b", .line = 1});
     EXPECT_EQ(Received().size(), 4u + kGrownHandlers);
 }
 
