@@ -314,6 +314,12 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     EXPECT_THAT(run.out, HasSubstr(" ms per frame\nsaved " + (temp.path / "saved.json").string() + "\n"));
     EXPECT_EQ(run.err.find("frame 1 of 5"), std::string::npos);  // no progress line into a file
     EXPECT_EQ(Host(temp, {"check", "saved.json", "--plugin", kTestPlugin}).code, 0);
+    // No frame at all is a run too: it loads, reports, and saves what it loaded.
+    const Result none =
+        Host(temp, {"run", "once.json", "--frames=0", "--plugin", kTestPlugin, "--save", "none.json"});
+    ASSERT_EQ(none.code, 0) << none.err;
+    EXPECT_THAT(none.out, StartsWith("ran 0 frames, 0 operators run, 0.000 ms per frame\nsaved "));
+    EXPECT_EQ(ReadFile(temp.path / "none.json"), ReadFile(temp.path / "once.json"));
     // Without --plugin every library beside the host is tried; one that is no plug-in is skipped.
     WriteFile(temp.path / "core.json", ProjectWithVersion(R"({"format": 1, "software": "2640"})"));
     // A copy of the host with the core and a library that is no plug-in beside it shows it.

@@ -1,10 +1,12 @@
 // Loading and unloading plug-in libraries, the part of the type library that touches shared libraries.
 #include <Vantel/Objects/TypeLibrary.h>
 
-#include <algorithm>
 #include <bit>
+#include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -67,6 +69,100 @@ private:
     PluginRecord* const previous;
 };
 
+// What a load changed in a reused or new record, so that a load entry that throws can be taken back.
+struct RecordMark {
+    std::size_t types = 0;
+    std::size_t recordedTypes = 0;
+    std::size_t dataTypeIds = 0;
+    PluginEntryPoint load = nullptr;
+    PluginEntryPoint unload = nullptr;
+    bool hadLibrary = false;
+    bool created = false;
+};
+
+// Finds or makes the record of `name` and hands it the library and its entries.
+std::pair<PluginRecord*, RecordMark> AttachLibrary(TypeLibrary::Implementation& state,
+                                                   const std::string& name,
+                                                   std::unique_ptr<Platform::SharedLibrary> library,
+                                                   PluginEntryPoint load, PluginEntryPoint unload) {
+    auto [found, created] = state.plugins.try_emplace(name);
+    if (created) {
+        found->second = std::make_unique<PluginRecord>();
+        state.loadedPluginNames.push_back(name);
+    }
+    PluginRecord* const record = found->second.get();
+    const RecordMark mark{record->types.size(),
+                          record->recordedTypes.size(),
+                          record->dataTypeIds.size(),
+                          record->load,
+                          record->unload,
+                          record->library != nullptr,
+                          created};
+    // A second load under a loaded name takes over the record; the earlier library stays loaded, since the
+    // types it registered are still in use and are removed only when the plug-in is unloaded.
+    if (record->library != nullptr) {
+        record->earlierLibraries.push_back(std::move(record->library));
+    }
+    record->library = std::move(library);
+    record->load = load;
+    record->unload = unload;
+    return {record, mark};
+}
+
+// Calls a plug-in's load entry; what it threw, or nothing when it returned.
+std::optional<std::string> CallLoadEntry(PluginEntryPoint load) {
+    try {
+        load();
+    } catch (const std::exception& error) {
+        return std::string(error.what());
+    } catch (...) {
+        return std::string("an exception that is no std::exception");
+    }
+    return std::nullopt;
+}
+
+// After a failed load: a new record goes, a reused one gets its earlier library and entries back.
+void TakeBackLibrary(TypeLibrary::Implementation& state, const std::string& name, const RecordMark& mark) {
+    const auto found = state.plugins.find(name);  // found again: nested loads may have moved the map
+    if (mark.created) {
+        const std::unique_ptr<PluginRecord> record = std::move(found->second);
+        state.plugins.erase(found);
+        std::erase(state.loadedPluginNames, name);
+        return;
+    }
+    PluginRecord& record = *found->second;
+    record.library.reset();
+    if (mark.hadLibrary) {
+        record.library = std::move(record.earlierLibraries.back());
+        record.earlierLibraries.pop_back();
+    }
+    record.load = mark.load;
+    record.unload = mark.unload;
+}
+
+// Runs the record's load entry with the record current. When the entry throws, logs it and takes back what
+// this load registered and attached; false then.
+bool RunLoadEntry(TypeLibrary::Implementation& state, PluginRecord& record, const std::string& name,
+                  const RecordMark& mark) {
+    // Raised until what a failed entry registered is gone: meanwhile nothing may unload or reload the record.
+    ++record.loading;
+    std::optional<std::string> failure;
+    {
+        const CurrentPluginScope scope(state.currentPlugin, &record);
+        failure = CallLoadEntry(record.load);
+    }
+    if (failure) {
+        LogError("Failed to load plugin " + Quoted(name) +
+                 ", its VantelPluginLoad entry point threw: " + *failure);
+        state.RemoveRegistrations(record, mark.types, mark.recordedTypes, mark.dataTypeIds);
+    }
+    --record.loading;
+    if (failure) {
+        TakeBackLibrary(state, name, mark);
+    }
+    return !failure;
+}
+
 }  // namespace
 
 // ---- TypeLibrary::Implementation ----
@@ -88,8 +184,30 @@ TypeLibrary::Implementation::~Implementation() {
     }
 }
 
+void TypeLibrary::Implementation::RemoveRegistrations(PluginRecord& record, std::size_t typeCount,
+                                                      std::size_t recordedTypeCount,
+                                                      std::size_t dataTypeCount) {
+    for (std::size_t index = dataTypeCount; index < record.dataTypeIds.size(); ++index) {
+        RemoveDataType(record.dataTypeIds[index]);
+    }
+    for (std::size_t index = typeCount; index < record.types.size(); ++index) {
+        RemoveType(record.types[index]);
+    }
+    for (std::size_t index = recordedTypeCount; index < record.recordedTypes.size(); ++index) {
+        TakeRecords(record.recordedTypes[index]);
+    }
+    record.dataTypeIds.resize(dataTypeCount);
+    record.types.resize(typeCount);
+    record.recordedTypes.resize(recordedTypeCount);
+}
+
 bool TypeLibrary::Implementation::LoadPlugin(const std::filesystem::path& path, const std::string& name) {
     LogInfo("Loading plugin: " + path.string());
+    // Its load entry is on the stack: loading it again there would take over the record it writes to.
+    if (const auto found = plugins.find(name); found != plugins.end() && found->second->loading > 0) {
+        LogWarning("Failed to load plugin, it is still loading: " + Quoted(name));
+        return false;
+    }
     std::unique_ptr<Platform::SharedLibrary> library = Platform::SharedLibrary::Load(path);
     if (library == nullptr) {
         LogWarning("Failed to load plugin: " + Quoted(path.string()));
@@ -102,24 +220,8 @@ bool TypeLibrary::Implementation::LoadPlugin(const std::filesystem::path& path, 
     }
     const PluginEntryPoint unload = FindEntryPoint(*library, kPluginUnloadEntryName);
 
-    auto [found, inserted] = plugins.try_emplace(name);
-    if (inserted) {
-        found->second = std::make_unique<PluginRecord>();
-        loadedPluginNames.push_back(name);
-    }
-    PluginRecord* const record = found->second.get();
-    // A second load under a loaded name takes over the record; the earlier library stays loaded, since the
-    // types it registered are still in use and are removed only when the plug-in is unloaded.
-    if (record->library != nullptr) {
-        record->earlierLibraries.push_back(std::move(record->library));
-    }
-    record->library = std::move(library);
-    record->load = load;
-    record->unload = unload;
-
-    const CurrentPluginScope scope(currentPlugin, record);
-    load();
-    return true;
+    const auto [record, mark] = AttachLibrary(*this, name, std::move(library), load, unload);
+    return RunLoadEntry(*this, *record, name, mark);
 }
 
 // ---- TypeLibrary ----
@@ -154,24 +256,22 @@ void TypeLibrary::UnloadPlugin(const char* name) {
         LogWarning("Failed to unload plugin, it was never loaded: " + Quoted(pluginName));
         return;
     }
+    // Its load entry, or one of a plug-in it loads, is on the stack and registers into the record.
+    if (found->second->loading > 0) {
+        LogWarning("Failed to unload plugin, it is still loading: " + Quoted(pluginName));
+        return;
+    }
     LogInfo("Unloading plugin: " + pluginName);
     // The record is taken out first: the unload entry and the subscribers of TypeRemovedEvent may load or
     // unload plug-ins themselves, and unloading this one again from there must find it gone.
     const std::unique_ptr<PluginRecord> record = std::move(found->second);
     state.plugins.erase(found);
-    state.loadedPluginNames.erase(
-        std::remove(state.loadedPluginNames.begin(), state.loadedPluginNames.end(), pluginName),
-        state.loadedPluginNames.end());
+    std::erase(state.loadedPluginNames, pluginName);
 
     if (record->unload != nullptr) {
         record->unload();
     }
-    for (const std::string& id : record->dataTypeIds) {
-        state.RemoveDataType(id);
-    }
-    for (const ObjectType* type : record->types) {
-        state.RemoveType(type);
-    }
+    state.RemoveRegistrations(*record, 0, 0, 0);
     // Freed last: until here the types were still valid for the subscribers of TypeRemovedEvent.
     record->library.reset();
     record->earlierLibraries.clear();

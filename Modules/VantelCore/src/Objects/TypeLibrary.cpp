@@ -1,8 +1,11 @@
 #include <Vantel/Objects/TypeLibrary.h>
 
 #include <algorithm>
+#include <utility>
 
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Support/Logging.h>
@@ -49,8 +52,10 @@ bool RegisterInfo(TypeLibrary::Implementation& state, Info info, std::string_vie
         return false;
     }
     const bool added = state.AddType(type);
+    // A type that is there already belongs to the core or another plug-in: only the record leaves with the
+    // loading plug-in.
     if (!added && state.currentPlugin != nullptr) {
-        state.currentPlugin->types.push_back(type);  // so that its record leaves with the plug-in
+        state.currentPlugin->recordedTypes.push_back(type);
     }
     auto owned = std::make_unique<Info>(std::move(info));
     records.push_back(owned.get());
@@ -64,6 +69,29 @@ bool RegisterInfo(TypeLibrary::Implementation& state, Info info, std::string_vie
 }  // namespace
 
 // ---- TypeLibrary::Implementation ----
+
+// A port type maps to one data type only, and each side must be of its kind: swapped or shared port types
+// would silently redirect the connections of another data type.
+bool TypeLibrary::Implementation::HasUsablePortTypes(const DataTypeInfo& info) const {
+    const std::string prefix = "Failed to register data type " + Quoted(info.id) + ", the ";
+    const std::pair<const ObjectType*, const ObjectType*> sides[] = {{info.inputType, DataInput::Type()},
+                                                                     {info.outputType, DataOutput::Type()}};
+    for (const auto& [type, base] : sides) {
+        if (!type->Inherits(base)) {
+            LogWarning(prefix + (base == DataInput::Type() ? "input" : "output") + " type " +
+                       Quoted(type->GetName()) + " does not inherit " + base->GetName());
+            return false;
+        }
+    }
+    for (const ObjectType* type : {info.inputType, info.outputType}) {
+        if (const auto found = dataTypesByPortType.find(type); found != dataTypesByPortType.end()) {
+            LogWarning(prefix + "port type " + Quoted(type->GetName()) + " is already used by " +
+                       Quoted(found->second->id));
+            return false;
+        }
+    }
+    return true;
+}
 
 bool TypeLibrary::Implementation::AddType(const ObjectType* type) {
     if (typesByName.contains(type->GetName())) {
@@ -79,21 +107,23 @@ bool TypeLibrary::Implementation::AddType(const ObjectType* type) {
 }
 
 void TypeLibrary::Implementation::RemoveType(const ObjectType* type) {
-    // A type whose name was taken by another was never added, but its record may have been: take that out
-    // without touching the other type.
     const auto byName = typesByName.find(type->GetName());
-    const bool registered = byName != typesByName.end() && byName->second == type;
-    if (registered) {
-        typesByName.erase(byName);
-        Erase(types, type);
+    if (byName == typesByName.end() || byName->second != type) {
+        return;
     }
-    std::unique_ptr<OperatorInfo> operatorInfo;
+    typesByName.erase(byName);
+    Erase(types, type);
+    const TakenRecords records = TakeRecords(type);
+    typeRemovedEvent.Fire(type);  // the records are gone from the maps but still alive during the event
+}
+
+TakenRecords TypeLibrary::Implementation::TakeRecords(const ObjectType* type) {
+    TakenRecords taken;
     if (auto found = operatorInfosByType.find(type); found != operatorInfosByType.end()) {
         Erase(operatorInfos, static_cast<const OperatorInfo*>(found->second.get()));
-        operatorInfo = std::move(found->second);
+        taken.operatorInfo = std::move(found->second);
         operatorInfosByType.erase(found);
     }
-    std::unique_ptr<ParameterInfo> parameterInfo;
     if (auto found = parameterInfosByType.find(type); found != parameterInfosByType.end()) {
         const ParameterInfo* info = found->second.get();
         Erase(parameterInfos, info);
@@ -101,12 +131,10 @@ void TypeLibrary::Implementation::RemoveType(const ObjectType* type) {
             name != parameterInfosByName.end() && name->second == info) {
             parameterInfosByName.erase(name);
         }
-        parameterInfo = std::move(found->second);
+        taken.parameterInfo = std::move(found->second);
         parameterInfosByType.erase(found);
     }
-    if (registered) {
-        typeRemovedEvent.Fire(type);  // the records are gone from the maps but still alive during the event
-    }
+    return taken;
 }
 
 void TypeLibrary::Implementation::RemoveDataType(const std::string& id) {
@@ -189,6 +217,9 @@ void TypeLibrary::RegisterDataType(DataTypeInfo info) {
     if (const DataTypeInfo* other = FindDataTypeByName(info.name)) {
         LogWarning("Failed to register data type " + Quoted(info.id) + ", the name " + Quoted(info.name) +
                    " is already used by " + Quoted(other->id));
+        return;
+    }
+    if (!state.HasUsablePortTypes(info)) {
         return;
     }
     const bool inputAdded = state.AddType(info.inputType);

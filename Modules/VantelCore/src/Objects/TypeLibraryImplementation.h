@@ -2,6 +2,7 @@
 // sources.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -30,7 +31,18 @@ struct PluginRecord {
     PluginEntryPoint load = nullptr;
     PluginEntryPoint unload = nullptr;
     std::vector<const ObjectType*> types;
+    // Types of the core or of other plug-ins that this one registered a record for: unloading takes the
+    // records and leaves the types.
+    std::vector<const ObjectType*> recordedTypes;
     std::vector<std::string> dataTypeIds;
+    // Load entries of this plug-in that are running; meanwhile it can neither be unloaded nor loaded again.
+    int loading = 0;
+};
+
+// The operator and parameter records of one type, taken out of the library's maps.
+struct TakenRecords {
+    std::unique_ptr<OperatorInfo> operatorInfo;
+    std::unique_ptr<ParameterInfo> parameterInfo;
 };
 
 class TypeLibrary::Implementation {
@@ -61,9 +73,16 @@ public:
 
     // Adds the type without firing TypeAddedEvent; false (with the name-taken warning) for a taken name.
     bool AddType(const ObjectType* type);
-    // Takes out one type of an unloading plug-in and fires TypeRemovedEvent.
+    // Takes out one type of an unloading plug-in, with its records, and fires TypeRemovedEvent.
     void RemoveType(const ObjectType* type);
+    TakenRecords TakeRecords(const ObjectType* type);
     void RemoveDataType(const std::string& id);
+    // Takes out what `record` registered since its lists had the given lengths, in the order of unloading.
+    void RemoveRegistrations(PluginRecord& record, std::size_t types, std::size_t recordedTypes,
+                             std::size_t dataTypeIds);
+    // False, with a warning, for an input type that is no DataInput, an output type that is no DataOutput, or
+    // a port type that another data type has.
+    bool HasUsablePortTypes(const DataTypeInfo& info) const;
     // Loads the plug-in library at `path` under `name` and runs its load entry.
     bool LoadPlugin(const std::filesystem::path& path, const std::string& name);
 };

@@ -1,5 +1,6 @@
 #include <Vantel/Support/StatusEvent.h>
 
+#include <cstddef>
 #include <iostream>
 #include <vector>
 
@@ -30,8 +31,12 @@ std::string FormatStatusEvent(const StatusEvent& event) {
 
 void SendStatusEvent(const StatusEvent& event) {
     std::cout << FormatStatusEvent(event);
-    for (StatusEventHandler handler : Handlers()) {
-        handler(event);
+    // By index and up to the count at the start: a handler may add handlers, which moves the list, and those
+    // start with the next event.
+    const std::vector<StatusEventHandler>& handlers = Handlers();
+    const std::size_t count = handlers.size();
+    for (std::size_t index = 0; index < count; ++index) {
+        handlers[index](event);
     }
 }
 

@@ -80,6 +80,10 @@ TEST(TypeDocumentation, EachProblemLogsOneWarningInCheckOrder) {
         {"no type and no summary", Kind::Operator, &graphType, kGraphPath, "---\ntags: [a]\n---\n",
          "the frontmatter has no \"type\"; expected \"Vantel.General.Graph\".\n"
          "the frontmatter has no \"summary\"."},
+        {"empty type and summary count as missing", Kind::Parameter, &vectorType, kVectorPath,
+         "---\ntype: \"\"\nsummary: ''\n---\n",
+         "the frontmatter has no \"type\"; expected \"Vantel.Vector3Parameter\".\n"
+         "the frontmatter has no \"summary\"."},
         {"other type", Kind::Operator, &graphType, kGraphPath,
          "---\ntype: Vantel.General.Graph2\nsummary: s\n---\n",
          "the frontmatter names the type \"Vantel.General.Graph2\", but the doc is registered for "

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -129,6 +130,115 @@ TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {
     EXPECT_EQ(log.Text(), Loading(path));
     EXPECT_EQ(events.added, kTestPluginTypes);
     library.UnloadPlugin("VantelTestPlugin");
+}
+
+// While a plug-in is developed it is loaded again from a new build: the types stay those of the first load,
+// so its library must stay mapped until the plug-in is unloaded.
+TEST(Plugin, EarlierLibraryOfAReloadedPluginStaysUntilUnload) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const TempFolder temp;
+    const fs::path rebuilt = temp.CopyTestPlugin(TestPluginFile("VantelTestPlugin").filename().string());
+    TypeEvents events;
+    ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelTestPlugin")));
+    {
+        const LogCapture quiet;  // the rebuild's types clash with the first load's
+        ASSERT_TRUE(library.LoadPluginFromFile(rebuilt));
+    }
+    {
+        const std::unique_ptr<Object> made = library.GetType("TestPlugin.Math.Scale")->CreateInstance();
+        EXPECT_EQ(made->GetType()->GetName(), "TestPlugin.Math.Scale");
+    }
+    library.UnloadPlugin("VantelTestPlugin");
+    EXPECT_EQ(events.removed, kTestPluginTypes);
+    EXPECT_EQ(library.GetType("TestPlugin.Math.Scale"), nullptr);
+}
+
+// A record registered for a type that is there already leaves with the plug-in; the type stays.
+TEST(Plugin, RecordForAnotherOwnersTypeLeavesTheTypeOnUnload) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    static const ObjectType outer("PluginTests.Outer", Operator::Type(), nullptr);
+    library.RegisterType(&outer);
+    TypeEvents events;
+    const EventSubscription meddler = library.TypeAddedEvent().Subscribe([&](const ObjectType* type) {
+        if (type->GetName() == "TestPlugin.SampleInput") {
+            OperatorInfo info;
+            info.type = &outer;
+            info.name = "Outer";
+            library.RegisterOperator(info);
+        }
+    });
+    {
+        const LogCapture log;
+        ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelTestPlugin")));
+    }
+    EXPECT_NE(library.FindOperatorInfo(&outer), nullptr);
+    library.UnloadPlugin("VantelTestPlugin");
+    EXPECT_EQ(library.GetType("PluginTests.Outer"), &outer);
+    EXPECT_EQ(library.FindOperatorInfo(&outer), nullptr);
+    EXPECT_EQ(events.removed, kTestPluginTypes);
+}
+
+// Halfway through its load entry the plug-in throws: what it registered goes, and it is not loaded.
+TEST(Plugin, LoadEntryThatThrowsIsTakenBackWhole) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const fs::path path = TestPluginFile("VantelTestPlugin");
+    const std::size_t typeCount = library.GetTypes().size();
+    const std::size_t dataTypeCount = library.GetDataTypes().size();
+    TypeEvents events;
+    {
+        const EventSubscription thrower = library.TypeAddedEvent().Subscribe([](const ObjectType* type) {
+            if (type->GetName() == "TestPlugin.SampleOutput") {
+                throw std::runtime_error("out of licences");
+            }
+        });
+        LogCapture log;
+        EXPECT_FALSE(library.LoadPluginFromFile(path));
+        EXPECT_EQ(log.Text(), Loading(path) +
+                                  "[Error] Failed to load plugin \"VantelTestPlugin\", its VantelPluginLoad "
+                                  "entry point threw: out of licences\n");
+        EXPECT_EQ(events.removed, (Names{"TestPlugin.SampleInput", "TestPlugin.SampleOutput"}));
+        EXPECT_EQ(library.GetTypes().size(), typeCount);
+        EXPECT_EQ(library.GetDataTypes().size(), dataTypeCount);
+        log.Clear();
+        library.UnloadPlugin("VantelTestPlugin");
+        EXPECT_EQ(log.Text(),
+                  "[Warning] Failed to unload plugin, it was never loaded: \"VantelTestPlugin\"\n");
+    }
+    // Nothing was left behind to clash with a clean load.
+    LogCapture log;
+    events.added.clear();
+    ASSERT_TRUE(library.LoadPluginFromFile(path));
+    EXPECT_EQ(log.Text(), Loading(path));
+    EXPECT_EQ(events.added, kTestPluginTypes);
+    library.UnloadPlugin("VantelTestPlugin");
+}
+
+// A plug-in that unloads itself, or the plug-in loading it, from its load entry is refused; the load goes on.
+TEST(Plugin, PluginsThatAreLoadingCannotBeUnloadedOrLoadedAgain) {
+    TypeLibrary& library = *TypeLibrary::Get();
+    const fs::path path = TestPluginFile("VantelTestPlugin");
+    for (const char* target : {"VantelTestPlugin", "VantelNestedTestPlugin"}) {
+        SCOPED_TRACE(target);
+        const EventSubscription meddler = library.TypeAddedEvent().Subscribe([&](const ObjectType* type) {
+            if (type->GetName() == "TestPlugin.SampleInput") {
+                library.UnloadPlugin(target);
+                EXPECT_FALSE(library.LoadPluginFromFile(path));
+            }
+        });
+        const fs::path file = TestPluginFile(target);
+        LogCapture log;
+        ASSERT_TRUE(library.LoadPluginFromFile(file));
+        const std::string refused =
+            "[Warning] Failed to unload plugin, it is still loading: \"" + std::string(target) + "\"\n" +
+            Loading(path) + "[Warning] Failed to load plugin, it is still loading: \"VantelTestPlugin\"\n";
+        EXPECT_EQ(log.Text(), (file == path ? "" : Loading(file)) + Loading(path) + refused);
+        // The registrations after the refusal were booked to the right plug-ins, which unload cleanly.
+        EXPECT_NE(library.GetType("TestPlugin.Math.Scale"), nullptr);
+        TypeEvents events;
+        library.UnloadAllPlugins();
+        EXPECT_EQ(events.removed.size(), file == path ? 4u : 6u);
+        EXPECT_EQ(library.GetType("NestedTestPlugin.After"), nullptr);
+    }
 }
 
 TEST(Plugin, PluginLoadedFromAnEntryPointOwnsOnlyItsOwnTypes) {

@@ -171,6 +171,22 @@ TEST(TypeLibrary, RegistrationRulesAndTheirWarnings) {
              EXPECT_EQ(library.FindDataType(info.inputType), library.FindDataTypeById("TL.Pre"));
          },
          "[Warning] Failed to register type, name is already taken: \"TL.PreInput\"\n", 2},
+        {"data type with its port types swapped, or one that another data type has",
+         [&] {
+             DataTypeInfo swapped = DataType("TL.Swap", "Swap", "TL.Swap");
+             std::swap(swapped.inputType, swapped.outputType);
+             library.RegisterDataType(swapped);
+             DataTypeInfo shared = DataType("TL.Share", "Share", "TL.Share");
+             shared.outputType = library.FindDataTypeById("TL.Dots")->outputType;
+             library.RegisterDataType(shared);
+             EXPECT_EQ(library.FindDataType(shared.outputType)->id, "TL.Dots");
+             EXPECT_EQ(library.FindDataType(swapped.inputType), nullptr);
+         },
+         "[Warning] Failed to register data type \"TL.Swap\", the input type \"TL.SwapOutput\" does not "
+         "inherit Vantel.DataInput\n"
+         "[Warning] Failed to register data type \"TL.Share\", the port type \"TL.DotsOutput\" is already "
+         "used by \"TL.Dots\"\n",
+         0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <string>
 #include <vector>
 
 #include <Vantel/Support/Logging.h>
@@ -50,6 +52,17 @@ void SecondHandler(const StatusEvent& event) {
     Received().push_back("second:" + event.message);
 }
 
+constexpr std::size_t kGrownHandlers = 64;
+void GrowingHandler(const StatusEvent&) {
+    static bool grown = false;
+    if (!grown) {
+        grown = true;
+        for (std::size_t i = 0; i < kGrownHandlers; ++i) {
+            AddStatusEventHandler(&SecondHandler);
+        }
+    }
+}
+
 // The handler list is process-wide and cannot shrink, so one test walks its whole life.
 TEST(StatusEvents, HandlersAreCalledInOrderAndNullIsRefused) {
     LogCapture log;
@@ -69,6 +82,19 @@ TEST(StatusEvents, HandlersAreCalledInOrderAndNullIsRefused) {
         {.level = "Error", .subject = "s", .file = "f", .function = "g", .message = "m", .line = 1});
     EXPECT_EQ(Received(), (std::vector<std::string>{"first:m", "second:m", "first:m"}));
     EXPECT_EQ(log.Text(), "Error: 's'\n  with message: 'm'\n  at f:1 in function 'g'\n\n");
+
+    // A handler that adds handlers while the event is sent (enough to move the list): those start with the
+    // next event.
+    Received().clear();
+    AddStatusEventHandler(&GrowingHandler);
+    AddStatusEventHandler(&FirstHandler);
+    SendStatusEvent(
+        {.level = "Info", .subject = "", .file = "f", .function = "g", .message = "a", .line = 1});
+    EXPECT_EQ(Received(), (std::vector<std::string>{"first:a", "second:a", "first:a", "first:a"}));
+    Received().clear();
+    SendStatusEvent(
+        {.level = "Info", .subject = "", .file = "f", .function = "g", .message = "b", .line = 1});
+    EXPECT_EQ(Received().size(), 4u + kGrownHandlers);
 }
 
 }  // namespace

@@ -72,9 +72,12 @@ public:
     // Linux, "<name>.dll" on Windows). False, with a warning, when there is none or it fails to load.
     bool LoadPlugin(const char* name);
     // Loads a plug-in library under the name of its file stem ("lib" cut off a stem longer than three
-    // letters).
+    // letters). A load entry that throws is logged as an error, what it registered is removed and the
+    // library freed: false. A plug-in whose load entry is running cannot be loaded again (warning, false).
     bool LoadPluginFromFile(const std::filesystem::path& path);
-    // Calls the plug-in's unload entry, removes its types and data types, frees the library.
+    // Calls the plug-in's unload entry, removes its types and data types and the records it registered for
+    // other types, frees its libraries. Refused with the warning
+    // "Failed to unload plugin, it is still loading: \"<name>\"" while its load entry runs.
     void UnloadPlugin(const char* name);
     // Unloads every plug-in, the last loaded first.
     void UnloadAllPlugins();

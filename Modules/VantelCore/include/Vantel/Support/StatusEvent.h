@@ -31,7 +31,8 @@ using StatusEventHandler = void (*)(const StatusEvent&);
 // threads may send events: the list is not locked.
 VANTEL_API void AddStatusEventHandler(StatusEventHandler handler);
 
-// Writes FormatStatusEvent(event) to standard output, then calls every handler in registration order.
+// Writes FormatStatusEvent(event) to standard output, then calls every handler in registration order. A
+// handler added while the event is sent is called from the next event on.
 VANTEL_API void SendStatusEvent(const StatusEvent& event);
 
 // The text block written for an event, ending in an empty line:
