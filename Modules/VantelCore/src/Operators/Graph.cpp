@@ -407,7 +407,7 @@ bool Graph::RemoveDataConnection(DataConnection connection) {
     implementation->connectionsChangedEvent.Fire();
     if (DataInputList* list = connection.input->GetList()) {
         DataInputList::Implementation& listImplementation = *Access::GetImplementation(*list);
-        if (listImplementation.GetSpareInput() != connection.input) {
+        if (!listImplementation.KeepsWhenDisconnected(connection.input)) {
             listImplementation.RemoveInput(connection.input);
         }
     }

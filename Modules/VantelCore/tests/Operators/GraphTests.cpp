@@ -95,10 +95,16 @@ TEST(Graph, ListInputsExistWhileConnected) {
     EXPECT_EQ(fromA->GetConnection().output, &a.out);
 
     Access::GetImplementation(mixer.layers)->SetSpareInput(fromB);
-    graph.DisconnectDataOutput(a.out);
     graph.DisconnectDataOutput(b.out);
-    EXPECT_EQ(mixer.layers.GetInputs(), std::vector<DataInput*>{fromB});  // the spare stays
+    EXPECT_EQ(mixer.layers.GetInputs(), (std::vector<DataInput*>{fromA, fromB}));  // the spare stays
+    EXPECT_EQ(fromB->GetName(), "Input 2");
+
+    // Removing a connected input through its list takes its connection along, once.
+    ASSERT_TRUE(Access::GetImplementation(mixer.layers)->RemoveInput(fromA));
+    EXPECT_EQ(mixer.layers.GetInputs(), std::vector<DataInput*>{fromB});
     EXPECT_EQ(fromB->GetName(), "Input 1");
+    EXPECT_TRUE(a.out.GetConnections().empty());
+    EXPECT_TRUE(graph.GetDataConnections().empty());
 }
 
 TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
