@@ -19,6 +19,7 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Parameters/ReferenceSupport.h"
 #include "Support/Prefetch.h"
 
 namespace Vantel {
@@ -304,10 +305,12 @@ void Graph::AddOperator(std::unique_ptr<Operator>&& op) {
 }
 
 std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
-    const std::size_t index = implementation->IndexOf(op);
-    if (op == nullptr || index == ParameterNode::npos) {
+    if (op == nullptr || implementation->IndexOf(op) == ParameterNode::npos) {
         return nullptr;
     }
+    // Recorded before the removal, so that undo puts the operator back first and the references then find it.
+    ReferenceSupport::ClearReferencesInto(*op);
+    const std::size_t index = implementation->IndexOf(op);
     std::optional<Record> record;
     if (Transaction::IsRecording()) {
         record =
