@@ -355,5 +355,30 @@ TEST(NestedGraph, SavedBytesDependOnlyOnTheModel) {
     EXPECT_EQ(inputs.GetAllParameters()[0]->GetName(), "Gain");  // followed at once, unasked
 }
 
+// The model in memory and the file it just wrote compute the same next frame: saving consumes no mark.
+TEST(NestedGraph, SavingLeavesTheNextFrameAsItWas) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& nested = Add<Graph>(*project.GetRootGraph());
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested);
+    AddOperator& inner = Add<AddOperator>(nested);
+    auto* gain = static_cast<NumberParameter*>(nested.AddUserParameter(NumberParameter::Type(), false));
+    ASSERT_TRUE(nested.AddParameterConnection({inputs.FindMirror(*gain), &inner.offset, {{0, 0}}}, false));
+    gain->SetValue(3.0);  // before the first frame
+
+    const nlohmann::json saved = Serialization::SerializeProject(project);
+    std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(saved);
+    ASSERT_NE(loaded, nullptr);
+    for (Project* model : {&project, loaded.get()}) {
+        Runner runner(std::make_unique<FixedClock>(0.1));
+        runner.SetGraph(model->GetRootGraph());
+        runner.WaitForTick();
+        runner.Execute();
+        const auto* result = dynamic_cast<NumberParameter*>(model->Resolve(inner.result.GetPath()));
+        ASSERT_NE(result, nullptr);
+        EXPECT_EQ(result->Value(), 3.0);
+    }
+}
+
 }  // namespace
 }  // namespace Vantel
