@@ -25,11 +25,14 @@
 namespace Vantel {
 namespace {
 
-void ClearChangeMarks(Operator::Implementation& state) {
+void ClearChangeMarks(Operator& op, Operator::Implementation& state, std::vector<Operator*>& unsettled) {
     state.ClearDirty();
     state.ClearMemberChangeMarks();
+    if (state.IsStructureDirty()) {
+        unsettled.push_back(&op);
+    }
     if (Graph* graph = state.AsGraph()) {
-        Access::GetImplementation(*graph)->ClearOperatorChangeMarks();
+        Access::GetImplementation(*graph)->ClearOperatorChangeMarks(unsettled);
     }
 }
 
@@ -710,15 +713,15 @@ void Graph::Execute(ExecutionContext& context) {
     }
 }
 
-void ClearFrameChangeMarks(Operator& op) {
-    ClearChangeMarks(*Access::GetImplementation(op));
+void ClearFrameChangeMarks(Operator& op, std::vector<Operator*>& unsettled) {
+    ClearChangeMarks(op, *Access::GetImplementation(op), unsettled);
 }
 
-void Graph::Implementation::ClearOperatorChangeMarks() {
+void Graph::Implementation::ClearOperatorChangeMarks(std::vector<Operator*>& unsettled) {
     const std::vector<Operator*>& order = GetExecutionOrder();
     if (order.size() != operators.size()) {
         for (Operator* op : operators) {
-            ClearChangeMarks(*Access::GetImplementation(*op));
+            ClearChangeMarks(*op, *Access::GetImplementation(*op), unsettled);
         }
         return;
     }
@@ -726,7 +729,7 @@ void Graph::Implementation::ClearOperatorChangeMarks() {
         if (i + kPrefetchDistance < order.size()) {
             Prefetch(executionStates[i + kPrefetchDistance]->FrameFields());
         }
-        ClearChangeMarks(*executionStates[i]);
+        ClearChangeMarks(*order[i], *executionStates[i], unsettled);
     }
 }
 
