@@ -139,7 +139,8 @@ public:
     }
 
     bool IsOnThisThreadsStack() const {
-        for (const Transaction* open = activeTransaction; open != nullptr; open = open->implementation->enclosing) {
+        for (const Transaction* open = activeTransaction; open != nullptr;
+             open = open->implementation->enclosing) {
             if (open->implementation.get() == this) {
                 return true;
             }
