@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <vector>
 
 #include <Vantel/Execution/Clock.h>
 #include <Vantel/Objects/Access.h>
@@ -37,7 +38,35 @@ public:
     bool started = false;
     // One context for every frame, updated before each: a frame allocates nothing of its own.
     std::unique_ptr<ExecutionContext> context = Access::CreateExecutionContext(0.0, 0.0, 0);
+    // The operators whose structure changed during the frame, kept for its capacity.
+    std::vector<Operator*> unsettled;
+
+    void RunFrame(Graph& graph);
+    void SettleStructures();
 };
+
+void Runner::Implementation::RunFrame(Graph& graph) {
+    Access::UpdateExecutionContext(*context, time, deltaTime, frameNumber);
+    Transaction::SuppressRecording suppressRecording;
+    unsettled.clear();
+    {
+        SuppressUpdateStructure suppressStructure;
+        graph.Execute(*context);
+        // The root graph's own ports and parameters are marked like any operator's and cleared with them.
+        ClearFrameChangeMarks(graph, unsettled);
+    }
+    SettleStructures();
+}
+
+// Rebuilds deferred during the frame, outside it; each rebuilt operator runs again in the next frame, with
+// its new ports and parameters.
+void Runner::Implementation::SettleStructures() {
+    for (Operator* op : unsettled) {
+        Access::GetImplementation(*op)->UpdateStructureIfDirty();
+        op->MarkDirty();
+    }
+    unsettled.clear();
+}
 
 Runner::Runner(std::unique_ptr<Clock> clock) : implementation(std::make_unique<Implementation>()) {
     implementation->clock = std::move(clock);
@@ -67,14 +96,7 @@ void Runner::WaitForTick() {
 
 void Runner::Execute() {
     if (Graph* graph = implementation->graph) {
-        ExecutionContext& context = *implementation->context;
-        Access::UpdateExecutionContext(context, implementation->time, implementation->deltaTime,
-                                       implementation->frameNumber);
-        Transaction::SuppressRecording suppressRecording;
-        SuppressUpdateStructure suppressStructure;
-        graph->Execute(context);
-        // The root graph's own ports and parameters are marked like any operator's and cleared with them.
-        ClearFrameChangeMarks(*graph);
+        implementation->RunFrame(*graph);
     }
     implementation->frameNumber += 1;
     implementation->time += implementation->deltaTime;

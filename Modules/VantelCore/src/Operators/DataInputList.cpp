@@ -87,7 +87,9 @@ bool DataInputList::Implementation::RemoveInput(DataInput* input) {
         handlers.removing(*input);
     }
     if (graph != nullptr) {
+        removing = input;
         graph->DisconnectDataInput(*input);
+        removing = nullptr;
     }
     DataInput::Implementation& port = *Access::GetImplementation(*input);
     port.SetOperator(nullptr);

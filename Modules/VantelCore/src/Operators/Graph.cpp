@@ -19,16 +19,20 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Parameters/ReferenceSupport.h"
 #include "Support/Prefetch.h"
 
 namespace Vantel {
 namespace {
 
-void ClearChangeMarks(Operator::Implementation& state) {
+void ClearChangeMarks(Operator& op, Operator::Implementation& state, std::vector<Operator*>& unsettled) {
     state.ClearDirty();
     state.ClearMemberChangeMarks();
+    if (state.IsStructureDirty()) {
+        unsettled.push_back(&op);
+    }
     if (Graph* graph = state.AsGraph()) {
-        Access::GetImplementation(*graph)->ClearOperatorChangeMarks();
+        Access::GetImplementation(*graph)->ClearOperatorChangeMarks(unsettled);
     }
 }
 
@@ -304,10 +308,12 @@ void Graph::AddOperator(std::unique_ptr<Operator>&& op) {
 }
 
 std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
-    const std::size_t index = implementation->IndexOf(op);
-    if (op == nullptr || index == ParameterNode::npos) {
+    if (op == nullptr || implementation->IndexOf(op) == ParameterNode::npos) {
         return nullptr;
     }
+    // Recorded before the removal, so that undo puts the operator back first and the references then find it.
+    ReferenceSupport::ClearReferencesInto(*op);
+    const std::size_t index = implementation->IndexOf(op);
     std::optional<Record> record;
     if (Transaction::IsRecording()) {
         record =
@@ -407,7 +413,7 @@ bool Graph::RemoveDataConnection(DataConnection connection) {
     implementation->connectionsChangedEvent.Fire();
     if (DataInputList* list = connection.input->GetList()) {
         DataInputList::Implementation& listImplementation = *Access::GetImplementation(*list);
-        if (listImplementation.GetSpareInput() != connection.input) {
+        if (!listImplementation.KeepsWhenDisconnected(connection.input)) {
             listImplementation.RemoveInput(connection.input);
         }
     }
@@ -707,15 +713,15 @@ void Graph::Execute(ExecutionContext& context) {
     }
 }
 
-void ClearFrameChangeMarks(Operator& op) {
-    ClearChangeMarks(*Access::GetImplementation(op));
+void ClearFrameChangeMarks(Operator& op, std::vector<Operator*>& unsettled) {
+    ClearChangeMarks(op, *Access::GetImplementation(op), unsettled);
 }
 
-void Graph::Implementation::ClearOperatorChangeMarks() {
+void Graph::Implementation::ClearOperatorChangeMarks(std::vector<Operator*>& unsettled) {
     const std::vector<Operator*>& order = GetExecutionOrder();
     if (order.size() != operators.size()) {
         for (Operator* op : operators) {
-            ClearChangeMarks(*Access::GetImplementation(*op));
+            ClearChangeMarks(*op, *Access::GetImplementation(*op), unsettled);
         }
         return;
     }
@@ -723,7 +729,7 @@ void Graph::Implementation::ClearOperatorChangeMarks() {
         if (i + kPrefetchDistance < order.size()) {
             Prefetch(executionStates[i + kPrefetchDistance]->FrameFields());
         }
-        ClearChangeMarks(*executionStates[i]);
+        ClearChangeMarks(*order[i], *executionStates[i], unsettled);
     }
 }
 

@@ -307,7 +307,8 @@ void Operator::SetName(std::string_view name) {
     if (name == implementation->name) {
         return;
     }
-    if (Transaction::IsRecording()) {
+    // Outside a graph the path would name the root graph; adding the operator records its name anyway.
+    if (Transaction::IsRecording() && implementation->graph != nullptr) {
         Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
     }
     implementation->name = name;
@@ -321,7 +322,7 @@ void Operator::SetPosition(const glm::vec2& position) {
     if (position == implementation->position) {
         return;
     }
-    if (Transaction::IsRecording()) {
+    if (Transaction::IsRecording() && implementation->graph != nullptr) {  // as for the name
         Transaction::AddRecord(OperatorPositionRecord{GetPath(), implementation->position, position});
     }
     implementation->position = position;

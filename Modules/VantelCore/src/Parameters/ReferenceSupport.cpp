@@ -205,8 +205,9 @@ Object* Resolve(const Parameter& parameter, std::string_view text) {
     return context->Resolve(*path);
 }
 
-void ClearReferencesInto(ParameterNode& node) {
-    Operator* op = node.GetOperator();
+void ClearReferencesInto(Object& target) {
+    // Found through const links; the operator itself is not const.
+    Operator* op = const_cast<Operator*>(FindOwningOperator(target));
     if (op == nullptr) {
         return;
     }
@@ -215,15 +216,18 @@ void ClearReferencesInto(ParameterNode& node) {
     // meanwhile.
     std::vector<Ptr<Parameter>> holders;
     auto visit = [&](Object& object) {
+        if (IsAtOrBelow(object, target)) {
+            return;  // goes along with the target, references and all
+        }
         if (auto* single = dynamic_cast<PtrParameter*>(&object)) {
             Object* referent = single->Value();
-            if (referent != nullptr && IsAtOrBelow(*referent, node)) {
+            if (referent != nullptr && IsAtOrBelow(*referent, target)) {
                 holders.emplace_back(single);
             }
         } else if (auto* list = dynamic_cast<PtrListParameter*>(&object)) {
             const std::vector<Object*> entries = list->Value();
             if (std::any_of(entries.begin(), entries.end(),
-                            [&](const Object* entry) { return IsAtOrBelow(*entry, node); })) {
+                            [&](const Object* entry) { return IsAtOrBelow(*entry, target); })) {
                 holders.emplace_back(list);
             }
         }
@@ -233,11 +237,11 @@ void ClearReferencesInto(ParameterNode& node) {
     for (const Ptr<Parameter>& holder : holders) {
         if (auto* single = dynamic_cast<PtrParameter*>(holder.Get())) {
             Object* referent = single->Value();  // a listener may have changed it meanwhile
-            if (referent != nullptr && IsAtOrBelow(*referent, node)) {
+            if (referent != nullptr && IsAtOrBelow(*referent, target)) {
                 single->SetValue(nullptr);
             }
         } else if (auto* list = dynamic_cast<PtrListParameter*>(holder.Get())) {
-            list->RemoveReferencesTo(node);
+            list->RemoveReferencesTo(target);
         }
     }
 }

@@ -15,7 +15,6 @@ namespace Vantel {
 
 class Object;
 class Parameter;
-class ParameterNode;
 
 namespace ReferenceSupport {
 
@@ -34,9 +33,10 @@ nlohmann::json ToJson(const Parameter& parameter, Object* referent);
 // The object that `text` names from the parameter's reference context; null when nothing answers.
 Object* Resolve(const Parameter& parameter, std::string_view text);
 
-// Clears every reference in the project of `node`'s operator that points at `node` or below it, through the
-// parameters' own setters so that the clearing is recorded and marked. Nothing for a tree without operator.
-void ClearReferencesInto(ParameterNode& node);
+// Clears every reference in the project around `target` (a parameter node or an operator) that points at
+// `target` or below it, through the parameters' own setters so that the clearing is recorded and marked.
+// References held inside `target` are kept. Nothing for a target without operator.
+void ClearReferencesInto(Object& target);
 
 }  // namespace ReferenceSupport
 }  // namespace Vantel

@@ -86,17 +86,6 @@ std::string RelativeText(Object& object, const Graph& graph) {
     return text;
 }
 
-// What is written is what the tree now is: its change marks are consumed, down through nested graphs.
-void ClearChangeMarks(Operator& op) {
-    Operator::Implementation& state = *Access::GetImplementation(op);
-    state.ClearMemberChangeMarks();
-    if (Graph* graph = state.AsGraph()) {
-        for (Operator* child : graph->GetOperators()) {
-            ClearChangeMarks(*child);
-        }
-    }
-}
-
 // Connection texts, sorted: the order in which connections were made does not show in the file.
 std::vector<std::pair<std::string, std::string>> SortedDataConnectionTexts(
     const std::vector<DataConnection>& connections) {
@@ -395,10 +384,8 @@ void WriteOperator(Writer& writer, const Operator& op) {
 
 template <typename Writer>
 void WriteProject(Writer& writer, const Project& project) {
-    // The marks are bookkeeping of the running tree, not part of the document; clearing them is the one
-    // change that saving makes.
-    auto& root = const_cast<Graph&>(*project.GetRootGraph());
-    ClearChangeMarks(root);
+    // The change marks stay: they are what the next frame hands on, and a save must not change that.
+    const Graph& root = *project.GetRootGraph();
     writer.BeginObject();
     writer.Key("root");
     WriteOperator(writer, root);

@@ -111,10 +111,41 @@ public:
     bool finished = false;
 
     void Finish() {
+        if (!finished) {
+            EndInnerTransactions();
+        }
         finished = true;
         if (activeTransaction != nullptr && activeTransaction->implementation.get() == this) {
             activeTransaction = enclosing;
         }
+    }
+
+    // Ending before a transaction opened inside this one breaks the stack order. The inner ones cannot go on
+    // (they would end into this one once it is gone), so they are made inert and this one becomes the top.
+    void EndInnerTransactions() {
+        if (!IsOnThisThreadsStack()) {
+            return;  // ended on another thread: nothing here to put in order
+        }
+        while (activeTransaction->implementation.get() != this) {
+            Implementation& inner = *activeTransaction->implementation;
+            LogError("Transaction '" + name + "' ended before '" + inner.name +
+                     "', which was opened inside it. What '" + inner.name + "' collected is dropped.");
+            activeTransaction = inner.enclosing;
+            inner.finished = true;
+            inner.enclosing = nullptr;
+            inner.records.clear();
+            inner.pending.clear();
+        }
+    }
+
+    bool IsOnThisThreadsStack() const {
+        for (const Transaction* open = activeTransaction; open != nullptr;
+             open = open->implementation->enclosing) {
+            if (open->implementation.get() == this) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void Attach() {

@@ -2,6 +2,8 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include <Vantel/Execution/Clock.h>
 #include <Vantel/Execution/Runner.h>
@@ -121,6 +123,46 @@ TEST(Runner, MembersThatJoinWithAMarkAreSeenAndCleared) {
     runner.Execute();
     EXPECT_FALSE(outputRef.HasDataChanged());
     EXPECT_FALSE(op.Outdated());
+}
+
+// Sets its own structural "Count" while running; one parameter per unit.
+class SelfShapingOperator : public Operator {
+public:
+    NumberParameter count{this, "Count", 0.0};
+    int runs = 0;
+
+    SelfShapingOperator() { count.SetParameterFlag(ParameterFlag::Structural, true); }
+    void Execute(ExecutionContext&) override {
+        ++runs;
+        count.SetValue(2.0);
+    }
+
+protected:
+    void UpdateStructure() override {
+        while (static_cast<double>(items.size()) < count.Value()) {
+            items.push_back(std::make_unique<NumberParameter>(this, "Item " + std::to_string(items.size())));
+        }
+    }
+
+private:
+    std::vector<std::unique_ptr<NumberParameter>> items;
+};
+
+TEST(Runner, StructureChangedWhileRunningIsSettledAfterTheFrame) {
+    Graph root;
+    SelfShapingOperator& op = Add<SelfShapingOperator>(Add<Graph>(root));
+    Runner runner(std::make_unique<FixedClock>(0.5));
+    runner.SetGraph(&root);
+    runner.WaitForTick();
+    Transaction transaction("Around frames");
+    runner.Execute();
+    EXPECT_FALSE(op.IsStructureDirty());
+    EXPECT_EQ(op.GetAllParameters().size(), 3u);
+    EXPECT_TRUE(transaction.GetRecords().empty());
+    runner.Execute();
+    EXPECT_EQ(op.runs, 2);  // once more, with its new structure
+    runner.Execute();
+    EXPECT_EQ(op.runs, 2);
 }
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
+#include <Vantel/Projects/UndoRedo.h>
 
 #include "Support/LogCapture.h"
 #include "Support/ProjectOperators.h"
@@ -96,10 +97,16 @@ TEST(Graph, ListInputsExistWhileConnected) {
     EXPECT_EQ(fromA->GetConnection().output, &a.out);
 
     Access::GetImplementation(mixer.layers)->SetSpareInput(fromB);
-    graph.DisconnectDataOutput(a.out);
     graph.DisconnectDataOutput(b.out);
-    EXPECT_EQ(mixer.layers.GetInputs(), std::vector<DataInput*>{fromB});  // the spare stays
+    EXPECT_EQ(mixer.layers.GetInputs(), (std::vector<DataInput*>{fromA, fromB}));  // the spare stays
+    EXPECT_EQ(fromB->GetName(), "Input 2");
+
+    // Removing a connected input through its list takes its connection along, once.
+    ASSERT_TRUE(Access::GetImplementation(mixer.layers)->RemoveInput(fromA));
+    EXPECT_EQ(mixer.layers.GetInputs(), std::vector<DataInput*>{fromB});
     EXPECT_EQ(fromB->GetName(), "Input 1");
+    EXPECT_TRUE(a.out.GetConnections().empty());
+    EXPECT_TRUE(graph.GetDataConnections().empty());
 }
 
 TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
@@ -225,6 +232,44 @@ TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     EXPECT_TRUE(graph.GetDataConnections().empty());
     EXPECT_EQ(graph.RemoveOperator(&source), nullptr);
     EXPECT_EQ(graph.GetOperators(), std::vector<Operator*>{&sink});
+}
+
+// An editor's "add node": create, name, place, add and connect in one transaction, naming before or after.
+TEST(Graph, AddingANamedOperatorUndoesAndRedoesAsOneStep) {
+    Testing::RegisterProjectTestTypes();
+    for (const bool namedFirst : {true, false}) {
+        SCOPED_TRACE(namedFirst ? "named before adding" : "named after adding");
+        Project project;
+        Graph& root = *project.GetRootGraph();
+        SourceOperator& source = Add<SourceOperator>(root);
+        const auto save = [&project] { return Serialization::SerializeProject(project).dump(4); };
+        const std::string before = save();
+
+        Transaction transaction("Add node");
+        auto made = std::make_unique<AddOperator>();
+        AddOperator& sink = *made;
+        const auto place = [&sink] {
+            sink.SetName("Sink");
+            sink.SetPosition({10.0f, 20.0f});
+        };
+        if (namedFirst) {
+            place();
+        }
+        root.AddOperator(std::move(made));
+        if (!namedFirst) {
+            place();
+        }
+        ASSERT_TRUE(root.AddDataConnection({&source.out, &sink.in}));
+        std::optional<CommittedTransaction> done = transaction.Commit();
+        ASSERT_TRUE(done);
+        const std::string after = save();
+        LogCapture log;
+        EXPECT_TRUE(UndoTransaction(project, *done));
+        EXPECT_EQ(save(), before);
+        EXPECT_TRUE(ApplyTransaction(project, *done));
+        EXPECT_EQ(save(), after);  // the root graph keeps its name and place
+        EXPECT_EQ(log.Text(), "");
+    }
 }
 
 TEST(Graph, UserPortsAndParameters) {
@@ -363,6 +408,31 @@ TEST(NestedGraph, SavedBytesDependOnlyOnTheModel) {
 
     gain->SetName("Gain");
     EXPECT_EQ(inputs.GetAllParameters()[0]->GetName(), "Gain");  // followed at once, unasked
+}
+
+// The model in memory and the file it just wrote compute the same next frame: saving consumes no mark.
+TEST(NestedGraph, SavingLeavesTheNextFrameAsItWas) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& nested = Add<Graph>(*project.GetRootGraph());
+    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested);
+    AddOperator& inner = Add<AddOperator>(nested);
+    auto* gain = static_cast<NumberParameter*>(nested.AddUserParameter(NumberParameter::Type(), false));
+    ASSERT_TRUE(nested.AddParameterConnection({inputs.FindMirror(*gain), &inner.offset, {{0, 0}}}, false));
+    gain->SetValue(3.0);  // before the first frame
+
+    const nlohmann::json saved = Serialization::SerializeProject(project);
+    std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(saved);
+    ASSERT_NE(loaded, nullptr);
+    for (Project* model : {&project, loaded.get()}) {
+        Runner runner(std::make_unique<FixedClock>(0.1));
+        runner.SetGraph(model->GetRootGraph());
+        runner.WaitForTick();
+        runner.Execute();
+        const auto* result = dynamic_cast<NumberParameter*>(model->Resolve(inner.result.GetPath()));
+        ASSERT_NE(result, nullptr);
+        EXPECT_EQ(result->Value(), 3.0);
+    }
 }
 
 }  // namespace

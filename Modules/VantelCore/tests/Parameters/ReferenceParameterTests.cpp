@@ -11,9 +11,13 @@
 #include <Vantel/Parameters/ParameterBundleList.h>
 #include <Vantel/Parameters/PtrListParameter.h>
 #include <Vantel/Parameters/PtrParameter.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
+#include <Vantel/Projects/UndoRedo.h>
 
 #include "Support/LogCapture.h"
+#include "Support/ProjectOperators.h"
 #include "Support/TestOperators.h"
 
 namespace Vantel {
@@ -291,6 +295,33 @@ TEST(ReferenceParameters, RemovingANodeClearsReferencesIntoItsSubtree) {
     EXPECT_EQ(records[1], Record(ParameterValueRecord{s.holder.targets.GetPath(), listBefore,
                                                       json({listBefore[0], listBefore[2]})}));
     EXPECT_TRUE(std::holds_alternative<BundleRemovedRecord>(records[2]));
+}
+
+// Undo of a removal gives back the references that pointed into the removed operator, redo clears them again.
+TEST(ReferenceParameters, RemovingAnOperatorClearsReferencesUndoably) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& root = *project.GetRootGraph();
+    SourceOperator& source = Add<SourceOperator>(root);
+    Testing::MixerOperator& mixer = Add<Testing::MixerOperator>(root);
+    mixer.focus = &source;
+    ASSERT_EQ(mixer.focus.Value(), &source);
+    const auto save = [&project] { return Serialization::SerializeProject(project).dump(4); };
+    const std::string before = save();
+
+    Transaction transaction("Remove source");
+    root.RemoveOperator(&source).reset();
+    std::optional<CommittedTransaction> done = transaction.Commit();
+    ASSERT_TRUE(done);
+    const std::string after = save();
+    LogCapture log;
+    EXPECT_TRUE(UndoTransaction(project, *done));
+    EXPECT_EQ(save(), before);
+    ASSERT_NE(mixer.focus.Value(), nullptr);
+    EXPECT_TRUE(ApplyTransaction(project, *done));
+    EXPECT_EQ(mixer.focus.Value(), nullptr);
+    EXPECT_EQ(save(), after);
+    EXPECT_EQ(log.Text(), "");
 }
 
 }  // namespace

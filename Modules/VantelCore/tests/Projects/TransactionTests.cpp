@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -79,6 +80,29 @@ TEST(Transaction, NestedTransactionWithoutAHolderDropsItsRecords) {
         "What it collected is dropped.\n"
         "[Error] Transaction 'Late' opened after a change that cannot hold one. What it collected is "
         "dropped.\n");
+}
+
+// Ending out of order is the caller's mistake; it must not leave the thread with a dangling transaction.
+TEST(Transaction, EndingBeforeAnInnerOneLogsAndLeavesTheInnerInert) {
+    LogCapture log;
+    Transaction base("Base");
+    Transaction::AddRecord(Compound("/A"));
+    auto outer = std::make_unique<Transaction>("Outer");
+    Transaction::AddRecord(Compound("/A/Mode"));
+    auto inner = std::make_unique<Transaction>("Inner");
+    Transaction::AddRecord(Value("/A/X", 0, 1));
+    outer.reset();
+    EXPECT_EQ(Transaction::Active(), &base);
+    EXPECT_EQ(log.Text(),
+              "[Error] Transaction 'Outer' ended before 'Inner', which was opened inside it. What 'Inner' "
+              "collected is dropped.\n");
+    EXPECT_TRUE(inner->GetRecords().empty());
+    EXPECT_FALSE(inner->Commit());
+    inner.reset();
+    EXPECT_EQ(Transaction::Active(), &base);
+    CompoundRecord expected = Compound("/A");
+    expected.nested = {Compound("/A/Mode")};
+    EXPECT_EQ(base.GetRecords(), std::vector<Record>{expected});
 }
 
 TEST(Transaction, CommitEndsOnceAndHandsRecordingBack) {

@@ -33,8 +33,9 @@ public:
     Graph* GetGraph() const;
 
     void WaitForTick();
-    // Advances the frame number by one and the time by the delta time, with or without a graph. If the graph
-    // throws, the exception propagates and neither the marks nor the counters change.
+    // Advances the frame number by one and the time by the delta time, with or without a graph. After the
+    // frame, operators whose structure changed while it ran are rebuilt (unrecorded) and run in the next
+    // frame. If the graph throws, the exception propagates and neither the marks nor the counters change.
     void Execute();
 
     double GetTime() const;

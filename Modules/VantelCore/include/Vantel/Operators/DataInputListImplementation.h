@@ -39,6 +39,11 @@ public:
     // The input that the graph keeps when its connection goes (null when there is none).
     DataInput* GetSpareInput() const { return spareInput; }
     void SetSpareInput(DataInput* input) { spareInput = input; }
+    // Whether the graph leaves `input` in the list when its connection goes: the spare, or the input that
+    // RemoveInput is disconnecting (it removes that one itself).
+    bool KeepsWhenDisconnected(const DataInput* input) const {
+        return input == spareInput || input == removing;
+    }
 
     // Forgets the operator, for an operator that is going away before the list.
     void DetachFromOperator();
@@ -56,6 +61,7 @@ private:
     std::vector<DataInput*> inputPointers;
     std::vector<const DataInput*> constInputPointers;
     DataInput* spareInput = nullptr;
+    DataInput* removing = nullptr;
     mutable bool prototypeRead = false;
     mutable const ObjectType* acceptedOutputType = nullptr;
     mutable Color uiColor{1.0f, 1.0f, 1.0f, 1.0f};

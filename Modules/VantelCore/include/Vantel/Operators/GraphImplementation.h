@@ -28,9 +28,10 @@ public:
     std::size_t IndexOf(const Operator* op) const;
     // Rebuilt when the order is dirty.
     const std::vector<Operator*>& GetExecutionOrder();
-    // After a frame: clears the change marks of every operator in the graph, nested graphs' included. The
-    // graph's own marks are for whoever holds the graph to clear.
-    void ClearOperatorChangeMarks();
+    // After a frame: clears the change marks of every operator in the graph, nested graphs' included, and
+    // appends those whose structure is dirty to `unsettled`. The graph's own marks are for whoever holds the
+    // graph to clear.
+    void ClearOperatorChangeMarks(std::vector<Operator*>& unsettled);
 
 private:
     friend class Graph;
@@ -65,7 +66,8 @@ private:
 };
 
 // After a frame: clears the change marks of `op` (its dirty flag, ports and parameters) and, for a graph, of
-// every operator below it.
-VANTEL_API void ClearFrameChangeMarks(Operator& op);
+// every operator below it. Appends to `unsettled` each of them whose structure update was deferred (its
+// structure is dirty), outer operators before those inside them.
+VANTEL_API void ClearFrameChangeMarks(Operator& op, std::vector<Operator*>& unsettled);
 
 }  // namespace Vantel

@@ -63,10 +63,11 @@ public:
 
     // Empty: the type's name is shown and used as the key base.
     const std::string& GetName() const;
-    // Records the rename while a transaction records.
+    // Records the rename while a transaction records and the operator is in a graph.
     void SetName(std::string_view name);
     const glm::vec2& GetPosition() const;
-    // Records the move while a transaction records, then fires PositionChangedEvent.
+    // Records the move while a transaction records and the operator is in a graph, then fires
+    // PositionChangedEvent.
     void SetPosition(const glm::vec2& position);
 
     // Null while the operator is in no graph.

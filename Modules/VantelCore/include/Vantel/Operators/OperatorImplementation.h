@@ -33,6 +33,8 @@ public:
 
     // Only sets the mark; UpdateStructureIfDirty acts on it.
     void MarkStructureDirty() { structureDirty = true; }
+    // Inline beside `dirty`: the runner asks it of every operator after each frame.
+    bool IsStructureDirty() const { return structureDirty; }
     // Calls UpdateStructure until it stops marking the structure dirty, at most 8 times; after the 8th the
     // error "UpdateStructureIfDirty: '<path>' still changes its own structural parameters after 8 rebuilds,
     // giving up." is logged. Does nothing while a SuppressUpdateStructure lives on this thread or a rebuild

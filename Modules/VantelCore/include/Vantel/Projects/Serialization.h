@@ -27,12 +27,12 @@ class Project;
 // Free functions, one per kind of object; none fails or logs. JSON objects keep their keys sorted.
 namespace Serialization {
 
-// {"root": the root graph as an operator, "version": SerializeProjectFileVersion()}. Clears the changed marks
-// of every data port and parameter in the tree first, so that a tree just saved reads as unchanged.
+// {"root": the root graph as an operator, "version": SerializeProjectFileVersion()}. Changes nothing, change
+// marks included: the next frame computes what it would have computed without the save.
 VANTEL_API nlohmann::json SerializeProject(const Project& project);
 // The project file's text: the bytes of SerializeProject(project).dump(4), written straight from the tree
-// without building the document, and clearing the same marks. Text that is not valid UTF-8 throws the JSON
-// library's type error, as dump does.
+// without building the document. Text that is not valid UTF-8 throws the JSON library's type error, as dump
+// does.
 VANTEL_API std::string SerializeProjectText(const Project& project);
 // This build's record: "format" 1; "software" (the release version, else the last release) when there is
 // one; "dev" {"commit", "modified", "commitsAfterRelease", "date"} for a build without release version.

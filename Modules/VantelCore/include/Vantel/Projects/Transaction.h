@@ -32,6 +32,10 @@ namespace Vantel {
 //    collected is dropped."
 //   "Transaction '<name>' opened after a change that cannot hold one. What it collected is dropped."
 // Destroyed uncommitted with no enclosing transaction, its records are discarded quietly.
+// Ending (by Commit or destruction) while a transaction opened inside it is still open breaks the order; each
+// such inner transaction is made inert (it takes no records and its end changes nothing) with the error
+//   "Transaction '<name>' ended before '<inner>', which was opened inside it. What '<inner>' collected is
+//    dropped."
 //
 // Normalisation, run when it ends either way: adjacent records of the same folding kind (0, 1, 2, 3, 9 and
 // 14) with the same target (path; for kind 1 also the component) become one record holding the first
