@@ -69,8 +69,22 @@ bool IsRecordedNode(const ParameterNode& node) {
     return parameter != nullptr && parameter->IsAddedByUser();
 }
 
+// A rebuild in a graph records the removal of the operator's own parameters too: undo replays the rebuild,
+// which makes them again with default values, and the record gives them theirs back.
+bool IsRecordedRemoval(const ParameterNode& node) {
+    if (IsRecordedNode(node)) {
+        return true;
+    }
+    if (dynamic_cast<const Parameter*>(&node) == nullptr ||
+        !Operator::Implementation::IsRebuildingStructure()) {
+        return false;
+    }
+    const Operator* op = node.GetOperator();
+    return op != nullptr && op->GetGraph() != nullptr;
+}
+
 std::optional<Record> RemovalRecord(ParameterNode& node, std::size_t index) {
-    if (!Transaction::IsRecording() || !IsRecordedNode(node)) {
+    if (!Transaction::IsRecording() || !IsRecordedRemoval(node)) {
         return std::nullopt;
     }
     nlohmann::json serialized = Serialization::SerializeParameterNode(node);
