@@ -1,12 +1,14 @@
 #include <Vantel/Parameters/ParameterGroup.h>
 
 #include <algorithm>
+#include <optional>
 
 #include <absl/container/flat_hash_map.h>
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/Ptr.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
@@ -67,6 +69,31 @@ bool IsRecordedNode(const ParameterNode& node) {
     return parameter != nullptr && parameter->IsAddedByUser();
 }
 
+// A rebuild in a graph records the removal of the operator's own parameters too: undo replays the rebuild,
+// which makes them again with default values, and the record gives them theirs back.
+bool IsRecordedRemoval(const ParameterNode& node) {
+    if (IsRecordedNode(node)) {
+        return true;
+    }
+    if (dynamic_cast<const Parameter*>(&node) == nullptr ||
+        !Operator::Implementation::IsRebuildingStructure()) {
+        return false;
+    }
+    const Operator* op = node.GetOperator();
+    return op != nullptr && op->GetGraph() != nullptr;
+}
+
+std::optional<Record> RemovalRecord(ParameterNode& node, std::size_t index) {
+    if (!Transaction::IsRecording() || !IsRecordedRemoval(node)) {
+        return std::nullopt;
+    }
+    nlohmann::json serialized = Serialization::SerializeParameterNode(node);
+    if (dynamic_cast<ParameterBundle*>(&node) != nullptr) {
+        return BundleRemovedRecord{node.GetPath(), index, std::move(serialized)};
+    }
+    return ParameterRemovedRecord{node.GetPath(), index, std::move(serialized)};
+}
+
 void CollectSubtreeParameters(ParameterNode& node, std::vector<Parameter*>& parameters) {
     if (auto* parameter = dynamic_cast<Parameter*>(&node)) {
         parameters.push_back(parameter);
@@ -75,6 +102,18 @@ void CollectSubtreeParameters(ParameterNode& node, std::vector<Parameter*>& para
     if (auto* group = dynamic_cast<ParameterGroup*>(&node)) {
         for (ParameterNode* child : group->GetChildren()) {
             CollectSubtreeParameters(*child, parameters);
+        }
+    }
+}
+
+// Each disconnection notifies, and a listener may take parameters of the subtree away meanwhile.
+void DisconnectSubtree(Graph& graph, ParameterNode& node) {
+    std::vector<Parameter*> found;
+    CollectSubtreeParameters(node, found);
+    const std::vector<Ptr<Parameter>> parameters(found.begin(), found.end());
+    for (const Ptr<Parameter>& parameter : parameters) {
+        if (Parameter* alive = parameter.Get()) {
+            graph.DisconnectParameter(*alive);
         }
     }
 }
@@ -210,39 +249,40 @@ bool ParameterGroup::Remove(ParameterNode* node) {
     if (node == nullptr || node->GetParent() != this) {
         return false;
     }
+    // Each step below fires listeners that may rebuild the structure and take the node out (and destroy it)
+    // themselves; the weak pointer tells when that happened, and then the removal is done.
+    const Ptr<ParameterNode> alive(node);
+    const auto stillHere = [&] { return alive.Get() != nullptr && node->GetParent() == this; };
     // Through the parameters' setters, while the node is still attached, so that each clearing is recorded
     // with a path that resolves and is undone after the node comes back.
     ReferenceSupport::ClearReferencesInto(*node);
     Operator* op = GetOperator();
-    if (op != nullptr) {
+    if (op != nullptr && stillHere()) {
         Access::GetImplementation(*op)->ParameterNodeRemovingEvent().Fire(node);
     }
-    if (Graph* graph = op != nullptr ? op->GetGraph() : nullptr) {
-        std::vector<Parameter*> parameters;
-        CollectSubtreeParameters(*node, parameters);
-        for (Parameter* parameter : parameters) {
-            graph->DisconnectParameter(*parameter);
-        }
+    if (Graph* graph = op != nullptr ? op->GetGraph() : nullptr; graph != nullptr && stillHere()) {
+        DisconnectSubtree(*graph, *node);
+    }
+    if (!stillHere()) {
+        return true;
     }
     std::unique_ptr<ParameterNode> owned = Detach(node);
     return true;  // `owned` dies here, destroying a node the group owned
 }
 
 std::unique_ptr<ParameterNode> ParameterGroup::Detach(ParameterNode* node) {
-    const std::size_t index = implementation->IndexOf(node);
-    if (node == nullptr || index == npos) {
+    if (node == nullptr || implementation->IndexOf(node) == npos) {
         return nullptr;
     }
-    std::optional<Record> record;
-    if (Transaction::IsRecording() && IsRecordedNode(*node)) {
-        nlohmann::json serialized = Serialization::SerializeParameterNode(*node);
-        if (dynamic_cast<ParameterBundle*>(node) != nullptr) {
-            record = BundleRemovedRecord{node->GetPath(), index, std::move(serialized)};
-        } else {
-            record = ParameterRemovedRecord{node->GetPath(), index, std::move(serialized)};
-        }
-    }
+    // The handler may remove or move other children, or this one: look for it again afterwards, and take
+    // the record only then, so that its index is where undo puts it back after undoing the handler's changes.
+    const Ptr<ParameterNode> alive(node);
     ChildRemoving(node);
+    const std::size_t index = alive.Get() != nullptr ? implementation->IndexOf(node) : npos;
+    if (index == npos) {
+        return nullptr;
+    }
+    std::optional<Record> record = RemovalRecord(*node, index);
     node->SetParent(nullptr);
     implementation->children.erase(implementation->children.begin() + static_cast<std::ptrdiff_t>(index));
     implementation->constChildren.erase(implementation->constChildren.begin() +
@@ -317,15 +357,25 @@ Parameter* ParameterGroup::FindParameter(std::string_view key) const {
     return dynamic_cast<Parameter*>(Find(key));
 }
 
-void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& nodes, std::string_view label) {
-    if (nodes.size() < 2) {
+void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& given, std::string_view label) {
+    if (given.size() < 2) {
         return;
     }
-    for (const ParameterNode* node : nodes) {
+    for (const ParameterNode* node : given) {
         if (node == nullptr || node->GetParent() != this) {
             LogError("ParameterGroup::MakeRow: all nodes must already be children of this group.");
             return;
         }
+    }
+    // A node named twice stands in the row once, at its first place.
+    std::vector<ParameterNode*> nodes;
+    for (ParameterNode* node : given) {
+        if (std::find(nodes.begin(), nodes.end(), node) == nodes.end()) {
+            nodes.push_back(node);
+        }
+    }
+    if (nodes.size() < 2) {
+        return;
     }
     // Take the row's nodes out, then put them back side by side where the first one stood.
     std::vector<ParameterNode*>& children = implementation->children;

@@ -1,8 +1,10 @@
 #include <Vantel/Projects/UndoRedo.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,70 +45,50 @@ void LogDrift(const Path& path) {
              " was not found. The history and the model have drifted apart.");
 }
 
-// The object at `path` as a T; logs the drift error when nothing (or nothing of that kind) answers.
-template <typename T>
-T* Find(Project& project, const Path& path) {
-    T* found = dynamic_cast<T*>(project.Resolve(path));
-    if (found == nullptr) {
-        LogDrift(path);
-    }
-    return found;
-}
-
-// The group that holds the node at `path`: the root group when the parent is an operator.
-ParameterGroup* FindGroup(Project& project, const Path& path) {
-    Object* parent = project.Resolve(path.GetParent());
-    if (auto* op = dynamic_cast<Operator*>(parent)) {
-        return &op->GetParameterGroup();
-    }
-    auto* group = dynamic_cast<ParameterGroup*>(parent);
-    if (group == nullptr) {
-        LogDrift(path.GetParent());
-    }
-    return group;
-}
-
 void RebuildIfDirty(Operator* op) {
     if (op != nullptr) {
         Access::GetImplementation(*op)->UpdateStructureIfDirty();
     }
 }
 
-bool SetValue(Project& project, const Path& path, const json& value) {
-    auto* parameter = Find<Parameter>(project, path);
-    if (parameter == nullptr) {
-        return false;
-    }
-    parameter->DeserializeValue(value);
-    RebuildIfDirty(parameter->GetOperator());
-    return true;
+// The operator whose structure the compound record at `path` rebuilds; none when the record's target is gone.
+std::optional<Path> RebuiltOperator(Project& project, const Path& path) {
+    auto* parameter = dynamic_cast<Parameter*>(project.Resolve(path));
+    Operator* op = parameter != nullptr ? parameter->GetOperator() : nullptr;
+    return op != nullptr ? std::optional<Path>(op->GetPath()) : std::nullopt;
 }
 
 // ---- one function per kind and direction ----
 
+// Records nested in a compound record were made by the rebuild that its write caused, and the replay of that
+// write has just run the rebuild again: it made and removed the operator's members itself. So, below the
+// rebuilt operator, a target that is gone is done rather than drift, a member that the record puts back and
+// that exists again only gets its stored state, and a member that the operator's own code made is never
+// taken out from here.
 class Replayer {
 public:
-    Replayer(Project& project, Direction direction) : project(project), direction(direction) {}
+    Replayer(Project& project, Direction direction, const Path* rebuilt)
+        : project(project), direction(direction), rebuilt(rebuilt) {}
 
     bool Forward() const { return direction == Direction::Forward; }
 
     bool operator()(const ParameterValueRecord& record) const {
-        return SetValue(project, record.path, Forward() ? record.next : record.previous);
+        return SetValue(record.path, Forward() ? record.next : record.previous);
     }
 
     bool operator()(const ParameterComponentRecord& record) const {
-        auto* parameter = Find<Parameter>(project, record.path);
+        auto* parameter = Find<Parameter>(record.path);
         if (parameter == nullptr) {
-            return false;
+            return Missing(record.path);
         }
         parameter->SetComponent(record.component, Forward() ? record.next : record.previous);
         return true;
     }
 
     bool operator()(const OperatorPositionRecord& record) const {
-        auto* op = Find<Operator>(project, record.path);
+        auto* op = Find<Operator>(record.path);
         if (op == nullptr) {
-            return false;
+            return Missing(record.path);
         }
         op->SetPosition(Forward() ? record.next : record.previous);
         return true;
@@ -126,8 +108,7 @@ public:
         } else if (auto* list = dynamic_cast<DataInputList*>(target)) {
             list->SetName(name);
         } else {
-            LogDrift(record.path);
-            return false;
+            return Missing(record.path);
         }
         return true;
     }
@@ -135,15 +116,18 @@ public:
     bool operator()(const OperatorRecord& record) const {
         const bool add = (record.presence == Presence::Added) == Forward();
         if (!add) {
-            auto* op = Find<Operator>(project, record.path);
-            if (op == nullptr || op->GetGraph() == nullptr) {
+            auto* op = Find<Operator>(record.path);
+            if (op == nullptr) {
+                return Missing(record.path);
+            }
+            if (op->GetGraph() == nullptr) {
                 return false;
             }
             return op->GetGraph()->RemoveOperator(op) != nullptr;
         }
-        auto* graph = Find<Graph>(project, record.path.GetParent());
+        auto* graph = Find<Graph>(record.path.GetParent());
         if (graph == nullptr) {
-            return false;
+            return Missing(record.path.GetParent());
         }
         Deserialization::Context context;
         std::unique_ptr<Operator> op =
@@ -158,35 +142,50 @@ public:
     }
 
     bool operator()(const DataConnectionRecord& record) const {
-        auto* output = Find<DataOutput>(project, record.output);
-        auto* input = Find<DataInput>(project, record.input);
-        if (output == nullptr || input == nullptr) {
-            return false;
+        auto* output = Find<DataOutput>(record.output);
+        if (output == nullptr) {
+            return Missing(record.output);
+        }
+        auto* input = Find<DataInput>(record.input);
+        if (input == nullptr) {
+            return Missing(record.input);
         }
         Graph* graph = input->GetOperator() != nullptr ? input->GetOperator()->GetGraph() : nullptr;
         if (graph == nullptr) {
             return false;
         }
+        const bool connected = input->IsConnected() && input->GetConnection().output == output;
         if ((record.presence == Presence::Added) == Forward()) {
-            return graph->AddDataConnection(DataConnection{output, input});
+            return (connected && Rebuilt(record.input)) ||
+                   graph->AddDataConnection(DataConnection{output, input});
         }
-        return graph->RemoveDataConnection(DataConnection{output, input});
+        return (!connected && Rebuilt(record.input)) ||
+               graph->RemoveDataConnection(DataConnection{output, input});
     }
 
     bool operator()(const ParameterConnectionRecord& record) const {
-        auto* source = Find<Parameter>(project, record.output);
-        auto* target = Find<Parameter>(project, record.input);
-        if (source == nullptr || target == nullptr) {
-            return false;
+        auto* source = Find<Parameter>(record.output);
+        if (source == nullptr) {
+            return Missing(record.output);
+        }
+        auto* target = Find<Parameter>(record.input);
+        if (target == nullptr) {
+            return Missing(record.input);
         }
         Graph* graph = target->GetOperator() != nullptr ? target->GetOperator()->GetGraph() : nullptr;
         if (graph == nullptr) {
             return false;
         }
+        const std::vector<ParameterConnection>& incoming = target->GetIncomingConnections();
+        const bool connected =
+            std::any_of(incoming.begin(), incoming.end(),
+                        [source](const auto& connection) { return connection.source == source; });
         if ((record.presence == Presence::Added) == Forward()) {
-            return graph->AddParameterConnection(ParameterConnection{source, target, record.links}, true);
+            return (connected && Rebuilt(record.input)) ||
+                   graph->AddParameterConnection(ParameterConnection{source, target, record.links}, true);
         }
-        return graph->RemoveParameterConnection(ParameterConnectionEndpoints{source, target});
+        return (!connected && Rebuilt(record.input)) ||
+               graph->RemoveParameterConnection(ParameterConnectionEndpoints{source, target});
     }
 
     bool operator()(const DataPortRecord& record) const {
@@ -197,16 +196,15 @@ public:
         }
         auto* op = dynamic_cast<Operator*>(parent);
         if (op == nullptr) {
-            LogDrift(record.path.GetParent());
-            return false;
+            return Missing(record.path.GetParent());
         }
         return add ? AddUserPort(*op, record) : RemoveUserPort(*op, record);
     }
 
     bool operator()(const StructureRecord& record) const {
-        auto* op = Find<Operator>(project, record.path);
+        auto* op = Find<Operator>(record.path);
         if (op == nullptr) {
-            return false;
+            return Missing(record.path);
         }
         Deserialization::Context context;
         Deserialization::RestoreOwnStructure(*op, Forward() ? record.next : record.previous, context);
@@ -215,8 +213,11 @@ public:
     }
 
     bool operator()(const ListInputMoveRecord& record) const {
-        auto* input = Find<DataInput>(project, record.path);
-        if (input == nullptr || input->GetList() == nullptr) {
+        auto* input = Find<DataInput>(record.path);
+        if (input == nullptr) {
+            return Missing(record.path);
+        }
+        if (input->GetList() == nullptr) {
             return false;
         }
         const std::size_t index =
@@ -225,24 +226,31 @@ public:
     }
 
     bool operator()(const ParameterAddedRecord& record) const {
-        return Forward() ? AddNode(record.path, record.index, record.node) : RemoveNode(record.path);
+        return Forward() ? PutNode(record.path, record.index, record.node, false)
+                         : TakeNode(record.path, record.node);
     }
 
     bool operator()(const ParameterRemovedRecord& record) const {
-        return Forward() ? RemoveNode(record.path) : AddNode(record.path, record.index, record.node);
+        return Forward() ? TakeNode(record.path, record.node)
+                         : PutNode(record.path, record.index, record.node, false);
     }
 
     bool operator()(const BundleAddedRecord& record) const {
-        return Forward() ? AddNode(record.path, record.index, record.node) : RemoveNode(record.path);
+        return Forward() ? PutNode(record.path, record.index, record.node, true)
+                         : TakeNode(record.path, record.node);
     }
 
     bool operator()(const BundleRemovedRecord& record) const {
-        return Forward() ? RemoveNode(record.path) : AddNode(record.path, record.index, record.node);
+        return Forward() ? TakeNode(record.path, record.node)
+                         : PutNode(record.path, record.index, record.node, true);
     }
 
     bool operator()(const ParameterNodeMoveRecord& record) const {
-        auto* node = Find<ParameterNode>(project, record.path);
-        if (node == nullptr || node->GetParent() == nullptr) {
+        auto* node = Find<ParameterNode>(record.path);
+        if (node == nullptr) {
+            return Missing(record.path);
+        }
+        if (node->GetParent() == nullptr) {
             return false;
         }
         const std::size_t index =
@@ -252,10 +260,39 @@ public:
     }
 
     bool operator()(const CompoundRecord& record) const {
-        return SetValue(project, record.path, Forward() ? record.next : record.previous);
+        return SetValue(record.path, Forward() ? record.next : record.previous);
     }
 
 private:
+    template <typename T>
+    T* Find(const Path& path) const {
+        return dynamic_cast<T*>(project.Resolve(path));
+    }
+
+    // Whether `path` lies below the operator whose rebuild was just replayed.
+    bool Rebuilt(const Path& path) const {
+        return rebuilt != nullptr && path.MakeRelative(*rebuilt).has_value();
+    }
+
+    // The result of a step whose target is gone: done when the replayed rebuild took it away, else drift.
+    bool Missing(const Path& path) const {
+        if (Rebuilt(path)) {
+            return true;
+        }
+        LogDrift(path);
+        return false;
+    }
+
+    bool SetValue(const Path& path, const json& value) const {
+        auto* parameter = Find<Parameter>(path);
+        if (parameter == nullptr) {
+            return Missing(path);
+        }
+        parameter->DeserializeValue(value);
+        RebuildIfDirty(parameter->GetOperator());
+        return true;
+    }
+
     // A list input that comes back is made with its old key and moved to where it was.
     static bool AddListInput(DataInputList& list, const DataPortRecord& record) {
         const std::string key = Deserialization::Detail::KeyOf(record.port);
@@ -317,14 +354,40 @@ private:
         } else if (auto* output = dynamic_cast<DataOutput*>(port)) {
             return op.RemoveDataOutput(output);
         }
-        LogDrift(record.path);
-        return false;
+        return Missing(record.path);
+    }
+
+    // Makes the node at `path` exist with the stored state.
+    bool PutNode(const Path& path, std::uint64_t index, const json& node, bool bundle) const {
+        if (!Rebuilt(path)) {
+            return AddNode(path, index, node);
+        }
+        if (auto* existing = Find<ParameterNode>(path)) {
+            return RestoreNode(*existing, static_cast<std::size_t>(index), node);
+        }
+        // A member of the operator's own that its rebuild did not make again cannot be made from here.
+        return bundle || node.contains("type") ? AddNode(path, index, node) : true;
+    }
+
+    // Makes the node at `path` go; a member of the operator's own stays to its rebuild.
+    bool TakeNode(const Path& path, const json& node) const {
+        auto* existing = Find<ParameterNode>(path);
+        if (existing == nullptr) {
+            return Missing(path);
+        }
+        if (existing->GetParent() == nullptr) {
+            return false;
+        }
+        if (Rebuilt(path) && dynamic_cast<Parameter*>(existing) != nullptr && !node.contains("type")) {
+            return true;
+        }
+        return existing->GetParent()->Remove(existing);
     }
 
     bool AddNode(const Path& path, std::uint64_t index, const json& node) const {
-        ParameterGroup* group = FindGroup(project, path);
+        ParameterGroup* group = FindGroup(path);
         if (group == nullptr) {
-            return false;
+            return Missing(path.GetParent());
         }
         if (auto* list = dynamic_cast<ParameterBundleList*>(group)) {
             return AddBundle(*list, static_cast<std::size_t>(index), node);
@@ -342,51 +405,69 @@ private:
         return inserted;
     }
 
+    // The group that holds the node at `path`: the root group when the parent is an operator.
+    ParameterGroup* FindGroup(const Path& path) const {
+        Object* parent = project.Resolve(path.GetParent());
+        if (auto* op = dynamic_cast<Operator*>(parent)) {
+            return &op->GetParameterGroup();
+        }
+        return dynamic_cast<ParameterGroup*>(parent);
+    }
+
     static bool AddBundle(ParameterBundleList& list, std::size_t index, const json& node) {
-        Operator* op = list.GetOperator();
         ParameterBundle* bundle =
             list.CreateBundle(node.value("kind", std::string()), Deserialization::Detail::KeyOf(node));
-        if (bundle == nullptr || op == nullptr) {
+        return bundle != nullptr && RestoreNode(*bundle, index, node);
+    }
+
+    // Gives an existing node the stored values (a bundle: those of its parameters) and its stored place.
+    static bool RestoreNode(ParameterNode& existing, std::size_t index, const json& node) {
+        Operator* op = existing.GetOperator();
+        if (op == nullptr) {
             return false;
         }
         Deserialization::Context context;
-        std::vector<Deserialization::Detail::Unmatched> unmatched;
-        Deserialization::Detail::ApplyScope(*op, *bundle,
-                                            Deserialization::Detail::ArrayAt(node, "parameters"), context,
-                                            Deserialization::Detail::References::Defer, unmatched);
-        if (index < list.GetBundles().size() && list.IndexOf(bundle) != index) {
-            list.MoveBundle(bundle, index);
+        if (auto* bundle = dynamic_cast<ParameterBundle*>(&existing)) {
+            std::vector<Deserialization::Detail::Unmatched> unmatched;
+            Deserialization::Detail::ApplyScope(*op, *bundle,
+                                                Deserialization::Detail::ArrayAt(node, "parameters"), context,
+                                                Deserialization::Detail::References::Defer, unmatched);
+        } else if (auto* parameter = dynamic_cast<Parameter*>(&existing);
+                   parameter != nullptr && node.contains("value")) {
+            Deserialization::Detail::ApplyValue(*parameter, node["value"], context,
+                                                Deserialization::Detail::References::Defer);
+        }
+        ParameterGroup* group = existing.GetParent();
+        if (group != nullptr && index < group->GetChildCount() && existing.GetIndex() != index) {
+            group->Move(&existing, index);
         }
         Deserialization::Detail::RebuildStructure(*op);
         context.ResolveReferences();
         return true;
     }
 
-    bool RemoveNode(const Path& path) const {
-        auto* node = Find<ParameterNode>(project, path);
-        if (node == nullptr || node->GetParent() == nullptr) {
-            return false;
-        }
-        return node->GetParent()->Remove(node);
-    }
-
     Project& project;
     Direction direction;
+    const Path* rebuilt;
 };
 
-bool Step(Project& project, const Record& record, Direction direction) {
+bool Step(Project& project, const Record& record, Direction direction, const Path* rebuilt) {
     Transaction::SuppressRecording suppress;
-    return std::visit(Replayer(project, direction), record);
+    return std::visit(Replayer(project, direction, rebuilt), record);
 }
 
-bool Replay(Project& project, const std::vector<Record>& records, Direction direction) {
+// Undo reverts a compound record before its nested records, like redo applies it first: its replay runs the
+// rebuild, and the nested records then give back what that rebuild cannot know (values, connections,
+// references) on the members it made.
+bool Replay(Project& project, const std::vector<Record>& records, Direction direction, const Path* rebuilt) {
     bool result = true;
     const std::size_t count = records.size();
     for (std::size_t i = 0; i < count; ++i) {
         const Record& record = records[direction == Direction::Forward ? i : count - 1 - i];
-        result = Step(project, record, direction) && result;
+        result = Step(project, record, direction, rebuilt) && result;
         if (const auto* compound = std::get_if<CompoundRecord>(&record)) {
-            result = Replay(project, compound->nested, direction) && result;
+            const std::optional<Path> op = RebuiltOperator(project, compound->path);
+            result = Replay(project, compound->nested, direction, op ? &*op : nullptr) && result;
         }
     }
     return result;
@@ -552,12 +633,12 @@ struct Describer {
 
 bool ApplyTransaction(Project& project, const CommittedTransaction& transaction) {
     Transaction::SuppressRecording suppress;
-    return Replay(project, transaction.records, Direction::Forward);
+    return Replay(project, transaction.records, Direction::Forward, nullptr);
 }
 
 bool UndoTransaction(Project& project, const CommittedTransaction& transaction) {
     Transaction::SuppressRecording suppress;
-    return Replay(project, transaction.records, Direction::Backward);
+    return Replay(project, transaction.records, Direction::Backward, nullptr);
 }
 
 std::string DescribeRecord(const Record& record) {

@@ -13,7 +13,7 @@
 #include <Vantel/Projects/Transaction.h>
 
 #include "Support/LogCapture.h"
-#include "Support/TestParameters.h"
+#include "Support/ProjectOperators.h"
 
 namespace Vantel {
 namespace {
@@ -254,6 +254,10 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
     EXPECT_EQ(group.GetRow(&d), (std::vector<ParameterNode*>{&d, &b}));
     EXPECT_EQ(annotationEvents, 4);
 
+    group.MakeRow({&a, &c, &a}, "Twice");  // a node named twice stands in the row once
+    EXPECT_EQ(Keys(group), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
+    EXPECT_EQ(group.GetRow(&a), (std::vector<ParameterNode*>{&a, &c}));
+
     NumberParameter stranger(nullptr, "x");
     group.MakeRow({&a, &stranger}, "bad");
     EXPECT_EQ(log.Text(),
@@ -341,6 +345,45 @@ TEST(ParameterBundleList, CreatesRemovesAndMovesWithHandlers) {
     EXPECT_TRUE(list.RemoveBundle(first));
     EXPECT_EQ(list.GetBundleCount(), 1u);
     EXPECT_EQ(calls, (std::vector<std::string>{"created A", "created B", "reordered", "removing First"}));
+}
+
+// The removing handler may take other bundles out first; the leaving one is found again afterwards, and its
+// record holds the place it had when it left, so that undo puts it back after the handler's own changes.
+TEST(ParameterBundleList, RemovingHandlerMayRemoveOtherBundles) {
+    Operator op;
+    ParameterBundleList* items = nullptr;
+    ParameterBundleList list(&op, "Items", {.removing = [&](ParameterBundle& leaving) {
+        if (leaving.GetKey() == "C") {
+            items->RemoveBundle(items->GetBundle(0));
+        }
+    }});
+    items = &list;
+    for (const char* key : {"A", "B", "C", "D"}) {
+        list.CreateBundle("Item", key);
+    }
+    Transaction transaction("Remove");
+    EXPECT_TRUE(list.RemoveBundle(list.GetBundle(2)));
+    EXPECT_EQ(Keys(list), (std::vector<std::string>{"B", "D"}));
+    ASSERT_EQ(transaction.GetRecords().size(), 2u);
+    const auto* removed = std::get_if<BundleRemovedRecord>(&transaction.GetRecords()[1]);
+    ASSERT_NE(removed, nullptr);
+    EXPECT_EQ(removed->path.ToString(), "/Items/C");
+    EXPECT_EQ(removed->index, 1u);
+}
+
+// Clearing the references into a node that is being removed may rebuild the structure that holds it.
+TEST(ParameterBundleList, RemovalSurvivesARebuildFromClearedReferences) {
+    Graph graph;
+    auto& stack = Testing::Add<Testing::StackOperator>(graph);
+    stack.count.SetValue(2.0);
+    ParameterBundle* second = stack.layers.GetBundle(1);
+    stack.focus.SetValue(second);
+    ASSERT_EQ(stack.focus.Value(), second);
+    EventSubscription collapse =
+        stack.focus.ValueChangedEvent().Subscribe([&] { stack.count.SetValue(0.0); });
+    EXPECT_TRUE(stack.layers.RemoveBundle(second));
+    EXPECT_EQ(stack.layers.GetBundleCount(), 0u);
+    EXPECT_EQ(stack.GetAllParameters().size(), 2u);  // Count and Focus
 }
 
 // A list whose operator type refuses further bundles.

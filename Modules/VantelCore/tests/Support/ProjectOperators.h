@@ -87,12 +87,59 @@ private:
     std::vector<Parameter*> copies;
 };
 
+// Structural through a number: "Count" layers, each a bundle in "Layers" and a "Weight n" parameter that the
+// rebuild makes and keeps by pointer, as operator types do. "Focus" may point at a layer.
+class StackOperator : public Operator {
+public:
+    NumberParameter count{this, "Count", 0.0};
+    ParameterBundleList layers{this, "Layers", {.created = [](ParameterBundle& layer) {
+                                   layer.Add(std::make_unique<NumberParameter>(nullptr, "Opacity", 1.0));
+                               }}};
+    PtrParameter focus{this, "Focus", nullptr};
+
+    StackOperator() {
+        count.SetParameterFlag(ParameterFlag::Structural, true);
+        focus.SetFilter({.types = {ParameterBundle::Type()}});
+    }
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.Stack", Operator::Type(), MakeFactory<StackOperator>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+
+protected:
+    void UpdateStructure() override {
+        const auto wanted = static_cast<std::size_t>(std::max(0.0, count.Value()));
+        while (weights.size() > wanted) {
+            Parameter* last = weights.back();
+            weights.pop_back();
+            RemoveParameter(last);
+        }
+        while (weights.size() < wanted) {
+            auto weight =
+                std::make_unique<NumberParameter>(nullptr, "Weight " + std::to_string(weights.size() + 1));
+            weights.push_back(weight.get());
+            AddParameter(std::move(weight));
+        }
+        while (layers.GetBundleCount() > wanted) {
+            layers.RemoveBundle(layers.GetBundle(layers.GetBundleCount() - 1));
+        }
+        while (layers.GetBundleCount() < wanted) {
+            layers.CreateBundle("Layer", "Layer " + std::to_string(layers.GetBundleCount() + 1));
+        }
+    }
+
+private:
+    std::vector<Parameter*> weights;
+};
+
 // The core types and the test types above, registered once per process (a second registration warns).
 inline void RegisterProjectTestTypes() {
     static const bool registered = [] {
         RegisterCoreTypes();
-        for (const ObjectType* type : {SourceOperator::Type(), AddOperator::Type(), NumberParameter::Type(),
-                                       MixerOperator::Type(), MirrorOperator::Type()}) {
+        for (const ObjectType* type :
+             {SourceOperator::Type(), AddOperator::Type(), NumberParameter::Type(), MixerOperator::Type(),
+              MirrorOperator::Type(), StackOperator::Type()}) {
             TypeLibrary::Get()->RegisterType(type);
         }
         return true;

@@ -45,7 +45,8 @@ public:
     bool Insert(ParameterNode* node, std::size_t index);
     bool Insert(std::unique_ptr<ParameterNode>&& node, std::size_t index);
     // False unless `node` is a child. Clears references into the node's subtree, disconnects its parameters
-    // in the operator's graph, detaches it, and destroys it when the group owned it.
+    // in the operator's graph, detaches it, and destroys it when the group owned it. True as well when a
+    // listener of those steps took the node out itself.
     bool Remove(ParameterNode* node);
     // False for null, a node that is not a child, an index not below the child count, or the current index.
     bool Move(ParameterNode* node, std::size_t index);
@@ -62,9 +63,9 @@ public:
     // The first direct child with this key, as a parameter: null when that first match is not a parameter.
     Parameter* FindParameter(std::string_view key) const;
 
-    // Moves `nodes` next to each other from the first one's position, makes them one row, labels it. Fewer
-    // than two nodes do nothing; a null node or one that is not a child logs "ParameterGroup::MakeRow: all
-    // nodes must already be children of this group." and changes nothing.
+    // Moves `nodes` next to each other from the first one's position, makes them one row, labels it. A node
+    // given twice counts once; fewer than two nodes do nothing; a null node or one that is not a child logs
+    // "ParameterGroup::MakeRow: all nodes must already be children of this group." and changes nothing.
     void MakeRow(const std::vector<ParameterNode*>& nodes, std::string_view label);
     // The row that `node` belongs to, first node first; empty when `node` is not a child.
     std::vector<ParameterNode*> GetRow(const ParameterNode* node) const;

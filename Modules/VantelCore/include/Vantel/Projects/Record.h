@@ -53,10 +53,15 @@ namespace Vantel {
 //   12    BundleAddedRecord          path, index, node                       yes             no
 //   13    BundleRemovedRecord        path, index, node                       yes             no
 //         a user-added parameter or a bundle inserted into or detached from a parameter group at `index`.
+//         During a rebuild in a graph, the removal of any parameter is recorded as kind 11, so that undo
+//         gives the members the rebuild took away their values back.
 //   14    ParameterNodeMoveRecord    path, previousIndex, nextIndex          no              yes
 //   15    CompoundRecord             path, previous, next (json), nested     no              no
 //         the whole-value write of a structural parameter; `nested` holds the records of the rebuild it
-//         caused (a transaction opened inside another attaches its records here).
+//         caused (a transaction opened inside another attaches its records here). Redo and undo both replay
+//         the write first, which runs the rebuild again, then the nested records (undo: in reverse) on what
+//         it made: below the rebuilt operator a target that is gone is done, and a node put back that exists
+//         again only gets its stored values and place.
 //
 // "Clears pending": see Transaction::AddRecord. "Folds": see Transaction::Commit.
 struct ParameterValueRecord;
@@ -199,7 +204,7 @@ struct CompoundRecord {
     Path path;
     nlohmann::json previous;
     nlohmann::json next;
-    std::vector<Record> nested;  // in the order made; replayed after this record's own change
+    std::vector<Record> nested;  // in the order made; replayed after this record's own change, both ways
     bool operator==(const CompoundRecord& other) const = default;
 };
 

@@ -26,7 +26,10 @@ class Project;
 //     (kinds 10 to 13): the references and connections the entry carries are resolved at once;
 //   - a bundle re-created: its operator rebuilds its structure, as when a file is loaded;
 //   - a list input whose connection went away is removed by its graph, so a list input record that finds
-//     its input already gone (or already back) counts as done.
+//     its input already gone (or already back) counts as done;
+//   - a nested record of a compound record below the operator that the compound record rebuilt: a target
+//     that is gone counts as done, a parameter or bundle to put back that the rebuild made again keeps its
+//     place and takes the stored values, and a parameter that the operator itself declared is never removed.
 VANTEL_API bool ApplyTransaction(Project& project, const CommittedTransaction& transaction);
 VANTEL_API bool UndoTransaction(Project& project, const CommittedTransaction& transaction);
 
