@@ -24,15 +24,17 @@ test-tsan: deps
 	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/ExecutionTests --gtest_brief=1
 	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/TasksShutdownTests --gtest_brief=1
 
-# The project loader under libFuzzer for a minute, from the seed corpus; new inputs go to a scratch folder so
-# that the checked-in corpus stays as written.
+# The project loader's fuzzer and then the edit-sequence fuzzer, a minute each, from their seed corpora; new
+# inputs go to scratch folders so that the checked-in corpora stay as written.
+FUZZ_ENV = ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 fuzz:
 	@VANTEL_FUZZ=1 bash tools/install-deps.sh
 	cmake --preset fuzz
-	cmake --build --preset fuzz --target LoaderFuzzer
-	rm -rf build/fuzz/corpus && mkdir -p build/fuzz/corpus
-	ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-		./build/fuzz/bin/LoaderFuzzer -max_total_time=60 -print_final_stats=1 build/fuzz/corpus fuzz/corpus
+	cmake --build --preset fuzz --target LoaderFuzzer EditFuzzer
+	rm -rf build/fuzz/corpus build/fuzz/edit-corpus && mkdir -p build/fuzz/corpus build/fuzz/edit-corpus
+	$(FUZZ_ENV) ./build/fuzz/bin/LoaderFuzzer -max_total_time=60 -print_final_stats=1 build/fuzz/corpus fuzz/corpus
+	$(FUZZ_ENV) ./build/fuzz/bin/EditFuzzer -max_total_time=60 -print_final_stats=1 build/fuzz/edit-corpus \
+		fuzz/edit-corpus
 
 bench: deps
 	cmake --preset bench
