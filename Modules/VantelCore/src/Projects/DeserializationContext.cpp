@@ -46,7 +46,7 @@ public:
 
     // Applies the reference values; gives the operators whose structural values were among them, each once
     // and in the order met.
-    std::vector<Ptr<Operator>> ApplyReferenceValues() {
+    std::vector<Ptr<Operator>> ApplyReferenceValues(Context& context) {
         std::vector<Ptr<Operator>> structural;
         for (DeferredValue& deferred : std::exchange(references, {})) {
             Parameter* parameter = deferred.parameter.Get();
@@ -56,7 +56,7 @@ public:
                 dropped.push_back({DroppedEntry::Kind::ParameterValue, {}, deferred.key, reason});
                 continue;
             }
-            parameter->DeserializeValue(deferred.value);
+            Detail::GiveValue(*parameter, deferred.value, context);
             Operator* op = parameter->GetOperator();
             if (op != nullptr && parameter->HasParameterFlag(ParameterFlag::Structural) &&
                 std::find(structural.begin(), structural.end(), Ptr<Operator>(op)) == structural.end()) {
@@ -110,6 +110,18 @@ public:
         Ptr<Object> owner;
         std::string key;
         std::string reason;
+        // Set for a value its parameter refused: while the parameter lives, it names the entry.
+        Ptr<Parameter> parameter = {};
+
+        DroppedEntry Describe() const {
+            if (Parameter* refusing = parameter.Get()) {
+                Object* parent = refusing->GetParentObject();
+                return {kind, parent != nullptr ? parent->GetPath().ToString() : std::string(),
+                        refusing->GetKey(), reason};
+            }
+            Object* object = owner.Get();
+            return {kind, object != nullptr ? object->GetPath().ToString() : std::string(), key, reason};
+        }
     };
 
     std::vector<DeferredValue> references;
@@ -152,7 +164,7 @@ void Context::DeferConnections(Graph& graph, nlohmann::json dataConnections,
 }
 
 void Context::ResolveReferences() {
-    implementation->ApplyStoredValues(implementation->ApplyReferenceValues(), *this);
+    implementation->ApplyStoredValues(implementation->ApplyReferenceValues(*this), *this);
 
     const std::vector<Implementation::DeferredConnections> graphs = std::exchange(implementation->graphs, {});
     for (const Implementation::DeferredConnections& deferred : graphs) {
@@ -175,9 +187,7 @@ std::vector<DroppedEntry> Context::GetDroppedEntries() const {
     std::vector<DroppedEntry> entries;
     entries.reserve(implementation->dropped.size());
     for (const Implementation::Dropped& dropped : implementation->dropped) {
-        Object* owner = dropped.owner.Get();
-        entries.push_back({dropped.kind, owner != nullptr ? owner->GetPath().ToString() : std::string(),
-                           dropped.key, dropped.reason});
+        entries.push_back(dropped.Describe());
     }
     return entries;
 }
@@ -202,6 +212,14 @@ void ContextAccess::DeferConnections(Context& context, Graph& graph, const nlohm
 void ContextAccess::NoteDropped(Context& context, DroppedEntry::Kind kind, Object* owner, std::string key,
                                 std::string reason) {
     context.implementation->dropped.push_back({kind, Ptr<Object>(owner), std::move(key), std::move(reason)});
+}
+
+void ContextAccess::NoteRefusedValue(Context& context, Parameter& parameter, std::string reason) {
+    context.implementation->dropped.push_back({DroppedEntry::Kind::ParameterValue,
+                                               {},
+                                               parameter.GetKey(),
+                                               std::move(reason),
+                                               Ptr<Parameter>(&parameter)});
 }
 
 void DropEntry(Context& context, DroppedEntry::Kind kind, Object& owner, std::string key,

@@ -45,6 +45,9 @@ struct ContextAccess {
     // Notes an entry as dropped; the caller has logged the reason. A null owner is one that went away.
     static void NoteDropped(Context& context, DroppedEntry::Kind kind, Object* owner, std::string key,
                             std::string reason);
+    // Notes the value that `parameter` refused, with the reason it logged. The entry is named by the
+    // parameter's place when the load is over, as it may be attached or re-keyed after its value came.
+    static void NoteRefusedValue(Context& context, Parameter& parameter, std::string reason);
 };
 
 // What the loader needs of a Project beyond its public calls.
@@ -74,6 +77,9 @@ DroppedEntry::Kind KindOf(const Unmatched& unmatched);
 std::string KeyOf(const Unmatched& unmatched);
 std::string DropReason(const Operator& op, const Unmatched& unmatched);
 
+// Gives `value` to the parameter now. Each warning or error logged meanwhile is the parameter refusing the
+// value: it is noted in `context` as a dropped value.
+void GiveValue(Parameter& parameter, const nlohmann::json& value, Context& context);
 void ApplyValue(Parameter& parameter, const nlohmann::json& value, Context& context, References references);
 // Applies the entry at `index` of a stored scope to `scope` of `op`. A parameter value, bundle list or group
 // without member is added to `unmatched`: a rebuild of the operator may still make it.

@@ -15,6 +15,7 @@
 #include <Vantel/Support/Logging.h>
 
 #include "Projects/DeserializationSupport.h"
+#include "Support/LogListener.h"
 
 namespace Vantel::Deserialization {
 namespace {
@@ -42,12 +43,18 @@ void ApplyBundles(Operator& op, ParameterGroup& scope, std::size_t index, const 
         list->RemoveBundle(bundle);
     }
     for (const json& bundleEntry : Detail::AsArray(entry.at("bundles"))) {
-        ParameterBundle* bundle =
-            list->CreateBundle(bundleEntry.value("kind", std::string()), Detail::KeyOf(bundleEntry));
-        if (bundle != nullptr) {
-            Detail::ApplyScope(op, *bundle, Detail::ArrayAt(bundleEntry, "parameters"), context, references,
-                               unmatched);
+        const std::string kind = bundleEntry.value("kind", std::string());
+        const std::string key = Detail::KeyOf(bundleEntry);
+        ParameterBundle* bundle = list->CreateBundle(kind, key);
+        if (bundle == nullptr) {
+            Detail::DropEntry(context, DroppedEntry::Kind::Bundle, *list, key,
+                              "CreateBundles: bundle list '" + list->GetKey() + "' in operator '" +
+                                  op.GetName() + "' refused bundle '" + key + "' of kind '" + kind +
+                                  "', it is dropped.");
+            continue;
         }
+        Detail::ApplyScope(op, *bundle, Detail::ArrayAt(bundleEntry, "parameters"), context, references,
+                           unmatched);
     }
     Detail::RebuildStructure(op);
 }
@@ -128,12 +135,20 @@ std::string DropReason(const Operator& op, const Unmatched& unmatched) {
     }
 }
 
+void GiveValue(Parameter& parameter, const json& value, Context& context) {
+    Vantel::Detail::LogListener listener;
+    parameter.DeserializeValue(value);
+    for (std::string& message : listener.TakeMessages()) {
+        ContextAccess::NoteRefusedValue(context, parameter, std::move(message));
+    }
+}
+
 void ApplyValue(Parameter& parameter, const json& value, Context& context, References references) {
     if (references == References::Defer && parameter.ValueReferencesObjects()) {
         context.DeferReferenceValue(parameter, value);
         return;
     }
-    parameter.DeserializeValue(value);
+    GiveValue(parameter, value, context);
 }
 
 void ApplyEntry(Operator& op, ParameterGroup& scope, std::size_t index, const json& entry, Context& context,

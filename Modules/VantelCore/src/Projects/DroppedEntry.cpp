@@ -14,6 +14,8 @@ std::string_view ToString(DroppedEntry::Kind kind) {
             return "parameter group";
         case DroppedEntry::Kind::BundleList:
             return "bundle list";
+        case DroppedEntry::Kind::Bundle:
+            return "bundle";
         case DroppedEntry::Kind::ListInputs:
             return "list inputs";
         case DroppedEntry::Kind::ListInput:

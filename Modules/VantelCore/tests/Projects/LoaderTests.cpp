@@ -13,6 +13,7 @@
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/EnumParameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
 #include <Vantel/Projects/BuildInfo.h>
@@ -114,7 +115,8 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
              "dataInputs": [{"key": "Layers", "inputs": [{"key": "A"}, {"key": "B"}]},
                             {"key": "Ghost", "inputs": [{"key": "C"}]}],
              "parameters": [{"key": "Extra", "type": "Vantel.Test.NumberParameter", "name": "Extra"},
-                            {"key": "Missing", "bundles": []}, {"key": "Mix", "value": 0.25}]},
+                            {"key": "Missing", "bundles": []}, {"key": "Mix", "value": 0.25},
+                            {"key": "Focus", "value": "Nowhere"}]},
             {"type": "Vantel.Test.Mirror", "key": "Copy", "name": "Copy",
              "parameters": [{"key": "Model", "value": "Source"}, {"key": "Bogus", "value": 1.0}]}],
         "dataConnections": [{"output": "Source/Out", "input": "Mixer/Layers/A"},
@@ -139,6 +141,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "\"parameters\" is dropped.\n"
         "[Error] CreateBundles: bundle list 'Missing' not found in operator 'Mixer', its bundles are "
         "dropped.\n"
+        "[Warning] PtrParameter::DeserializeValue: could not resolve 'Nowhere', the value is cleared.\n"
         "[Warning] Context::ResolveReferences: some stored values of operator 'Copy' did not match a member "
         "and are dropped.\n"
         "[Error] DeserializeDataConnections: failed to add connection 'Source/Out -> Mixer/Layers/A'.\n"
@@ -175,6 +178,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         {Kind::ListInputs, "/Mixer: Ghost"},
         {Kind::AddedMember, "/Mixer: Extra"},
         {Kind::BundleList, "/Mixer: Missing"},
+        {Kind::ParameterValue, "/Mixer: Focus"},  // refused by the parameter itself
         {Kind::ParameterValue, "/Copy: Bogus"},
         {Kind::DataConnection, "/: Source/Out -> Mixer/Layers/A"},
         {Kind::DataConnection, "/: Gone/Out -> Mixer/Layers/B"},
@@ -193,31 +197,49 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     EXPECT_EQ(dropped[2].reason, "DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.");
 }
 
-// Structural through a plain value: a positive "Stages" makes the bundle list "Steps", whose bundles hold a
-// "Gain", so the list's stored bundles find it only once the operator was rebuilt.
+// Takes no more bundles than its operator has stages.
+class StepList : public ParameterBundleList {
+public:
+    using ParameterBundleList::ParameterBundleList;
+    std::size_t limit = 0;
+
+protected:
+    bool AcceptsChild(const ParameterNode& node) override {
+        return GetBundleCount() < limit && ParameterBundleList::AcceptsChild(node);
+    }
+};
+
+// Structural through a plain value: a positive "Stages" makes the bundle list "Steps", whose bundles (no more
+// than "Stages") hold a "Gain", so the list's stored bundles find it only once the operator was rebuilt.
 class StagedOperator : public Operator {
 public:
     NumberParameter stages{this, "Stages", 0.0};
+    EnumParameter order{this, "Order"};
 
-    StagedOperator() { stages.SetParameterFlag(ParameterFlag::Structural, true); }
+    StagedOperator() {
+        stages.SetParameterFlag(ParameterFlag::Structural, true);
+        order.SetPossibleValues({"forward", "backward"});
+    }
     static const ObjectType* Type() {
         static const ObjectType type("Vantel.Test.Staged", Operator::Type(), MakeFactory<StagedOperator>());
         return &type;
     }
     const ObjectType* GetType() const override { return Type(); }
-    std::unique_ptr<ParameterBundleList> steps;
+    std::unique_ptr<StepList> steps;
 
 protected:
     void UpdateStructure() override {
         if (stages.Value() > 0.0 && steps == nullptr) {
-            steps = std::make_unique<ParameterBundleList>(
+            steps = std::make_unique<StepList>(
                 this, "Steps", BundleHandlers{.created = [](ParameterBundle& step) {
                     step.Add(std::make_unique<NumberParameter>(nullptr, "Gain"));
                 }});
+            steps->limit = static_cast<std::size_t>(stages.Value());
         }
     }
 };
 
+// What the parameters and lists refuse themselves is lost as well: logged by them, listed by the load.
 TEST(Loader, ValuesOfMembersThatAStructuralValueCreatesAreRestored) {
     Testing::RegisterProjectTestTypes();
     static const bool registered = (TypeLibrary::Get()->RegisterType(StagedOperator::Type()), true);
@@ -226,26 +248,39 @@ TEST(Loader, ValuesOfMembersThatAStructuralValueCreatesAreRestored) {
         return Deserialization::DeserializeProject(json::parse(std::string("{") + kVersion + R"(, "root": {
             "type": "Vantel.General.Graph", "operators": [{"type": "Vantel.Test.Staged", "key": "Staged",
             "name": "Staged", "parameters": [{"key": "Stages", "value": )" +
-                                                               stages + R"(}, {"key": "Steps",
-            "bundles": [{"key": "A", "kind": "Step", "parameters": [{"key": "Gain", "value": 0.5}]}]}]}]}})"));
+                                                               stages +
+                                                               R"(}, {"key": "Order", "value": "sideways"},
+            {"key": "Steps", "bundles": [
+                {"key": "A", "kind": "Step", "parameters": [{"key": "Gain", "value": 0.5}]},
+                {"key": "B", "kind": "Step"}]}]}]}})"));
     };
+    using Kind = DroppedEntry::Kind;
+    const std::string order = "EnumParameter '/Order': 'sideways' is not one of the choices.";
     LogCapture log;
-    const std::unique_ptr<Project> project = load("2");
+    const std::unique_ptr<Project> project = load("1");
     ASSERT_NE(project, nullptr);
-    EXPECT_EQ(log.Text(), "");
+    const std::string refused =
+        "CreateBundles: bundle list 'Steps' in operator 'Staged' refused bundle 'B' of kind 'Step', it is "
+        "dropped.";
+    EXPECT_EQ(log.Text(), "[Warning] " + order + "\n[Error] " + refused + "\n");
+    EXPECT_EQ(project->GetDroppedEntries(),
+              (std::vector<DroppedEntry>{{Kind::ParameterValue, "/Staged", "Order", order},
+                                         {Kind::Bundle, "/Staged/Steps", "B", refused}}));
     const auto* staged = dynamic_cast<StagedOperator*>(project->GetRootGraph()->GetOperators().at(0));
     ASSERT_NE(staged->steps, nullptr);
     ASSERT_EQ(staged->steps->GetBundles().size(), 1u);
     EXPECT_EQ(static_cast<NumberParameter*>(staged->steps->GetBundles()[0]->Find("Gain"))->Value(), 0.5);
 
     // Without the structural value the list never comes, and its bundles are reported once.
+    log.Clear();
     const std::unique_ptr<Project> flat = load("0");
     ASSERT_NE(flat, nullptr);
     const std::string reason =
         "CreateBundles: bundle list 'Steps' not found in operator 'Staged', its bundles are dropped.";
-    EXPECT_EQ(log.Text(), "[Error] " + reason + "\n");
+    EXPECT_EQ(log.Text(), "[Warning] " + order + "\n[Error] " + reason + "\n");
     EXPECT_EQ(flat->GetDroppedEntries(),
-              (std::vector<DroppedEntry>{{DroppedEntry::Kind::BundleList, "/Staged", "Steps", reason}}));
+              (std::vector<DroppedEntry>{{Kind::ParameterValue, "/Staged", "Order", order},
+                                         {Kind::BundleList, "/Staged", "Steps", reason}}));
 }
 
 TEST(Loader, NewerFilesWarnOlderAndDevelopmentFilesLoadSilently) {

@@ -21,9 +21,10 @@ struct VANTEL_API DroppedEntry {
     enum class Kind {
         Operator,        // an operator of a graph: unknown type, no "type", cannot be made
         Position,        // an operator's position that is not two numbers; the operator loads
-        ParameterValue,  // a stored value that found no parameter
+        ParameterValue,  // a stored value that found no parameter, or that its parameter refused
         ParameterScope,  // a stored group that found no group at its position
         BundleList,      // a bundle list with its bundles
+        Bundle,          // one bundle with its values, refused by its list
         ListInputs,      // the inputs of a data input list that the operator does not have
         ListInput,       // one list input left without its connection
         AddedMember,     // a port or parameter the user added, on an operator that cannot hold it
