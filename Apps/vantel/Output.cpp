@@ -28,19 +28,4 @@ std::ostream& Out() {
     return HostOutput() != nullptr ? *HostOutput() : std::cout;
 }
 
-LogTap::LogTap() : previous(std::cout.rdbuf(buffer.rdbuf())) {}
-
-LogTap::~LogTap() {
-    std::cout.rdbuf(previous);
-}
-
-std::vector<std::string> LogTap::Lines() const {
-    std::vector<std::string> lines;
-    std::istringstream text(buffer.str());
-    for (std::string line; std::getline(text, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
 }  // namespace VantelHost

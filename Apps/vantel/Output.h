@@ -2,11 +2,8 @@
 #pragma once
 
 #include <iosfwd>
-#include <sstream>
 #include <stdexcept>
-#include <streambuf>
 #include <string>
-#include <vector>
 
 namespace VantelHost {
 
@@ -33,22 +30,5 @@ public:
 void SeparateLibraryLog();
 // Standard output for the host's results.
 std::ostream& Out();
-
-// Collects the library's log lines for its lifetime instead of showing them. Main thread, and only while no
-// background task may log.
-class LogTap {
-public:
-    LogTap();
-    ~LogTap();
-    LogTap(const LogTap&) = delete;
-    LogTap& operator=(const LogTap&) = delete;
-
-    // The lines written so far, without their newlines.
-    std::vector<std::string> Lines() const;
-
-private:
-    std::ostringstream buffer;
-    std::streambuf* previous;
-};
 
 }  // namespace VantelHost

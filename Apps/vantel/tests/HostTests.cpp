@@ -172,12 +172,14 @@ TEST(Host, CheckReportsVersionsAndEveryDroppedEntry) {
     EXPECT_EQ(dropped.out,
               Data("dropped.json") +
                   "\n  format: 1\n  written by: release 2640, the same as this build\n"
-                  "  operators: 1\n  dropped: 2\n"
+                  "  operators: 1\n  dropped: 3\n"
                   "    parameter value 'Nope' in /Kept: ApplyParameterValues: parameter 'Nope' not found in "
                   "operator 'Kept', its value is dropped.\n"
                   "    operator 'Gone' in /: DeserializeOperator: type 'Nowhere.Unknown' not found in type "
-                  "library.\n");
-    EXPECT_THAT(dropped.err, HasSubstr("vantel: " + Data("dropped.json") + ": loading dropped 2 entries\n"));
+                  "library.\n"
+                  "    parameter value 'Target' in /: PtrParameter::DeserializeValue: could not resolve "
+                  "'Nowhere', the value is cleared.\n");
+    EXPECT_THAT(dropped.err, HasSubstr("vantel: " + Data("dropped.json") + ": loading dropped 3 entries\n"));
 
     // The newer file's warning is a note about the version, not a dropped entry; format 2 cannot be read.
     struct Row {
@@ -285,7 +287,7 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     const Result lossy = Host(temp, {"upgrade", Data("dropped.json"), "lossy.json"});
     EXPECT_EQ(lossy.code, 1);
     EXPECT_THAT(lossy.err, HasSubstr("vantel: " + Data("dropped.json") +
-                                     ": loading dropped 2 entries, "
+                                     ": loading dropped 3 entries, "
                                      "lossy.json is not written; give --force to write what loaded\n"));
     EXPECT_EQ(vantelLines(lossy.err), 1u);
     EXPECT_FALSE(fs::exists(temp.path / "lossy.json"));
