@@ -74,7 +74,9 @@ public:
     void ResolveReferences();
 
     // Every entry this load dropped so far, in the order met, also after ResolveReferences. Owners are
-    // named by the paths they have now, so ask once the loaded tree is in place.
+    // named by the paths they have now, so ask once the loaded tree is in place. A value is listed as well
+    // when its parameter logs a warning or error while taking it (one entry per line, the reason as logged),
+    // and so is a bundle that its list refuses.
     std::vector<DroppedEntry> GetDroppedEntries() const;
 
 private:
