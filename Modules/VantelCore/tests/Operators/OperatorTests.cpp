@@ -226,6 +226,7 @@ TEST(DataInputList, KeysAreSettledAndBadTypesRefused) {
               "[Error] DataInputList::CreateInput: list 'Untyped' has no input type.\n"
               "[Error] DataInputList::CreateInput: 'Vantel.General.Operator' is not a data input type.\n");
     EXPECT_EQ(wrong.GetInputCount(), 0u);
+    EXPECT_EQ(untyped.GetUIColor(), (Color{1.0f, 1.0f, 1.0f, 1.0f}));  // no prototype to take it from
     EXPECT_EQ(op.GetAllDataInputSlots().size(), 3u);
 }
 
