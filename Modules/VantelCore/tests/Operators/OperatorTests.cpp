@@ -138,6 +138,15 @@ TEST(Operator, OwnedAndMemberPortsComeAndGo) {
     DataOutput* raw = owned.get();
     ASSERT_TRUE(op->AddDataOutput(std::move(owned)));
     EXPECT_EQ(raw->GetOperator(), op.get());
+    {
+        // A removed port that the operator does not own is let go, free to join another.
+        DataInput input(op.get(), "In");
+        DataOutput output(op.get(), "Out");
+        ASSERT_TRUE(op->RemoveDataInput(&input) && op->RemoveDataOutput(&output));
+        Operator other;
+        EXPECT_TRUE(other.AddDataInput(&input));
+        EXPECT_TRUE(other.AddDataOutput(&output));
+    }
     int removed = 0;
     EventSubscription subscription = op->DataOutputRemovedEvent().Subscribe([&](DataOutput* output) {
         EXPECT_EQ(output, raw);
