@@ -280,6 +280,7 @@ TEST(Operator, StructureRebuildsUntilSettledAtMostEightTimes) {
         EXPECT_EQ(op.rebuilds, 0);
     }
     implementation.UpdateStructureIfDirty();
+    implementation.UpdateStructureIfDirty();  // settled: nothing to rebuild
     EXPECT_EQ(op.rebuilds, 1);
     EXPECT_FALSE(op.IsStructureDirty());
     EXPECT_EQ(op.GetAllParameters().size(), 3u);
