@@ -331,17 +331,19 @@ TEST(Operator, FlatParametersFollowTheTree) {
     }
     EXPECT_EQ(keys, (std::vector<std::string>{"First", "Inner", "Last"}));
 
-    int removed = 0;
-    EventSubscription subscription =
-        op.ParameterNodeRemovedEvent().Subscribe([&](ParameterNode*) { ++removed; });
+    std::vector<std::string> changes;
+    EventSubscription removals = op.ParameterNodeRemovedEvent().Subscribe(
+        [&](ParameterNode* node) { changes.push_back("removed " + node->GetKey()); });
+    EventSubscription additions = op.ParameterNodeAddedEvent().Subscribe(
+        [&](ParameterNode* node) { changes.push_back("added " + node->GetKey()); });
     EXPECT_TRUE(op.RemoveParameter(&first));
     EXPECT_FALSE(op.RemoveParameter(&first));
     EXPECT_EQ(op.GetAllParameters().size(), 2u);
-    EXPECT_EQ(removed, 1);
 
     auto owned = std::make_unique<NumberParameter>(nullptr, "Owned");
     EXPECT_TRUE(op.InsertParameter(std::move(owned), 0));
     EXPECT_EQ(op.GetAllParameters().front()->GetKey(), "Owned");
+    EXPECT_EQ(changes, (std::vector<std::string>{"removed First", "added Owned"}));
     ParameterGroup elsewhere;
     auto taken = std::make_unique<NumberParameter>(nullptr, "Taken");
     Ptr<Parameter> weak(taken.get());
