@@ -251,6 +251,11 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
     EXPECT_EQ(crossed.in.Value(), glm::dvec3(0.0, 9.0, 7.0));
     EXPECT_EQ(crossed.in.FindIncomingConnection(2)->source, &from.out);
     EXPECT_EQ(crossed.in.FindIncomingConnection(0), nullptr);
+
+    // Unless replacing, a free component takes another source, but the same source is not linked twice.
+    EXPECT_FALSE(graph.AddParameterConnection({&from.out, &crossed.in, {{1, 0}}}, false));
+    EXPECT_TRUE(graph.AddParameterConnection({&number.value, &crossed.in, {{0, 0}}}, false));
+    EXPECT_EQ(crossed.in.Value(), glm::dvec3(-2.0, 9.0, 7.0));
 }
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {
