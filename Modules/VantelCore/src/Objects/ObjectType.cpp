@@ -41,11 +41,7 @@ bool StartsWord(std::string_view s, std::size_t i) {
     }
     if (IsDigit(previous) && IsUpper(current)) {
         // "3D" stays one word, but in "3Int" the capital starts a word of its own.
-        std::size_t end = i;
-        while (end < s.size() && IsUpper(s[end])) {
-            ++end;
-        }
-        return end - i == 1 && end < s.size() && IsLower(s[end]);
+        return i + 1 < s.size() && IsLower(s[i + 1]);
     }
     if (IsUpper(previous) && IsUpper(current) && i + 1 < s.size() && IsLower(s[i + 1])) {
         // The last capital of a run that follows a digit starts the next word: "2DArray" -> "2D Array".

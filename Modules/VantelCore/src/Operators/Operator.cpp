@@ -1,6 +1,8 @@
 #include <Vantel/Operators/Operator.h>
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <optional>
 
 #include <Vantel/Objects/Access.h>
@@ -46,6 +48,13 @@ void SettlePortKey(Operator::Implementation& implementation, Port& port, std::st
         port.SetKey(port.GetName());
     }
     implementation.SettleChildKey(port, port.GetName().empty() ? base : std::string_view(port.GetName()));
+}
+
+// Bit for bit: the file keeps -0 apart from 0, and NaN is the same as itself, so a load puts back exactly
+// what was saved and setting the same NaN again records nothing.
+bool IsSamePosition(const glm::vec2& a, const glm::vec2& b) {
+    return std::bit_cast<std::uint32_t>(a.x) == std::bit_cast<std::uint32_t>(b.x) &&
+           std::bit_cast<std::uint32_t>(a.y) == std::bit_cast<std::uint32_t>(b.y);
 }
 
 template <typename Item>
@@ -319,7 +328,7 @@ const glm::vec2& Operator::GetPosition() const {
 }
 
 void Operator::SetPosition(const glm::vec2& position) {
-    if (position == implementation->position) {
+    if (IsSamePosition(position, implementation->position)) {
         return;
     }
     if (Transaction::IsRecording() && implementation->graph != nullptr) {  // as for the name

@@ -1,5 +1,7 @@
 #include <Vantel/Parameters/ParameterNode.h>
 
+#include <algorithm>
+
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterBundle.h>
@@ -37,12 +39,8 @@ std::size_t ParameterNode::GetIndex() const {
         return npos;
     }
     const std::vector<const ParameterNode*>& siblings = parent->GetChildren();
-    for (std::size_t i = 0; i < siblings.size(); ++i) {
-        if (siblings[i] == this) {
-            return i;
-        }
-    }
-    return npos;
+    const auto found = std::find(siblings.begin(), siblings.end(), this);
+    return found == siblings.end() ? npos : static_cast<std::size_t>(found - siblings.begin());
 }
 
 Operator* ParameterNode::GetOperator() const {

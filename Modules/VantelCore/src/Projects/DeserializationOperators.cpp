@@ -155,10 +155,9 @@ void CreateListInputs(Operator& op, const json& entry, Context& context) {
                                   op.GetName() + "', its inputs are dropped.");
             continue;
         }
+        // A list input's entry holds only its key: its name comes from its place in the list.
         for (const json& inputEntry : Detail::AsArray(item.at("inputs"))) {
-            if (DataInput* input = Access::GetImplementation(*list)->CreateInput(Detail::KeyOf(inputEntry))) {
-                DeserializeDataInput(inputEntry, *input, context);
-            }
+            Access::GetImplementation(*list)->CreateInput(Detail::KeyOf(inputEntry));
         }
     }
 }

@@ -293,7 +293,8 @@ private:
         return true;
     }
 
-    // A list input that comes back is made with its old key and moved to where it was.
+    // A list input that comes back is made with its old key (all its entry holds: its name comes from its
+    // place) and moved to where it was.
     static bool AddListInput(DataInputList& list, const DataPortRecord& record) {
         const std::string key = Deserialization::Detail::KeyOf(record.port);
         if (list.FindChild(key) != nullptr) {
@@ -303,9 +304,6 @@ private:
         if (input == nullptr) {
             return false;
         }
-        Deserialization::Context context;
-        Deserialization::DeserializeDataInput(record.port, *input, context);
-        context.ResolveReferences();
         const std::size_t index = static_cast<std::size_t>(record.index);
         if (index < list.GetInputCount() && list.IndexOf(input) != index) {
             list.MoveInput(input, index);

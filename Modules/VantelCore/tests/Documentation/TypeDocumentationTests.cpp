@@ -268,6 +268,13 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
         SCOPED_TRACE(name);
         EXPECT_EQ(ObjectType(name, nullptr, nullptr).GetDisplayName(), display);
     }
+    // A name may be a view into a longer text: what follows it is not part of it.
+    const std::pair<std::string_view, const char*> views[] = {{"Example.Blur2Dx", "Blur 2D"},
+                                                              {"Example.Tex2DAx", "Tex 2DA"}};
+    for (const auto& [text, display] : views) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(ObjectType(text.substr(0, text.size() - 1), nullptr, nullptr).GetDisplayName(), display);
+    }
     EXPECT_EQ(ObjectType("Vantel.PtrParameter", nullptr, nullptr, "Reference").GetDisplayName(), "Reference");
     EXPECT_EQ(ObjectType("Vantel.PtrParameter", nullptr, nullptr, "").GetDisplayName(), "Ptr");
 }

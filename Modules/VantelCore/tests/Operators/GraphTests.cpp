@@ -40,6 +40,32 @@ std::unique_ptr<ExecutionContext> Frame(unsigned long long number = 0) {
     return Access::CreateExecutionContext(0.0, 0.0, number);
 }
 
+// An output of its own type, and an input that takes only such outputs.
+class NumberOutput : public DataOutput {
+public:
+    using DataOutput::DataOutput;
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.NumberOutput", DataOutput::Type(),
+                                     MakeFactory<NumberOutput>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+};
+
+class NumberInput : public DataInput {
+public:
+    NumberInput() {
+        SetAcceptedOutputType(NumberOutput::Type());
+        SetUIColor({0.0f, 0.5f, 1.0f, 1.0f});
+    }
+    static const ObjectType* Type() {
+        static const ObjectType type("Vantel.Test.NumberInput", DataInput::Type(),
+                                     MakeFactory<NumberInput>());
+        return &type;
+    }
+    const ObjectType* GetType() const override { return Type(); }
+};
+
 TEST(Graph, KeysComeFromNamesOrTypes) {
     Graph graph;
     SourceOperator& unnamed = Add<SourceOperator>(graph);
@@ -85,6 +111,10 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
 TEST(Graph, ListInputsExistWhileConnected) {
     struct Mixer : Operator {
         DataInputList layers{this, "Layers", DataInput::Type(), {}};
+        DataInputList numbers{this, "Numbers", NumberInput::Type(), {}};
+    };
+    struct Counter : Operator {
+        NumberOutput out{this, "Out"};
     };
     Graph graph;
     SourceOperator& a = Add<SourceOperator>(graph);
@@ -107,6 +137,11 @@ TEST(Graph, ListInputsExistWhileConnected) {
     EXPECT_EQ(fromB->GetName(), "Input 1");
     EXPECT_TRUE(a.out.GetConnections().empty());
     EXPECT_TRUE(graph.GetDataConnections().empty());
+
+    // A typed list answers for its inputs before it makes one, and shows their colour.
+    EXPECT_FALSE(graph.CanAddDataConnection(a.out, mixer.numbers));
+    EXPECT_NE(graph.AddDataConnection(Add<Counter>(graph).out, mixer.numbers), nullptr);
+    EXPECT_EQ(mixer.numbers.GetUIColor(), (Color{0.0f, 0.5f, 1.0f, 1.0f}));
 }
 
 TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
@@ -216,6 +251,11 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
     EXPECT_EQ(crossed.in.Value(), glm::dvec3(0.0, 9.0, 7.0));
     EXPECT_EQ(crossed.in.FindIncomingConnection(2)->source, &from.out);
     EXPECT_EQ(crossed.in.FindIncomingConnection(0), nullptr);
+
+    // Unless replacing, a free component takes another source, but the same source is not linked twice.
+    EXPECT_FALSE(graph.AddParameterConnection({&from.out, &crossed.in, {{1, 0}}}, false));
+    EXPECT_TRUE(graph.AddParameterConnection({&number.value, &crossed.in, {{0, 0}}}, false));
+    EXPECT_EQ(crossed.in.Value(), glm::dvec3(-2.0, 9.0, 7.0));
 }
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {

@@ -138,6 +138,15 @@ TEST(Operator, OwnedAndMemberPortsComeAndGo) {
     DataOutput* raw = owned.get();
     ASSERT_TRUE(op->AddDataOutput(std::move(owned)));
     EXPECT_EQ(raw->GetOperator(), op.get());
+    {
+        // A removed port that the operator does not own is let go, free to join another.
+        DataInput input(op.get(), "In");
+        DataOutput output(op.get(), "Out");
+        ASSERT_TRUE(op->RemoveDataInput(&input) && op->RemoveDataOutput(&output));
+        Operator other;
+        EXPECT_TRUE(other.AddDataInput(&input));
+        EXPECT_TRUE(other.AddDataOutput(&output));
+    }
     int removed = 0;
     EventSubscription subscription = op->DataOutputRemovedEvent().Subscribe([&](DataOutput* output) {
         EXPECT_EQ(output, raw);
@@ -226,6 +235,7 @@ TEST(DataInputList, KeysAreSettledAndBadTypesRefused) {
               "[Error] DataInputList::CreateInput: list 'Untyped' has no input type.\n"
               "[Error] DataInputList::CreateInput: 'Vantel.General.Operator' is not a data input type.\n");
     EXPECT_EQ(wrong.GetInputCount(), 0u);
+    EXPECT_EQ(untyped.GetUIColor(), (Color{1.0f, 1.0f, 1.0f, 1.0f}));  // no prototype to take it from
     EXPECT_EQ(op.GetAllDataInputSlots().size(), 3u);
 }
 
@@ -270,6 +280,7 @@ TEST(Operator, StructureRebuildsUntilSettledAtMostEightTimes) {
         EXPECT_EQ(op.rebuilds, 0);
     }
     implementation.UpdateStructureIfDirty();
+    implementation.UpdateStructureIfDirty();  // settled: nothing to rebuild
     EXPECT_EQ(op.rebuilds, 1);
     EXPECT_FALSE(op.IsStructureDirty());
     EXPECT_EQ(op.GetAllParameters().size(), 3u);
@@ -320,17 +331,19 @@ TEST(Operator, FlatParametersFollowTheTree) {
     }
     EXPECT_EQ(keys, (std::vector<std::string>{"First", "Inner", "Last"}));
 
-    int removed = 0;
-    EventSubscription subscription =
-        op.ParameterNodeRemovedEvent().Subscribe([&](ParameterNode*) { ++removed; });
+    std::vector<std::string> changes;
+    EventSubscription removals = op.ParameterNodeRemovedEvent().Subscribe(
+        [&](ParameterNode* node) { changes.push_back("removed " + node->GetKey()); });
+    EventSubscription additions = op.ParameterNodeAddedEvent().Subscribe(
+        [&](ParameterNode* node) { changes.push_back("added " + node->GetKey()); });
     EXPECT_TRUE(op.RemoveParameter(&first));
     EXPECT_FALSE(op.RemoveParameter(&first));
     EXPECT_EQ(op.GetAllParameters().size(), 2u);
-    EXPECT_EQ(removed, 1);
 
     auto owned = std::make_unique<NumberParameter>(nullptr, "Owned");
     EXPECT_TRUE(op.InsertParameter(std::move(owned), 0));
     EXPECT_EQ(op.GetAllParameters().front()->GetKey(), "Owned");
+    EXPECT_EQ(changes, (std::vector<std::string>{"removed First", "added Owned"}));
     ParameterGroup elsewhere;
     auto taken = std::make_unique<NumberParameter>(nullptr, "Taken");
     Ptr<Parameter> weak(taken.get());

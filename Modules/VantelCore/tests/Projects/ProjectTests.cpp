@@ -167,7 +167,8 @@ TEST(Project, TheFileTextIsTheTreesTextAndBrokenTextLeavesTheFileAlone) {
 TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     Testing::RegisterProjectTestTypes();
     Scene scene;
-    // Positions that JSON has no number for are written as null and read back as NaN.
+    // Positions that JSON has no number for are written as null and read back as NaN; -0 reads back as -0.
+    scene.source.SetPosition({-0.0f, -0.0f});
     scene.adder.SetPosition(
         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
     scene.mirror.SetPosition({-std::numeric_limits<float>::infinity(), 1.0f});

@@ -57,7 +57,7 @@ struct MutedUntilFixed {
     bool nonFinitePositions =
         false;  // a NaN or infinite position is saved as null, and then the file fails to load
     bool negativeZeroPosition =
-        true;                    // a position of -0 loads as 0: setting it equals the default, and is skipped
+        false;                   // a position of -0 loads as 0: setting it equals the default, and is skipped
     bool rebuiltValues = false;  // undo of a structural write loses the values and links of what it removed
     bool nameBeforeAdding = false;   // naming an operator in no graph yet records a rename of "/"
     bool referencedRemoval = false;  // undo of removing an operator leaves the references to it empty

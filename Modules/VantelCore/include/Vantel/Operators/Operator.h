@@ -67,7 +67,7 @@ public:
     void SetName(std::string_view name);
     const glm::vec2& GetPosition() const;
     // Records the move while a transaction records and the operator is in a graph, then fires
-    // PositionChangedEvent.
+    // PositionChangedEvent. Positions are compared bit for bit: -0 moves from 0, the same NaN does not move.
     void SetPosition(const glm::vec2& position);
 
     // Null while the operator is in no graph.
