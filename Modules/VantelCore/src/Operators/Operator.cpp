@@ -1,7 +1,6 @@
 #include <Vantel/Operators/Operator.h>
 
 #include <algorithm>
-#include <optional>
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
@@ -12,11 +11,9 @@
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
-#include <Vantel/Projects/Serialization.h>
-#include <Vantel/Projects/SuppressUpdateStructure.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Projects/EditRecorder.h"
 #include "Support/OperatorArena.h"
 
 namespace Vantel {
@@ -179,7 +176,7 @@ void Operator::Implementation::RemoveDataInputList(DataInputList& list) {
 }
 
 void Operator::Implementation::UpdateStructureIfDirty() {
-    if (updatingStructure || !structureDirty || SuppressUpdateStructure::IsActive()) {
+    if (updatingStructure || !structureDirty || EditRecorder::IsStructureUpdateDeferred()) {
         return;
     }
     struct RebuildScope {
@@ -194,14 +191,8 @@ void Operator::Implementation::UpdateStructureIfDirty() {
         bool& updating;
     } scope(updatingStructure);
 
-    // In a graph the rebuild is undoable as one step below the change that caused it.
-    const bool recorded = Transaction::IsRecording() && graph != nullptr;
-    std::optional<Transaction> nested;
-    nlohmann::json before;
-    if (recorded) {
-        before = Serialization::SerializeOwnStructure(owner);
-        nested.emplace("Update structure");
-    }
+    // The rebuild is undoable as one step below the change that caused it.
+    EditRecorder::StructureRebuild recorded(owner);
     int rebuilds = 0;
     do {
         structureDirty = false;
@@ -212,12 +203,7 @@ void Operator::Implementation::UpdateStructureIfDirty() {
         LogError("UpdateStructureIfDirty: '" + owner.GetPath().ToString() +
                  "' still changes its own structural parameters after 8 rebuilds, giving up.");
     }
-    if (recorded) {
-        nlohmann::json after = Serialization::SerializeOwnStructure(owner);
-        if (after != before) {
-            Transaction::AddRecord(StructureRecord{owner.GetPath(), std::move(before), std::move(after)});
-        }
-    }
+    recorded.Finish();
 }
 
 bool Operator::Implementation::IsRebuildingStructure() {
@@ -307,10 +293,8 @@ void Operator::SetName(std::string_view name) {
     if (name == implementation->name) {
         return;
     }
-    // Outside a graph the path would name the root graph; adding the operator records its name anyway.
-    if (Transaction::IsRecording() && implementation->graph != nullptr) {
-        Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
-    }
+    // Outside a model the path would be wrong; adding the operator records its name anyway.
+    EditRecorder::Renamed(*this, this, implementation->name, name);
     implementation->name = name;
 }
 
@@ -322,9 +306,7 @@ void Operator::SetPosition(const glm::vec2& position) {
     if (position == implementation->position) {
         return;
     }
-    if (Transaction::IsRecording() && implementation->graph != nullptr) {  // as for the name
-        Transaction::AddRecord(OperatorPositionRecord{GetPath(), implementation->position, position});
-    }
+    EditRecorder::OperatorMoved(*this, implementation->position, position);
     implementation->position = position;
     implementation->positionChangedEvent.Fire();
 }
@@ -390,10 +372,8 @@ bool Operator::InsertDataInput(DataInput* input, std::size_t index) {
     slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(index), input);
     implementation->flatInputsStale = true;
     implementation->membersMarked = true;  // it may carry a mark
-    if (Transaction::IsRecording() && input->IsAddedByUser()) {
-        Transaction::AddRecord(DataPortRecord{input->GetPath(), index,
-                                              Serialization::SerializeDataInput(*input), PortDirection::Input,
-                                              Presence::Added});
+    if (input->IsAddedByUser()) {
+        EditRecorder::DataInputAdded(*input, index);
     }
     implementation->dataInputAddedEvent.Fire(input);
     return true;
@@ -413,19 +393,16 @@ bool Operator::RemoveDataInput(DataInput* input) {
         return false;
     }
     implementation->dataInputRemovingEvent.Fire(input);
-    std::optional<Record> record;
-    if (Transaction::IsRecording() && input->IsAddedByUser()) {
-        const std::size_t slot = IndexIn(implementation->inputSlots, DataInputSlot(input));
-        record = DataPortRecord{input->GetPath(), slot, Serialization::SerializeDataInput(*input),
-                                PortDirection::Input, Presence::Removed};
+    EditRecorder::PendingRemoval record;
+    if (input->IsAddedByUser()) {
+        record = EditRecorder::DataInputRemoving(*input,
+                                                 IndexIn(implementation->inputSlots, DataInputSlot(input)));
     }
     std::unique_ptr<DataInput> owned;
     if (!implementation->DetachDataInput(input, &owned)) {
         return false;
     }
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     implementation->dataInputRemovedEvent.Fire(input);
     return true;  // `owned` destroys an input the operator owned
 }
@@ -464,10 +441,8 @@ bool Operator::InsertDataOutput(DataOutput* output, std::size_t index) {
     outputs.insert(outputs.begin() + static_cast<std::ptrdiff_t>(index), output);
     implementation->constOutputsStale = true;
     implementation->membersMarked = true;
-    if (Transaction::IsRecording() && output->IsAddedByUser()) {
-        Transaction::AddRecord(DataPortRecord{output->GetPath(), index,
-                                              Serialization::SerializeDataOutput(*output),
-                                              PortDirection::Output, Presence::Added});
+    if (output->IsAddedByUser()) {
+        EditRecorder::DataOutputAdded(*output, index);
     }
     implementation->dataOutputAddedEvent.Fire(output);
     return true;
@@ -487,19 +462,15 @@ bool Operator::RemoveDataOutput(DataOutput* output) {
         return false;
     }
     implementation->dataOutputRemovingEvent.Fire(output);
-    std::optional<Record> record;
-    if (Transaction::IsRecording() && output->IsAddedByUser()) {
-        record = DataPortRecord{output->GetPath(), IndexIn(implementation->outputs, output),
-                                Serialization::SerializeDataOutput(*output), PortDirection::Output,
-                                Presence::Removed};
+    EditRecorder::PendingRemoval record;
+    if (output->IsAddedByUser()) {
+        record = EditRecorder::DataOutputRemoving(*output, IndexIn(implementation->outputs, output));
     }
     std::unique_ptr<DataOutput> owned;
     if (!implementation->DetachDataOutput(output, &owned)) {
         return false;
     }
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     implementation->dataOutputRemovedEvent.Fire(output);
     return true;
 }
