@@ -36,6 +36,23 @@ bool IsBundle(ParameterNode& node) {
     return dynamic_cast<const ParameterBundle*>(&node) != nullptr;
 }
 
+void RecordDataConnection(DataConnection connection, Presence presence) {
+    if (!IsRecording()) {
+        return;
+    }
+    Transaction::AddRecord(
+        DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(), presence});
+}
+
+void RecordParameterConnection(const ParameterConnectionEndpoints& endpoints,
+                               const std::vector<ComponentLink>& links, Presence presence) {
+    if (!IsRecording()) {
+        return;
+    }
+    Transaction::AddRecord(
+        ParameterConnectionRecord{endpoints.source->GetPath(), endpoints.target->GetPath(), links, presence});
+}
+
 }  // namespace
 
 struct PendingRemoval::Held {
@@ -116,38 +133,22 @@ PendingRemoval OperatorRemoving(Operator& op, std::size_t index) {
         OperatorRecord{op.GetPath(), index, Serialization::SerializeOperator(op), Presence::Removed}));
 }
 
-void DataConnectionMade(const DataConnection& connection) {
-    if (!IsRecording()) {
-        return;
-    }
-    Transaction::AddRecord(
-        DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(), Presence::Added});
+void DataConnectionMade(DataConnection connection) {
+    RecordDataConnection(connection, Presence::Added);
 }
 
-void DataConnectionRemoved(const DataConnection& connection) {
-    if (!IsRecording()) {
-        return;
-    }
-    Transaction::AddRecord(
-        DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(), Presence::Removed});
+void DataConnectionRemoved(DataConnection connection) {
+    RecordDataConnection(connection, Presence::Removed);
 }
 
 void ParameterConnectionMade(const ParameterConnectionEndpoints& endpoints,
                              const std::vector<ComponentLink>& links) {
-    if (!IsRecording()) {
-        return;
-    }
-    Transaction::AddRecord(ParameterConnectionRecord{endpoints.source->GetPath(), endpoints.target->GetPath(),
-                                                     links, Presence::Added});
+    RecordParameterConnection(endpoints, links, Presence::Added);
 }
 
 void ParameterConnectionRemoved(const ParameterConnectionEndpoints& endpoints,
                                 const std::vector<ComponentLink>& links) {
-    if (!IsRecording()) {
-        return;
-    }
-    Transaction::AddRecord(ParameterConnectionRecord{endpoints.source->GetPath(), endpoints.target->GetPath(),
-                                                     links, Presence::Removed});
+    RecordParameterConnection(endpoints, links, Presence::Removed);
 }
 
 // ---- Data ports ----

@@ -53,8 +53,8 @@ void Renamed(Object& target, const Operator* owner, std::string_view previous, s
 void OperatorMoved(Operator& op, const glm::vec2& previous, const glm::vec2& next);
 
 void OperatorAdded(Operator& op, std::size_t index);
-void DataConnectionMade(const DataConnection& connection);
-void DataConnectionRemoved(const DataConnection& connection);
+void DataConnectionMade(DataConnection connection);
+void DataConnectionRemoved(DataConnection connection);
 void ParameterConnectionMade(const ParameterConnectionEndpoints& endpoints,
                              const std::vector<ComponentLink>& links);
 void ParameterConnectionRemoved(const ParameterConnectionEndpoints& endpoints,
