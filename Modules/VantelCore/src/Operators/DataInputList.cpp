@@ -11,9 +11,9 @@
 #include <Vantel/Operators/DataTypeInfo.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/OperatorImplementation.h>
-#include <Vantel/Projects/Serialization.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
+
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 
@@ -61,11 +61,7 @@ DataInput* DataInputList::Implementation::CreateInput(std::string_view key) {
     }
 
     DataInput* result = inputPointers.back();
-    if (Transaction::IsRecording() && op != nullptr && op->GetGraph() != nullptr) {
-        Transaction::AddRecord(DataPortRecord{result->GetPath(), inputs.size() - 1,
-                                              Serialization::SerializeDataInput(*result),
-                                              PortDirection::Input, Presence::Added});
-    }
+    EditRecorder::DataInputAdded(*result, inputs.size() - 1);
     if (handlers.created) {
         handlers.created(*result);
     }
@@ -77,12 +73,8 @@ bool DataInputList::Implementation::RemoveInput(DataInput* input) {
     if (index == npos) {
         return false;
     }
-    std::optional<Record> record;
+    EditRecorder::PendingRemoval record = EditRecorder::DataInputRemoving(*input, index);
     Graph* graph = op != nullptr ? op->GetGraph() : nullptr;
-    if (Transaction::IsRecording() && graph != nullptr) {
-        record = DataPortRecord{input->GetPath(), index, Serialization::SerializeDataInput(*input),
-                                PortDirection::Input, Presence::Removed};
-    }
     if (handlers.removing) {
         handlers.removing(*input);
     }
@@ -106,14 +98,12 @@ bool DataInputList::Implementation::RemoveInput(DataInput* input) {
     if (op != nullptr) {
         Access::GetImplementation(*op)->MarkDataInputsChanged();
     }
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     return true;
 }
 
 void DataInputList::Implementation::RenumberInputs() {
-    Transaction::SuppressRecording suppress;
+    EditRecorder::Unrecorded unrecorded;
     for (std::size_t i = 0; i < inputs.size(); ++i) {
         inputs[i]->SetName("Input " + std::to_string(i + 1));
     }
@@ -258,9 +248,7 @@ bool DataInputList::MoveInput(DataInput* input, std::size_t index) {
     if (op != nullptr) {
         Access::GetImplementation(*op)->MarkDataInputsChanged();
     }
-    if (Transaction::IsRecording() && op != nullptr && op->GetGraph() != nullptr) {
-        Transaction::AddRecord(ListInputMoveRecord{input->GetPath(), current, index});
-    }
+    EditRecorder::ListInputMoved(*input, current, index);
     if (implementation->handlers.reordered) {
         implementation->handlers.reordered();
     }

@@ -7,8 +7,9 @@
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Operators/OperatorImplementation.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
+
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 
@@ -53,10 +54,7 @@ void DataOutput::SetName(std::string_view name) {
     if (name == implementation->name) {
         return;
     }
-    if (Transaction::IsRecording() && implementation->op != nullptr &&
-        implementation->op->GetGraph() != nullptr) {
-        Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
-    }
+    EditRecorder::Renamed(*this, implementation->op, implementation->name, name);
     implementation->name = name;
     if (implementation->op != nullptr) {
         Access::GetImplementation(*implementation->op)->MemberRenamedEvent().Fire(this);

@@ -15,11 +15,10 @@
 #include <Vantel/Parameters/ParameterImplementation.h>
 #include <Vantel/Parameters/ParameterInfo.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
-#include <Vantel/Projects/Serialization.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
 #include "Parameters/ReferenceSupport.h"
+#include "Projects/EditRecorder.h"
 #include "Support/Prefetch.h"
 
 namespace Vantel {
@@ -140,10 +139,7 @@ void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::
     operatorsByKey.emplace(raw->GetKey(), raw);
     ranks[raw] = nextRank++;  // unconnected: any rank is a valid one
     orderDirty = true;
-    if (Transaction::IsRecording()) {
-        Transaction::AddRecord(
-            OperatorRecord{raw->GetPath(), index, Serialization::SerializeOperator(*raw), Presence::Added});
-    }
+    EditRecorder::OperatorAdded(*raw, index);
     raw->MarkDirty();
     operatorAddedEvent.Fire(raw);
 }
@@ -283,7 +279,7 @@ Graph::Graph() : implementation(std::make_unique<Implementation>(*this)) {
 }
 
 Graph::~Graph() {
-    Transaction::SuppressRecording suppress;
+    EditRecorder::Unrecorded unrecorded;
     implementation->ForgetConnections();
     for (Operator* op : implementation->operators) {
         Access::GetImplementation(*op)->SetGraph(nullptr);
@@ -314,11 +310,7 @@ std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
     // Recorded before the removal, so that undo puts the operator back first and the references then find it.
     ReferenceSupport::ClearReferencesInto(*op);
     const std::size_t index = implementation->IndexOf(op);
-    std::optional<Record> record;
-    if (Transaction::IsRecording()) {
-        record =
-            OperatorRecord{op->GetPath(), index, Serialization::SerializeOperator(*op), Presence::Removed};
-    }
+    EditRecorder::PendingRemoval record = EditRecorder::OperatorRemoving(*op, index);
     for (Parameter* parameter : std::vector<Parameter*>(op->GetAllParameters())) {
         DisconnectParameter(*parameter);
     }
@@ -342,9 +334,7 @@ std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
     implementation->ranks.erase(op);
     Access::GetImplementation(*op)->SetGraph(nullptr);
     implementation->orderDirty = true;
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     implementation->operatorRemovedEvent.Fire(op);
     return released;
 }
@@ -386,10 +376,7 @@ bool Graph::AddDataConnection(DataConnection connection) {
     implementation->dataConnections.push_back(connection);
     implementation->orderDirty = true;
     implementation->NoteConnection(connection.output->GetOperator(), connection.input->GetOperator());
-    if (Transaction::IsRecording()) {
-        Transaction::AddRecord(
-            DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(), Presence::Added});
-    }
+    EditRecorder::DataConnectionMade(connection);
     connection.input->Receive(connection.output->GetData());
     implementation->connectionsChangedEvent.Fire();
     return true;
@@ -404,10 +391,7 @@ bool Graph::RemoveDataConnection(DataConnection connection) {
     connections.erase(found);
     Access::GetImplementation(*connection.input)->SetConnection({});
     Access::GetImplementation(*connection.output)->RemoveConnection(connection);
-    if (Transaction::IsRecording()) {
-        Transaction::AddRecord(DataConnectionRecord{connection.output->GetPath(), connection.input->GetPath(),
-                                                    Presence::Removed});
-    }
+    EditRecorder::DataConnectionRemoved(connection);
     connection.input->Receive(nullptr);
     implementation->orderDirty = true;
     implementation->connectionsChangedEvent.Fire();
@@ -542,10 +526,7 @@ bool Graph::AddParameterConnection(const ParameterConnection& connection, bool r
     implementation->parameterConnections[added.GetEndpoints()] = added.links;
     implementation->orderDirty = true;
     implementation->NoteConnection(added.source->GetOperator(), added.target->GetOperator());
-    if (Transaction::IsRecording()) {
-        Transaction::AddRecord(ParameterConnectionRecord{added.source->GetPath(), added.target->GetPath(),
-                                                         added.links, Presence::Added});
-    }
+    EditRecorder::ParameterConnectionMade(added.GetEndpoints(), added.links);
     PassValue(*added.source, *added.target, added.links);
     implementation->connectionsChangedEvent.Fire();
     return true;
@@ -560,10 +541,7 @@ bool Graph::RemoveParameterConnection(ParameterConnectionEndpoints endpoints) {
     implementation->parameterConnections.erase(found);
     Access::GetImplementation(*endpoints.target)->RemoveIncomingConnection(endpoints);
     Access::GetImplementation(*endpoints.source)->RemoveOutgoingConnection(endpoints);
-    if (Transaction::IsRecording()) {
-        Transaction::AddRecord(ParameterConnectionRecord{
-            endpoints.source->GetPath(), endpoints.target->GetPath(), links, Presence::Removed});
-    }
+    EditRecorder::ParameterConnectionRemoved(endpoints, links);
     implementation->orderDirty = true;
     implementation->connectionsChangedEvent.Fire();
     return true;

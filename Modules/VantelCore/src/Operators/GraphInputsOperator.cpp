@@ -2,9 +2,9 @@
 
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
-#include <Vantel/Projects/Transaction.h>
 
 #include "Operators/GraphBoundary.h"
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 
@@ -21,7 +21,7 @@ public:
     // is recorded.
     void Sync() {
         Graph* graph = owner.GetGraph();
-        Transaction::SuppressRecording suppress;
+        EditRecorder::Unrecorded unrecorded;
         Detail::SyncMirrors(
             inputs, Detail::UserInputs(graph), [this](DataInput& source) { return MakeOutput(source); },
             [this](DataOutput* mirror) { owner.RemoveDataOutput(mirror); },

@@ -1,9 +1,9 @@
 #include <Vantel/Operators/GraphOutputsOperator.h>
 
 #include <Vantel/Operators/OperatorImplementation.h>
-#include <Vantel/Projects/Transaction.h>
 
 #include "Operators/GraphBoundary.h"
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 
@@ -20,7 +20,7 @@ public:
     // is recorded.
     void Sync() {
         Graph* graph = owner.GetGraph();
-        Transaction::SuppressRecording suppress;
+        EditRecorder::Unrecorded unrecorded;
         Detail::SyncMirrors(
             outputs, Detail::UserOutputs(graph), [this](DataOutput& source) { return MakeInput(source); },
             [this](DataInput* mirror) { owner.RemoveDataInput(mirror); },

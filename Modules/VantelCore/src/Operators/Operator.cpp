@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <optional>
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
@@ -14,11 +13,9 @@
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
-#include <Vantel/Projects/Serialization.h>
-#include <Vantel/Projects/SuppressUpdateStructure.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Projects/EditRecorder.h"
 #include "Support/OperatorArena.h"
 
 namespace Vantel {
@@ -188,7 +185,7 @@ void Operator::Implementation::RemoveDataInputList(DataInputList& list) {
 }
 
 void Operator::Implementation::UpdateStructureIfDirty() {
-    if (updatingStructure || !structureDirty || SuppressUpdateStructure::IsActive()) {
+    if (updatingStructure || !structureDirty || EditRecorder::IsStructureUpdateDeferred()) {
         return;
     }
     struct RebuildScope {
@@ -203,14 +200,8 @@ void Operator::Implementation::UpdateStructureIfDirty() {
         bool& updating;
     } scope(updatingStructure);
 
-    // In a graph the rebuild is undoable as one step below the change that caused it.
-    const bool recorded = Transaction::IsRecording() && graph != nullptr;
-    std::optional<Transaction> nested;
-    nlohmann::json before;
-    if (recorded) {
-        before = Serialization::SerializeOwnStructure(owner);
-        nested.emplace("Update structure");
-    }
+    // The rebuild is undoable as one step below the change that caused it.
+    EditRecorder::StructureRebuild recorded(owner);
     int rebuilds = 0;
     do {
         structureDirty = false;
@@ -221,12 +212,7 @@ void Operator::Implementation::UpdateStructureIfDirty() {
         LogError("UpdateStructureIfDirty: '" + owner.GetPath().ToString() +
                  "' still changes its own structural parameters after 8 rebuilds, giving up.");
     }
-    if (recorded) {
-        nlohmann::json after = Serialization::SerializeOwnStructure(owner);
-        if (after != before) {
-            Transaction::AddRecord(StructureRecord{owner.GetPath(), std::move(before), std::move(after)});
-        }
-    }
+    recorded.Finish();
 }
 
 bool Operator::Implementation::IsRebuildingStructure() {
@@ -316,10 +302,8 @@ void Operator::SetName(std::string_view name) {
     if (name == implementation->name) {
         return;
     }
-    // Outside a graph the path would name the root graph; adding the operator records its name anyway.
-    if (Transaction::IsRecording() && implementation->graph != nullptr) {
-        Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
-    }
+    // Outside a model the path would be wrong; adding the operator records its name anyway.
+    EditRecorder::Renamed(*this, this, implementation->name, name);
     implementation->name = name;
 }
 
@@ -331,9 +315,7 @@ void Operator::SetPosition(const glm::vec2& position) {
     if (IsSamePosition(position, implementation->position)) {
         return;
     }
-    if (Transaction::IsRecording() && implementation->graph != nullptr) {  // as for the name
-        Transaction::AddRecord(OperatorPositionRecord{GetPath(), implementation->position, position});
-    }
+    EditRecorder::OperatorMoved(*this, implementation->position, position);
     implementation->position = position;
     implementation->positionChangedEvent.Fire();
 }
@@ -399,10 +381,8 @@ bool Operator::InsertDataInput(DataInput* input, std::size_t index) {
     slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(index), input);
     implementation->flatInputsStale = true;
     implementation->membersMarked = true;  // it may carry a mark
-    if (Transaction::IsRecording() && input->IsAddedByUser()) {
-        Transaction::AddRecord(DataPortRecord{input->GetPath(), index,
-                                              Serialization::SerializeDataInput(*input), PortDirection::Input,
-                                              Presence::Added});
+    if (input->IsAddedByUser()) {
+        EditRecorder::DataInputAdded(*input, index);
     }
     implementation->dataInputAddedEvent.Fire(input);
     return true;
@@ -422,19 +402,16 @@ bool Operator::RemoveDataInput(DataInput* input) {
         return false;
     }
     implementation->dataInputRemovingEvent.Fire(input);
-    std::optional<Record> record;
-    if (Transaction::IsRecording() && input->IsAddedByUser()) {
-        const std::size_t slot = IndexIn(implementation->inputSlots, DataInputSlot(input));
-        record = DataPortRecord{input->GetPath(), slot, Serialization::SerializeDataInput(*input),
-                                PortDirection::Input, Presence::Removed};
+    EditRecorder::PendingRemoval record;
+    if (input->IsAddedByUser()) {
+        record = EditRecorder::DataInputRemoving(*input,
+                                                 IndexIn(implementation->inputSlots, DataInputSlot(input)));
     }
     std::unique_ptr<DataInput> owned;
     if (!implementation->DetachDataInput(input, &owned)) {
         return false;
     }
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     implementation->dataInputRemovedEvent.Fire(input);
     return true;  // `owned` destroys an input the operator owned
 }
@@ -473,10 +450,8 @@ bool Operator::InsertDataOutput(DataOutput* output, std::size_t index) {
     outputs.insert(outputs.begin() + static_cast<std::ptrdiff_t>(index), output);
     implementation->constOutputsStale = true;
     implementation->membersMarked = true;
-    if (Transaction::IsRecording() && output->IsAddedByUser()) {
-        Transaction::AddRecord(DataPortRecord{output->GetPath(), index,
-                                              Serialization::SerializeDataOutput(*output),
-                                              PortDirection::Output, Presence::Added});
+    if (output->IsAddedByUser()) {
+        EditRecorder::DataOutputAdded(*output, index);
     }
     implementation->dataOutputAddedEvent.Fire(output);
     return true;
@@ -496,19 +471,15 @@ bool Operator::RemoveDataOutput(DataOutput* output) {
         return false;
     }
     implementation->dataOutputRemovingEvent.Fire(output);
-    std::optional<Record> record;
-    if (Transaction::IsRecording() && output->IsAddedByUser()) {
-        record = DataPortRecord{output->GetPath(), IndexIn(implementation->outputs, output),
-                                Serialization::SerializeDataOutput(*output), PortDirection::Output,
-                                Presence::Removed};
+    EditRecorder::PendingRemoval record;
+    if (output->IsAddedByUser()) {
+        record = EditRecorder::DataOutputRemoving(*output, IndexIn(implementation->outputs, output));
     }
     std::unique_ptr<DataOutput> owned;
     if (!implementation->DetachDataOutput(output, &owned)) {
         return false;
     }
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     implementation->dataOutputRemovedEvent.Fire(output);
     return true;
 }

@@ -7,8 +7,9 @@
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
 #include <Vantel/Parameters/ParameterScope.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
+
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 namespace {
@@ -80,10 +81,7 @@ void Parameter::SetName(std::string_view name) {
     if (name == implementation->name) {
         return;
     }
-    const Operator* op = GetOperator();
-    if (Transaction::IsRecording() && op != nullptr && op->GetGraph() != nullptr) {
-        Transaction::AddRecord(RenameRecord{GetPath(), implementation->name, std::string(name)});
-    }
+    EditRecorder::Renamed(*this, GetOperator(), implementation->name, name);
     implementation->name = name;
     if (Operator* owner = GetOperator()) {
         Access::GetImplementation(*owner)->MemberRenamedEvent().Fire(this);
@@ -212,31 +210,13 @@ ParameterData Parameter::BuildData() const {
 }
 
 void Parameter::MarkChanged(nlohmann::json previousValue) {
-    if (Transaction::IsRecording() && GetOperator() != nullptr &&
-        !HasParameterFlag(ParameterFlag::NotUndoable)) {
-        // A structural write is compound: the rebuild it causes records below it.
-        if (HasParameterFlag(ParameterFlag::Structural)) {
-            Transaction::AddRecord(CompoundRecord{GetPath(), std::move(previousValue), SerializeValue(), {}});
-        } else {
-            Transaction::AddRecord(
-                ParameterValueRecord{GetPath(), std::move(previousValue), SerializeValue()});
-        }
-    }
+    EditRecorder::ValueWritten(*this, std::move(previousValue));
     MarkDirty();
     Notify();
 }
 
 void Parameter::MarkComponentChanged(int component, double previousValue, double newValue) {
-    if (Transaction::IsRecording() && GetOperator() != nullptr &&
-        !HasParameterFlag(ParameterFlag::NotUndoable)) {
-        if (HasParameterFlag(ParameterFlag::Structural)) {
-            LogError("Parameter '" + implementation->name +
-                     "' is structural and was written per component, the write is not in the undo history. "
-                     "Structural parameters are written whole.");
-        } else {
-            Transaction::AddRecord(ParameterComponentRecord{GetPath(), component, previousValue, newValue});
-        }
-    }
+    EditRecorder::ComponentWritten(*this, component, previousValue, newValue);
     MarkDirty();
     Notify();
 }

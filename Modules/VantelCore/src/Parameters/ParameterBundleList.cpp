@@ -4,8 +4,8 @@
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
-#include <Vantel/Projects/Serialization.h>
-#include <Vantel/Projects/Transaction.h>
+
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 
@@ -56,7 +56,7 @@ ParameterBundle* ParameterBundleList::CreateBundle(std::string_view kind, std::s
     ParameterBundle* created = bundle.get();
     {
         // The bundle and what the handler puts in it are one step for undo: the record below.
-        Transaction::SuppressRecording suppress;
+        EditRecorder::Unrecorded unrecorded;
         if (!Add(std::unique_ptr<ParameterNode>(std::move(bundle)))) {
             return nullptr;
         }
@@ -64,10 +64,7 @@ ParameterBundle* ParameterBundleList::CreateBundle(std::string_view kind, std::s
             implementation->handlers.created(*created);
         }
     }
-    if (Transaction::IsRecording()) {
-        Transaction::AddRecord(BundleAddedRecord{created->GetPath(), created->GetIndex(),
-                                                 Serialization::SerializeParameterNode(*created)});
-    }
+    EditRecorder::ParameterNodeAdded(*created);
     return created;
 }
 

@@ -1,7 +1,6 @@
 #include <Vantel/Parameters/ParameterGroup.h>
 
 #include <algorithm>
-#include <optional>
 
 #include <absl/container/flat_hash_map.h>
 
@@ -13,11 +12,10 @@
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
-#include <Vantel/Projects/Serialization.h>
-#include <Vantel/Projects/Transaction.h>
 #include <Vantel/Support/Logging.h>
 
 #include "Parameters/ReferenceSupport.h"
+#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 namespace {
@@ -69,29 +67,18 @@ bool IsRecordedNode(const ParameterNode& node) {
     return parameter != nullptr && parameter->IsAddedByUser();
 }
 
-// A rebuild in a graph records the removal of the operator's own parameters too: undo replays the rebuild,
-// which makes them again with default values, and the record gives them theirs back.
+// A rebuild records the removal of the operator's own parameters too: undo replays the rebuild, which makes
+// them again with default values, and the record gives them theirs back.
 bool IsRecordedRemoval(const ParameterNode& node) {
-    if (IsRecordedNode(node)) {
-        return true;
-    }
-    if (dynamic_cast<const Parameter*>(&node) == nullptr ||
-        !Operator::Implementation::IsRebuildingStructure()) {
-        return false;
-    }
-    const Operator* op = node.GetOperator();
-    return op != nullptr && op->GetGraph() != nullptr;
+    return IsRecordedNode(node) || (dynamic_cast<const Parameter*>(&node) != nullptr &&
+                                    Operator::Implementation::IsRebuildingStructure());
 }
 
-std::optional<Record> RemovalRecord(ParameterNode& node, std::size_t index) {
-    if (!Transaction::IsRecording() || !IsRecordedRemoval(node)) {
-        return std::nullopt;
+EditRecorder::PendingRemoval RemovalRecord(ParameterNode& node, std::size_t index) {
+    if (!IsRecordedRemoval(node)) {
+        return {};
     }
-    nlohmann::json serialized = Serialization::SerializeParameterNode(node);
-    if (dynamic_cast<ParameterBundle*>(&node) != nullptr) {
-        return BundleRemovedRecord{node.GetPath(), index, std::move(serialized)};
-    }
-    return ParameterRemovedRecord{node.GetPath(), index, std::move(serialized)};
+    return EditRecorder::ParameterNodeRemoving(node, index);
 }
 
 void CollectSubtreeParameters(ParameterNode& node, std::vector<Parameter*>& parameters) {
@@ -230,15 +217,8 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
         implementation->Reposition(last, index);
     }
 
-    if (Transaction::IsRecording() && IsRecordedNode(*node)) {
-        const bool isBundle = dynamic_cast<ParameterBundle*>(node) != nullptr;
-        const std::uint64_t position = node->GetIndex();
-        nlohmann::json serialized = Serialization::SerializeParameterNode(*node);
-        if (isBundle) {
-            Transaction::AddRecord(BundleAddedRecord{node->GetPath(), position, std::move(serialized)});
-        } else {
-            Transaction::AddRecord(ParameterAddedRecord{node->GetPath(), position, std::move(serialized)});
-        }
+    if (IsRecordedNode(*node)) {
+        EditRecorder::ParameterNodeAdded(*node);
     }
     implementation->childAddedEvent.Fire(node);
     NotifyTreeChanged(node, true);
@@ -282,7 +262,7 @@ std::unique_ptr<ParameterNode> ParameterGroup::Detach(ParameterNode* node) {
     if (index == npos) {
         return nullptr;
     }
-    std::optional<Record> record = RemovalRecord(*node, index);
+    EditRecorder::PendingRemoval record = RemovalRecord(*node, index);
     node->SetParent(nullptr);
     implementation->children.erase(implementation->children.begin() + static_cast<std::ptrdiff_t>(index));
     implementation->constChildren.erase(implementation->constChildren.begin() +
@@ -292,9 +272,7 @@ std::unique_ptr<ParameterNode> ParameterGroup::Detach(ParameterNode* node) {
     if (auto found = implementation->owned.extract(node)) {
         owned = std::move(found.mapped());
     }
-    if (record) {
-        Transaction::AddRecord(std::move(*record));
-    }
+    record.Record();
     implementation->childRemovedEvent.Fire(node);
     NotifyTreeChanged(node, false);
     return owned;
@@ -305,9 +283,8 @@ bool ParameterGroup::Move(ParameterNode* node, std::size_t index) {
     if (node == nullptr || current == npos || index >= implementation->children.size() || current == index) {
         return false;
     }
-    const Path path = node->GetPath();
     implementation->Reposition(current, index);
-    Transaction::AddRecord(ParameterNodeMoveRecord{path, current, index});
+    EditRecorder::ParameterNodeMoved(*node, current, index);
     ChildrenReordered();
     implementation->childOrderChangedEvent.Fire();
     NotifyLayoutChanged();

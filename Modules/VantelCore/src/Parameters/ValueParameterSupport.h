@@ -16,14 +16,15 @@
 #include <nlohmann/json.hpp>
 
 #include <Vantel/Parameters/Parameter.h>
-#include <Vantel/Projects/Transaction.h>
+
+#include "Projects/EditRecorder.h"
 
 namespace Vantel::ValueParameterSupport {
 
 // The previous value a setter hands to MarkChanged; serialising it costs, so only while a transaction
 // records.
 inline nlohmann::json PreviousValue(const Parameter& parameter) {
-    return Transaction::IsRecording() ? parameter.SerializeValue() : nlohmann::json();
+    return EditRecorder::ValueBefore(parameter);
 }
 
 // Truncates toward zero and saturates at the 64-bit range; NaN gives 0.

@@ -6,7 +6,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Support/Logging.h>
@@ -17,8 +19,10 @@
 namespace Vantel {
 namespace {
 
-// The root graph has no siblings, so any key GenerateKey makes is free.
-void KeyRootGraph(Graph& graph) {
+// The root graph has no siblings, so any key GenerateKey makes is free. It is in no graph, yet part of the
+// model, and its edits are recorded.
+void AdoptRootGraph(Graph& graph) {
+    Access::GetImplementation(static_cast<Operator&>(graph))->SetProjectRoot(true);
     if (graph.GetKey().empty()) {
         graph.SetKey(GenerateKey("Project", [](std::string_view) { return true; }));
     }
@@ -35,7 +39,7 @@ public:
 
 Project::Project() : implementation(std::make_unique<Implementation>()) {
     implementation->rootGraph = std::make_unique<Graph>();
-    KeyRootGraph(*implementation->rootGraph);
+    AdoptRootGraph(*implementation->rootGraph);
 }
 
 Project::~Project() = default;
@@ -52,7 +56,7 @@ void Project::SetRootGraph(std::unique_ptr<Graph> graph) {
     if (graph == nullptr) {
         return;
     }
-    KeyRootGraph(*graph);
+    AdoptRootGraph(*graph);
     implementation->rootGraph = std::move(graph);
 }
 

@@ -50,6 +50,7 @@ private:
 
 TEST(Parameter, EqualValueChangesNothingAndADifferentOneIsMarkedOnce) {
     Operator op;
+    Testing::JoinModel(op);
     CountingParameter parameter(&op, "Gain", 1.0);
     int events = 0;
     EventSubscription subscription = parameter.ValueChangedEvent().Subscribe([&] { ++events; });
@@ -114,7 +115,7 @@ TEST(Parameter, FlagsTransientAndConnectability) {
     EXPECT_TRUE(transaction.GetRecords().empty());
 }
 
-TEST(Parameter, OnlyParametersOfAnOperatorRecord) {
+TEST(Parameter, OnlyParametersOfAnOperatorInAModelRecord) {
     Transaction transaction("Edit");
     NumberParameter loose(nullptr, "Loose");
     EXPECT_EQ(loose.GetOperator(), nullptr);
@@ -124,15 +125,19 @@ TEST(Parameter, OnlyParametersOfAnOperatorRecord) {
 
     Operator op;
     NumberParameter attached(&op, "Attached");
-    attached.SetName("Renamed");  // renames are recorded only in a graph, where paths resolve
+    attached.SetName("Renamed");  // in no model yet: adding the operator records what it holds
     attached.SetComponent(0, 4.0);
+    EXPECT_TRUE(transaction.GetRecords().empty());
+    Testing::JoinModel(op);
+    attached.SetComponent(0, 5.0);
     EXPECT_EQ(transaction.GetRecords(),
-              (std::vector<Record>{ParameterComponentRecord{*Path::Parse("/Attached"), 0, 0.0, 4.0}}));
+              (std::vector<Record>{ParameterComponentRecord{*Path::Parse("/Attached"), 0, 4.0, 5.0}}));
 }
 
 TEST(Parameter, StructuralWritesAreWholeAndCompound) {
     LogCapture log;
     Operator op;
+    Testing::JoinModel(op);
     NumberParameter mode(&op, "Mode");
     mode.SetParameterFlag(ParameterFlag::Structural, true);
     Transaction transaction("Mode");
@@ -287,6 +292,7 @@ TEST(ParameterGroup, DestructionDetachesBothWays) {
 
 TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     Operator op;
+    Testing::JoinModel(op);
     NumberParameter declared(&op, "Declared");
     ParameterBundleList list(&op, "Layers", {.created = [](ParameterBundle& bundle) {
         bundle.Add(std::make_unique<NumberParameter>(nullptr, "Opacity", 1.0));
@@ -351,6 +357,7 @@ TEST(ParameterBundleList, CreatesRemovesAndMovesWithHandlers) {
 // record holds the place it had when it left, so that undo puts it back after the handler's own changes.
 TEST(ParameterBundleList, RemovingHandlerMayRemoveOtherBundles) {
     Operator op;
+    Testing::JoinModel(op);
     ParameterBundleList* items = nullptr;
     ParameterBundleList list(&op, "Items", {.removing = [&](ParameterBundle& leaving) {
         if (leaving.GetKey() == "C") {
@@ -399,6 +406,7 @@ protected:
 
 TEST(ParameterBundleList, RefusedBundleLeavesNothingBehind) {
     Operator op;
+    Testing::JoinModel(op);
     int created = 0;
     FullList list(&op, "Single", {.created = [&](ParameterBundle&) { ++created; }});
     Transaction transaction("Create");

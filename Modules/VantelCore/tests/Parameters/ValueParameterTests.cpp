@@ -370,6 +370,7 @@ TEST(ValueParameters, ReadingToleratesNumberKindsShortArraysAndMissingMembers) {
 
 TEST(ValueParameters, WholeAndComponentWritesRecordWhatChanged) {
     Operator op;
+    Testing::JoinModel(op);
     IntParameter count(ParameterScope(&op), "Count", 1);
     Vector3Parameter offset(ParameterScope(&op), "Offset", glm::dvec3(1, 2, 3));
     Vector2IntParameter size(ParameterScope(&op), "Size", glm::ivec2(4, 5));

@@ -28,6 +28,7 @@ using Testing::AddOperator;
 using Testing::LogCapture;
 using Testing::MirrorOperator;
 using Testing::MixerOperator;
+using Testing::NumberParameter;
 using Testing::SourceOperator;
 using Testing::StackOperator;
 
@@ -86,6 +87,29 @@ TEST_F(UndoRedo, RenameAndPosition) {
         source->value.SetName("Level");
         adder->out.SetName("Sum");
         mixer->SetPosition({10.0f, -2.0f});
+    });
+    ExpectRoundTrip(project, before, done);
+}
+
+// What is set on an operator before it joins a graph rides in the add's own record; the root graph, in no
+// graph but part of the project, records its own edits.
+TEST_F(UndoRedo, EditsOutsideTheModelRideWithTheAdd) {
+    std::string before = Save(project);
+    CommittedTransaction done = Record("Add node", [&] {
+        auto made = std::make_unique<AddOperator>();
+        made->offset.SetValue(2.0);
+        made->SetName("Sum");
+        made->SetPosition({3.0f, 4.0f});
+        graph->AddOperator(std::move(made));
+    });
+    EXPECT_EQ(done.records.size(), 1u);
+    ExpectRoundTrip(project, before, done);
+
+    before = Save(project);
+    done = Record("Root", [&] {
+        graph->SetName("Main");
+        graph->SetPosition({1.0f, 2.0f});
+        graph->AddUserParameter(NumberParameter::Type(), false)->SetComponent(0, 5.0);
     });
     ExpectRoundTrip(project, before, done);
 }

@@ -62,7 +62,7 @@ struct MutedUntilFixed {
     bool nameBeforeAdding = false;   // naming an operator in no graph yet records a rename of "/"
     bool referencedRemoval = false;  // undo of removing an operator leaves the references to it empty
     bool valueBeforeAdding =
-        true;  // a value written while the operator is in no graph is recorded at "/<key>"
+        false;  // a value written while the operator is in no graph is recorded at "/<key>"
 };
 constexpr MutedUntilFixed kMutedUntilFixed;
 

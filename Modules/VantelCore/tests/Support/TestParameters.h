@@ -3,12 +3,19 @@
 
 #include <string_view>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterScope.h>
 #include <Vantel/Projects/Transaction.h>
 
 namespace Vantel::Testing {
+
+// An operator that stands alone in a test but records its edits, as a project's root graph does.
+inline void JoinModel(Operator& op) {
+    Access::GetImplementation(op)->SetProjectRoot(true);
+}
 
 // One double, following the setter pattern of real parameters.
 class NumberParameter : public Parameter {

@@ -31,6 +31,9 @@ public:
     static std::unique_ptr<Operator::Implementation>& GetImplementation(Operator& op) {
         return op.implementation;
     }
+    static const std::unique_ptr<Operator::Implementation>& GetImplementation(const Operator& op) {
+        return op.implementation;
+    }
     static std::unique_ptr<Parameter::Implementation>& GetImplementation(Parameter& parameter) {
         return parameter.implementation;
     }

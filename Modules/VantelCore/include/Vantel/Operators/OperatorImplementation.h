@@ -80,6 +80,9 @@ public:
         this->graph = graph;
         graphChangedEvent.Fire(graph);
     }
+    // Set by a project on its root graph: in no graph, yet part of a model, so its edits are recorded.
+    void SetProjectRoot(bool root) { projectRoot = root; }
+    bool IsProjectRoot() const { return projectRoot; }
     // Fired as the operator joins a graph (before the graph lists it) or leaves one (with null), so that
     // what the operator derives from its graph follows at once.
     Event<Graph*>& GraphChangedEvent() { return graphChangedEvent; }
@@ -145,6 +148,7 @@ private:
     bool dirty = false;
     bool structureDirty = false;
     bool updatingStructure = false;
+    bool projectRoot = false;
     // Beside `dirty`, so that an idle frame reads one cache line per operator.
     bool membersMarked = true;
     Graph* asGraph = nullptr;
