@@ -51,21 +51,6 @@ namespace {
 // a bundle created under a key its list already holds gets another key, with an error for the caller.
 constexpr std::array<std::string_view, 1> kExpectedErrors = {"' is already taken in parameter group '"};
 
-// Faults known and being fixed elsewhere: each switch keeps the edits away from one of them, so that the rest
-// of the engine runs. Remove a switch once its fix is merged.
-struct MutedUntilFixed {
-    bool nonFinitePositions =
-        false;  // a NaN or infinite position is saved as null, and then the file fails to load
-    bool negativeZeroPosition =
-        false;                   // a position of -0 loads as 0: setting it equals the default, and is skipped
-    bool rebuiltValues = false;  // undo of a structural write loses the values and links of what it removed
-    bool nameBeforeAdding = false;   // naming an operator in no graph yet records a rename of "/"
-    bool referencedRemoval = false;  // undo of removing an operator leaves the references to it empty
-    bool valueBeforeAdding =
-        false;  // a value written while the operator is in no graph is recorded at "/<key>"
-};
-constexpr MutedUntilFixed kMutedUntilFixed;
-
 constexpr std::size_t kMaxEdits = 64;
 constexpr std::array<std::string_view, 3> kStandardTypes = {
     "Standard.Math.Arithmetic", "Standard.Math.Oscillator", "Standard.Math.Counter"};
@@ -108,25 +93,6 @@ bool IsComputed(const Parameter& parameter) {
 // A value that may change without disturbing what frames compute into saved values.
 bool IsFreeToChange(const Parameter& parameter) {
     return !IsComputed(parameter) && parameter.GetOutgoingConnections().empty();
-}
-
-// A member that a structural write makes and takes away.
-bool IsRebuilt(const Parameter& parameter) {
-    return dynamic_cast<const MirrorOperator*>(parameter.GetOperator()) != nullptr ||
-           (dynamic_cast<const ShelfOperator*>(parameter.GetOperator()) != nullptr &&
-            parameter.GetKey().starts_with("Slot"));
-}
-
-bool IsReferenced(Graph& graph, const Operator& op) {
-    for (Operator* other : graph.GetOperators()) {
-        for (Parameter* parameter : other->GetAllParameters()) {
-            if (auto* reference = dynamic_cast<PtrParameter*>(parameter);
-                reference != nullptr && reference->Value() == &op) {
-                return true;
-            }
-        }
-    }
-    return false;
 }
 
 template <typename T>
@@ -317,10 +283,6 @@ private:
     }
 
     std::unique_ptr<Operator> MakeOperator(bool inRoot) {
-        std::optional<Transaction::SuppressRecording> muted;
-        if (kMutedUntilFixed.valueBeforeAdding) {
-            muted.emplace();  // the standard types set values in their constructors
-        }
         switch (input.Pick(10)) {
             case 0:
                 return std::make_unique<SourceOperator>();
@@ -356,10 +318,6 @@ private:
         Operator& op = *made;
         std::string text = "add " + std::string(op.GetType()->GetName());
         if (input.Chance(2)) {
-            std::optional<Transaction::SuppressRecording> muted;
-            if (kMutedUntilFixed.nameBeforeAdding) {
-                muted.emplace();
-            }
             op.SetName(kNames[input.Pick(kNames.size())]);
         }
         graph.AddOperator(std::move(made));
@@ -405,9 +363,7 @@ private:
     std::string RemoveOperator(Graph& graph) {
         std::vector<Operator*> candidates;
         for (Operator* op : graph.GetOperators()) {
-            if (!kMutedUntilFixed.referencedRemoval || !IsReferenced(graph, *op)) {
-                candidates.push_back(op);
-            }
+            candidates.push_back(op);
         }
         Operator* op = Pick(candidates);
         if (op == nullptr) {
@@ -467,8 +423,7 @@ private:
         std::vector<Parameter*> targets;
         for (Operator* op : graph.GetOperators()) {
             for (Parameter* parameter : op->GetAllParameters()) {
-                if (!parameter->HasNumericComponents() ||
-                    (kMutedUntilFixed.rebuiltValues && IsRebuilt(*parameter))) {
+                if (!parameter->HasNumericComponents()) {
                     continue;
                 }
                 if (!IsComputed(*parameter)) {
@@ -740,15 +695,12 @@ private:
         if (op == nullptr) {
             return "move nothing";
         }
-        std::vector<float> special{1e30f, 0.5f};
-        if (!kMutedUntilFixed.nonFinitePositions) {
-            special.insert(special.end(),
-                           {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
-                            -std::numeric_limits<float>::infinity()});
-        }
-        if (!kMutedUntilFixed.negativeZeroPosition) {
-            special.push_back(-0.0f);
-        }
+        const std::vector<float> special{1e30f,
+                                         0.5f,
+                                         -0.0f,
+                                         std::numeric_limits<float>::quiet_NaN(),
+                                         std::numeric_limits<float>::infinity(),
+                                         -std::numeric_limits<float>::infinity()};
         const auto coordinate = [this, &special] {
             return input.Chance(4) ? special[input.Pick(special.size())]
                                    : static_cast<float>(input.Pick(256)) - 128.0f;
@@ -764,9 +716,6 @@ private:
         std::vector<Parameter*> candidates;
         for (Operator* op : graph.GetOperators()) {
             for (Parameter* parameter : op->GetAllParameters()) {
-                if (kMutedUntilFixed.rebuiltValues && IsRebuilt(*parameter)) {
-                    continue;
-                }
                 if (parameter->HasNumericComponents() && IsFreeToChange(*parameter) &&
                     !parameter->HasParameterFlag(ParameterFlag::Structural) &&
                     parameter->GetType() != TriggerParameter::Type()) {
