@@ -56,6 +56,8 @@ void RecordParameterConnection(const ParameterConnectionEndpoints& endpoints,
 }  // namespace
 
 struct PendingRemoval::Held {
+    // Spelled out: clang 14, which builds the fuzzers, cannot make an aggregate from parentheses.
+    explicit Held(Vantel::Record record) : record(std::move(record)) {}
     Vantel::Record record;
 };
 
