@@ -32,6 +32,7 @@
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataInputListImplementation.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPort.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/DataTypeInfo.h>
 #include <Vantel/Operators/Graph.h>

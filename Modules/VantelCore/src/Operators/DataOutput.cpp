@@ -2,11 +2,9 @@
 
 #include <algorithm>
 
-#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
-#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Support/Logging.h>
 
 #include "Projects/EditRecorder.h"
@@ -22,18 +20,22 @@ bool DataOutput::Implementation::RemoveConnection(DataConnection connection) {
     return true;
 }
 
-DataOutput::DataOutput() : implementation(std::make_unique<Implementation>()) {}
+DataOutput::DataOutput() : DataOutput(std::make_unique<Implementation>()) {}
+
+// The base keeps a view of the block, so the block is made before either.
+DataOutput::DataOutput(std::unique_ptr<Implementation> block)
+    : DataPort(*block), implementation(std::move(block)) {}
 
 DataOutput::DataOutput(Operator* op, std::string_view name) : DataOutput() {
-    implementation->name = name;
+    SetName(name);  // not recorded: there is no operator yet
     if (op != nullptr) {
         op->AddDataOutput(this);
     }
 }
 
 DataOutput::~DataOutput() {
-    if (implementation->op != nullptr) {
-        implementation->op->RemoveDataOutput(this);
+    if (GetOperator() != nullptr) {
+        GetOperator()->RemoveDataOutput(this);
     }
 }
 
@@ -46,55 +48,12 @@ const ObjectType* DataOutput::GetType() const {
     return Type();
 }
 
-const std::string& DataOutput::GetName() const {
-    return implementation->name;
-}
-
-void DataOutput::SetName(std::string_view name) {
-    if (name == implementation->name) {
-        return;
-    }
-    EditRecorder::Renamed(*this, implementation->op, implementation->name, name);
-    implementation->name = name;
-    if (implementation->op != nullptr) {
-        Access::GetImplementation(*implementation->op)->MemberRenamedEvent().Fire(this);
-    }
-}
-
 Operator* DataOutput::GetOperator() {
-    return implementation->op;
+    return DataPort::GetOperator();
 }
 
 const Operator* DataOutput::GetOperator() const {
-    return implementation->op;
-}
-
-Color DataOutput::GetUIColor() const {
-    return implementation->uiColor;
-}
-
-void DataOutput::SetUIColor(Color color) {
-    implementation->uiColor = color;
-}
-
-bool DataOutput::HasData() const {
-    return implementation->data != nullptr;
-}
-
-bool DataOutput::HasDataChanged() const {
-    return implementation->changed;
-}
-
-const std::shared_ptr<Data>& DataOutput::GetData() const {
-    return implementation->data;
-}
-
-std::uint64_t DataOutput::GetDataSerial() const {
-    return implementation->lastSerial;
-}
-
-bool DataOutput::IsAddedByUser() const {
-    return implementation->addedByUser;
+    return DataPort::GetOperator();
 }
 
 bool DataOutput::HasConnections() const {
@@ -106,19 +65,13 @@ const std::vector<DataConnection>& DataOutput::GetConnections() const {
 }
 
 void DataOutput::Activate(const std::shared_ptr<Data>& data) {
-    const std::uint64_t serial = data ? data->GetSerial() : 0;
-    if (serial == implementation->lastSerial) {
+    const bool writtenThisFrame = HasDataChanged();
+    if (!implementation->Store(data)) {
         return;
     }
-    if (implementation->changed) {
+    if (writtenThisFrame) {
         LogWarning("DataOutput '" + GetPath().ToString() +
                    "' is written more than once per frame, whichever write happens last wins.");
-    }
-    implementation->lastSerial = serial;
-    implementation->data = data;
-    implementation->changed = true;
-    if (implementation->op != nullptr) {
-        Access::GetImplementation(*implementation->op)->NoteMemberMarked();
     }
     implementation->activatedEvent.Fire();
 }
@@ -129,10 +82,6 @@ void DataOutput::Clear() {
 
 Event<>& DataOutput::ActivatedEvent() {
     return implementation->activatedEvent;
-}
-
-Object* DataOutput::GetParentObjectImplementation() {
-    return implementation->op;
 }
 
 }  // namespace Vantel

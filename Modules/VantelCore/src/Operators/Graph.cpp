@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <type_traits>
 #include <unordered_set>
 
 #include <Vantel/Objects/Access.h>
@@ -85,9 +86,57 @@ void PassValue(const Parameter& source, Parameter& target, const std::vector<Com
     }
 }
 
-std::string TypeKeyOrDataTypeName(const ObjectType& type) {
-    const DataTypeInfo* dataType = TypeLibrary::Get()->FindDataType(&type);
-    return dataType != nullptr ? dataType->name : type.GetName();
+// A connection joins two different operators, both of `graph`.
+bool AreTwoOperatorsOf(const Graph& graph, const Operator* producer, const Operator* consumer) {
+    return producer != nullptr && consumer != nullptr && producer != consumer &&
+           producer->GetGraph() == &graph && consumer->GetGraph() == &graph;
+}
+
+// The name a user's new member starts with: a port's names its data type and side, a parameter's comes from
+// the parameter type's registration.
+template <typename Member>
+std::string UserMemberName(const ObjectType& type) {
+    if constexpr (std::is_same_v<Member, Parameter>) {
+        const ParameterInfo* info = TypeLibrary::Get()->FindParameterInfo(&type);
+        return info != nullptr ? info->name : type.GetDisplayName();
+    } else {
+        const DataTypeInfo* dataType = TypeLibrary::Get()->FindDataType(&type);
+        const std::string base = dataType != nullptr ? dataType->name : type.GetName();
+        return base + (std::is_same_v<Member, DataInput> ? " Input" : " Output");
+    }
+}
+
+// Makes a named port or parameter of a type a user picked for a graph and hands it to `add`. Null for a null
+// type, one that makes no `Member`, or a refusal by `add`; a type of another kind logs
+// "Graph::<function>: '<type>' is not a <noun> type.".
+template <typename Member, typename Add>
+Member* CreateUserMember(const ObjectType* type, std::string_view function, std::string_view noun, Add add) {
+    if (type == nullptr) {
+        return nullptr;
+    }
+    if (!type->Inherits(Member::Type())) {
+        LogError("Graph::" + std::string(function) + ": '" + type->GetName() + "' is not a " +
+                 std::string(noun) + " type.");
+        return nullptr;
+    }
+    std::unique_ptr<Object> made = type->CreateInstance();
+    auto* member = dynamic_cast<Member*>(made.get());
+    if (member == nullptr) {
+        return nullptr;
+    }
+    made.release();
+    member->SetName(UserMemberName<Member>(*type));
+    return add(std::unique_ptr<Member>(member)) ? member : nullptr;
+}
+
+// Marks a given port or parameter as the user's and hands it to `add`; false for null.
+template <typename Member, typename Add>
+bool AdoptUserMember(std::unique_ptr<Member>&& member, Add add) {
+    if (member == nullptr) {
+        return false;
+    }
+    Access::GetImplementation(*member)->SetAddedByUser(true);
+    return add(std::move(member));
 }
 
 }  // namespace
@@ -123,22 +172,57 @@ Graph::Implementation::Implementation(Graph& graph) : graph(graph) {}
 
 Graph::Implementation::~Implementation() = default;
 
-void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::size_t index) {
-    if (op == nullptr) {
-        return;
-    }
-    Operator::Implementation& opImplementation = *Access::GetImplementation(*op);
-    opImplementation.UpdateStructureIfDirty();
+Operator* Graph::Implementation::Attach(std::unique_ptr<Operator>&& op, std::size_t index) {
     Access::GetImplementation(static_cast<Operator&>(graph))->SettleChildKey(*op, OperatorKeyBase(*op));
-    opImplementation.SetGraph(&graph);
+    Access::GetImplementation(*op)->SetGraph(&graph);
     Operator* raw = op.get();
-    index = std::min(index, operators.size());
     operators.insert(operators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     constOperators.insert(constOperators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     ownedOperators.push_back(std::move(op));
     operatorsByKey.emplace(raw->GetKey(), raw);
     ranks[raw] = nextRank++;  // unconnected: any rank is a valid one
     orderDirty = true;
+    return raw;
+}
+
+std::unique_ptr<Operator> Graph::Implementation::Detach(const Operator* op) {
+    const std::size_t index = IndexOf(op);
+    if (index == ParameterNode::npos) {
+        return nullptr;
+    }
+    operators.erase(operators.begin() + static_cast<std::ptrdiff_t>(index));
+    constOperators.erase(constOperators.begin() + static_cast<std::ptrdiff_t>(index));
+    const auto found = std::find_if(ownedOperators.begin(), ownedOperators.end(),
+                                    [op](const auto& o) { return o.get() == op; });
+    std::unique_ptr<Operator> released = std::move(*found);
+    ownedOperators.erase(found);
+    operatorsByKey.erase(op->GetKey());
+    ranks.erase(op);
+    Access::GetImplementation(*released)->SetGraph(nullptr);
+    orderDirty = true;
+    return released;
+}
+
+void Graph::Implementation::DetachAll() {
+    for (Operator* op : operators) {
+        Access::GetImplementation(*op)->SetGraph(nullptr);
+    }
+    operators.clear();
+    constOperators.clear();
+    operatorsByKey.clear();
+    ranks.clear();
+    executionOrder.clear();
+    executionStates.clear();
+    ownedOperators.clear();
+}
+
+void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::size_t index) {
+    if (op == nullptr) {
+        return;
+    }
+    Access::GetImplementation(*op)->UpdateStructureIfDirty();
+    index = std::min(index, operators.size());
+    Operator* raw = Attach(std::move(op), index);
     EditRecorder::OperatorAdded(*raw, index);
     raw->MarkDirty();
     operatorAddedEvent.Fire(raw);
@@ -281,13 +365,7 @@ Graph::Graph() : implementation(std::make_unique<Implementation>(*this)) {
 Graph::~Graph() {
     EditRecorder::Unrecorded unrecorded;
     implementation->ForgetConnections();
-    for (Operator* op : implementation->operators) {
-        Access::GetImplementation(*op)->SetGraph(nullptr);
-    }
-    implementation->operators.clear();
-    implementation->constOperators.clear();
-    implementation->operatorsByKey.clear();
-    implementation->ownedOperators.clear();
+    implementation->DetachAll();
 }
 
 const ObjectType* Graph::Type() {
@@ -322,18 +400,7 @@ std::unique_ptr<Operator> Graph::RemoveOperator(Operator* op) {
             RemoveDataConnection(input->GetConnection());
         }
     }
-    implementation->operators.erase(implementation->operators.begin() + static_cast<std::ptrdiff_t>(index));
-    implementation->constOperators.erase(implementation->constOperators.begin() +
-                                         static_cast<std::ptrdiff_t>(index));
-    auto& owned = implementation->ownedOperators;
-    const auto found =
-        std::find_if(owned.begin(), owned.end(), [op](const auto& o) { return o.get() == op; });
-    std::unique_ptr<Operator> released = std::move(*found);
-    owned.erase(found);
-    implementation->operatorsByKey.erase(op->GetKey());
-    implementation->ranks.erase(op);
-    Access::GetImplementation(*op)->SetGraph(nullptr);
-    implementation->orderDirty = true;
+    std::unique_ptr<Operator> released = implementation->Detach(op);
     record.Record();
     implementation->operatorRemovedEvent.Fire(op);
     return released;
@@ -356,8 +423,7 @@ bool Graph::CanAddDataConnection(DataConnection connection, bool replace) const 
     }
     const Operator* producer = connection.output->GetOperator();
     const Operator* consumer = connection.input->GetOperator();
-    if (producer == nullptr || consumer == nullptr || producer == consumer || producer->GetGraph() != this ||
-        consumer->GetGraph() != this) {
+    if (!AreTwoOperatorsOf(*this, producer, consumer)) {
         return false;
     }
     const ObjectType* accepted = connection.input->GetAcceptedOutputType();
@@ -407,8 +473,7 @@ bool Graph::RemoveDataConnection(DataConnection connection) {
 bool Graph::CanAddDataConnection(DataOutput& output, DataInputList& list) const {
     const Operator* producer = output.GetOperator();
     const Operator* consumer = list.GetOperator();
-    if (producer == nullptr || consumer == nullptr || producer == consumer || producer->GetGraph() != this ||
-        consumer->GetGraph() != this) {
+    if (!AreTwoOperatorsOf(*this, producer, consumer)) {
         return false;
     }
     const ObjectType* accepted = Access::GetImplementation(list)->GetAcceptedOutputType();
@@ -481,8 +546,7 @@ bool Graph::CanAddParameterConnection(const ParameterConnection& connection, boo
     }
     const Operator* producer = source->GetOperator();
     const Operator* consumer = target->GetOperator();
-    if (producer == nullptr || consumer == nullptr || producer == consumer || producer->GetGraph() != this ||
-        consumer->GetGraph() != this) {
+    if (!AreTwoOperatorsOf(*this, producer, consumer)) {
         return false;
     }
     return !implementation->IsUpstream(producer, consumer);
@@ -576,84 +640,34 @@ const ParameterConnectionMap& Graph::GetParameterConnections() const {
 }
 
 DataInput* Graph::AddUserDataInput(const ObjectType* type) {
-    if (type == nullptr) {
-        return nullptr;
-    }
-    if (!type->Inherits(DataInput::Type())) {
-        LogError("Graph::AddUserDataInput: '" + type->GetName() + "' is not a data input type.");
-        return nullptr;
-    }
-    std::unique_ptr<Object> made = type->CreateInstance();
-    auto* input = dynamic_cast<DataInput*>(made.get());
-    if (input == nullptr) {
-        return nullptr;
-    }
-    made.release();
-    input->SetName(TypeKeyOrDataTypeName(*type) + " Input");
-    return AddUserDataInput(std::unique_ptr<DataInput>(input)) ? input : nullptr;
+    return CreateUserMember<DataInput>(type, "AddUserDataInput", "data input",
+                                       [this](auto&& input) { return AddUserDataInput(std::move(input)); });
 }
 
 bool Graph::AddUserDataInput(std::unique_ptr<DataInput>&& input) {
-    if (input == nullptr) {
-        return false;
-    }
-    Access::GetImplementation(*input)->SetAddedByUser(true);
-    return AddDataInput(std::move(input));
+    return AdoptUserMember(std::move(input), [this](auto&& port) { return AddDataInput(std::move(port)); });
 }
 
 DataOutput* Graph::AddUserDataOutput(const ObjectType* type) {
-    if (type == nullptr) {
-        return nullptr;
-    }
-    if (!type->Inherits(DataOutput::Type())) {
-        LogError("Graph::AddUserDataOutput: '" + type->GetName() + "' is not a data output type.");
-        return nullptr;
-    }
-    std::unique_ptr<Object> made = type->CreateInstance();
-    auto* output = dynamic_cast<DataOutput*>(made.get());
-    if (output == nullptr) {
-        return nullptr;
-    }
-    made.release();
-    output->SetName(TypeKeyOrDataTypeName(*type) + " Output");
-    return AddUserDataOutput(std::unique_ptr<DataOutput>(output)) ? output : nullptr;
+    return CreateUserMember<DataOutput>(type, "AddUserDataOutput", "data output", [this](auto&& output) {
+        return AddUserDataOutput(std::move(output));
+    });
 }
 
 bool Graph::AddUserDataOutput(std::unique_ptr<DataOutput>&& output) {
-    if (output == nullptr) {
-        return false;
-    }
-    Access::GetImplementation(*output)->SetAddedByUser(true);
-    return AddDataOutput(std::move(output));
+    return AdoptUserMember(std::move(output), [this](auto&& port) { return AddDataOutput(std::move(port)); });
 }
 
 Parameter* Graph::AddUserParameter(const ObjectType* type, bool output) {
-    if (type == nullptr) {
-        return nullptr;
-    }
-    if (!type->Inherits(Parameter::Type())) {
-        LogError("Graph::AddUserParameter: '" + type->GetName() + "' is not a parameter type.");
-        return nullptr;
-    }
-    std::unique_ptr<Object> made = type->CreateInstance();
-    auto* parameter = dynamic_cast<Parameter*>(made.get());
-    if (parameter == nullptr) {
-        return nullptr;
-    }
-    made.release();
-    std::unique_ptr<Parameter> owned(parameter);
-    const ParameterInfo* info = TypeLibrary::Get()->FindParameterInfo(type);
-    parameter->SetName(info != nullptr ? info->name : type->GetDisplayName());
-    parameter->SetParameterFlag(ParameterFlag::Output, output);
-    return AddUserParameter(std::move(owned), ParameterNode::npos) ? parameter : nullptr;
+    return CreateUserMember<Parameter>(type, "AddUserParameter", "parameter", [&](auto&& parameter) {
+        parameter->SetParameterFlag(ParameterFlag::Output, output);
+        return AddUserParameter(std::move(parameter), ParameterNode::npos);
+    });
 }
 
 bool Graph::AddUserParameter(std::unique_ptr<Parameter>&& parameter, std::size_t index) {
-    if (parameter == nullptr) {
-        return false;
-    }
-    Access::GetImplementation(*parameter)->SetAddedByUser(true);
-    return InsertParameter(std::move(parameter), index);
+    return AdoptUserMember(std::move(parameter),
+                           [&](auto&& member) { return InsertParameter(std::move(member), index); });
 }
 
 void Graph::Execute(ExecutionContext& context) {

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
@@ -17,6 +18,8 @@
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
+
+#include "Projects/EditRecorder.h"
 
 namespace Vantel::Detail {
 
@@ -82,29 +85,26 @@ private:
     std::vector<EventSubscription> subscriptions;
 };
 
-// The data inputs (or outputs) that a user added to `graph`, in their order.
-inline std::vector<DataInput*> UserInputs(Graph* graph) {
-    std::vector<DataInput*> inputs;
-    if (graph != nullptr) {
-        for (DataInput* input : graph->GetAllDataInputs()) {
-            if (input->IsAddedByUser()) {
-                inputs.push_back(input);
-            }
+// The data inputs (or outputs, as `Port` says) that a user added to `graph`, in their order.
+template <typename Port>
+std::vector<Port*> UserPorts(Graph* graph) {
+    std::vector<Port*> ports;
+    if (graph == nullptr) {
+        return ports;
+    }
+    const auto& all = [graph]() -> const std::vector<Port*>& {
+        if constexpr (std::is_same_v<Port, DataInput>) {
+            return graph->GetAllDataInputs();
+        } else {
+            return graph->GetAllDataOutputs();
+        }
+    }();
+    for (Port* port : all) {
+        if (port->IsAddedByUser()) {
+            ports.push_back(port);
         }
     }
-    return inputs;
-}
-
-inline std::vector<DataOutput*> UserOutputs(Graph* graph) {
-    std::vector<DataOutput*> outputs;
-    if (graph != nullptr) {
-        for (DataOutput* output : graph->GetAllDataOutputs()) {
-            if (output->IsAddedByUser()) {
-                outputs.push_back(output);
-            }
-        }
-    }
-    return outputs;
+    return ports;
 }
 
 // The parameters a user added to `graph` whose Output flag equals `outputs`, in tree order.
@@ -195,6 +195,101 @@ private:
     bool graphOutputs;
     ParameterFlag flag;
     std::vector<Pair> pairs;
+};
+
+// What a boundary operator keeps of the graph that contains it: a port of the other kind (a `Mirror`) for
+// each `Source` port a user added to the graph, and a parameter for each of the graph's user parameters on
+// that side (outputs when `graphOutputs`, each mirror with `flag`). Follows the graph through a GraphWatch.
+template <typename Source, typename Mirror>
+class BoundaryMirrors {
+public:
+    using PortPair = MirrorPair<Source, Mirror>;
+
+    BoundaryMirrors(Operator& owner, bool graphOutputs, ParameterFlag flag)
+        : parameters(owner, graphOutputs, flag),
+          owner(owner),
+          watch(
+              owner, [this] { Sync(); }, [this](Object& member) { Release(member); }) {}
+
+    // Brings the mirror in line with the graph (none without one); the mirror is derived, so nothing of it
+    // is recorded.
+    void Sync() {
+        Graph* graph = owner.GetGraph();
+        EditRecorder::Unrecorded unrecorded;
+        SyncMirrors(
+            ports, UserPorts<Source>(graph), [this](Source& source) { return MakeMirror(source); },
+            [this](Mirror* mirror) { RemoveMirror(mirror); },
+            [this](Mirror* mirror, std::size_t index) { MoveMirror(mirror, index); });
+        parameters.Sync(graph);
+    }
+
+    // A graph member is about to go: its mirror's connections inside go first, recorded, so that undo brings
+    // them back once the member (and with it the mirror) is back. The mirror itself follows in Sync.
+    void Release(Object& member) {
+        Graph* graph = owner.GetGraph();
+        if (graph == nullptr) {
+            return;
+        }
+        if (auto* port = dynamic_cast<Source*>(&member)) {
+            if (Mirror* mirror = FindMirrorOf(ports, *port)) {
+                Disconnect(*graph, *mirror);
+            }
+        } else {
+            parameters.Release(*graph, member);
+        }
+    }
+
+    std::vector<PortPair> ports;
+    ParameterMirrors parameters;
+
+private:
+    static constexpr bool kMirrorsAreInputs = std::is_same_v<Mirror, DataInput>;
+
+    Mirror* MakeMirror(Source& source) {
+        TypeLibrary* library = TypeLibrary::Get();
+        const ObjectType* type = kMirrorsAreInputs ? library->FindDataInputType(source.GetType())
+                                                   : library->FindDataOutputType(source.GetType());
+        std::unique_ptr<Mirror> mirror = MakeOfType<Mirror>(type, Mirror::Type());
+        mirror->SetKey(source.GetKey());
+        mirror->SetName(source.GetName());
+        Mirror* raw = mirror.get();
+        return AddMirror(std::move(mirror)) ? raw : nullptr;
+    }
+
+    bool AddMirror(std::unique_ptr<Mirror>&& mirror) {
+        if constexpr (kMirrorsAreInputs) {
+            return owner.AddDataInput(std::move(mirror));
+        } else {
+            return owner.AddDataOutput(std::move(mirror));
+        }
+    }
+
+    void RemoveMirror(Mirror* mirror) {
+        if constexpr (kMirrorsAreInputs) {
+            owner.RemoveDataInput(mirror);
+        } else {
+            owner.RemoveDataOutput(mirror);
+        }
+    }
+
+    void MoveMirror(Mirror* mirror, std::size_t index) {
+        if constexpr (kMirrorsAreInputs) {
+            owner.MoveDataInput(mirror, index);
+        } else {
+            owner.MoveDataOutput(mirror, index);
+        }
+    }
+
+    static void Disconnect(Graph& graph, Mirror& mirror) {
+        if constexpr (kMirrorsAreInputs) {
+            graph.DisconnectDataInput(mirror);
+        } else {
+            graph.DisconnectDataOutput(mirror);
+        }
+    }
+
+    Operator& owner;
+    GraphWatch watch;
 };
 
 }  // namespace Vantel::Detail

@@ -1,63 +1,15 @@
 #include <Vantel/Operators/GraphInputsOperator.h>
 
-#include <Vantel/Operators/OperatorImplementation.h>
-#include <Vantel/Parameters/ParameterImplementation.h>
-
 #include "Operators/GraphBoundary.h"
-#include "Projects/EditRecorder.h"
 
 namespace Vantel {
 
 using InputMirror = Detail::MirrorPair<DataInput, DataOutput>;
 
-class GraphInputsOperator::Implementation {
+class GraphInputsOperator::Implementation : public Detail::BoundaryMirrors<DataInput, DataOutput> {
 public:
     explicit Implementation(GraphInputsOperator& owner)
-        : owner(owner),
-          watch(
-              owner, [this] { Sync(); }, [this](Object& member) { Release(member); }) {}
-
-    // Brings the mirror in line with the graph (none without one); the mirror is derived, so nothing of it
-    // is recorded.
-    void Sync() {
-        Graph* graph = owner.GetGraph();
-        EditRecorder::Unrecorded unrecorded;
-        Detail::SyncMirrors(
-            inputs, Detail::UserInputs(graph), [this](DataInput& source) { return MakeOutput(source); },
-            [this](DataOutput* mirror) { owner.RemoveDataOutput(mirror); },
-            [this](DataOutput* mirror, std::size_t index) { owner.MoveDataOutput(mirror, index); });
-        parameters.Sync(graph);
-    }
-
-    DataOutput* MakeOutput(DataInput& source) {
-        const ObjectType* type = TypeLibrary::Get()->FindDataOutputType(source.GetType());
-        std::unique_ptr<DataOutput> output = Detail::MakeOfType<DataOutput>(type, DataOutput::Type());
-        output->SetKey(source.GetKey());
-        output->SetName(source.GetName());
-        DataOutput* raw = output.get();
-        return owner.AddDataOutput(std::move(output)) ? raw : nullptr;
-    }
-
-    // A graph member is about to go: its mirror's connections inside go first, recorded, so that undo brings
-    // them back once the member (and with it the mirror) is back. The mirror itself follows in Sync.
-    void Release(Object& member) {
-        Graph* graph = owner.GetGraph();
-        if (graph == nullptr) {
-            return;
-        }
-        if (auto* port = dynamic_cast<DataInput*>(&member)) {
-            if (auto* mirror = Detail::FindMirrorOf(inputs, *port)) {
-                graph->DisconnectDataOutput(*mirror);
-            }
-        } else {
-            parameters.Release(*graph, member);
-        }
-    }
-
-    GraphInputsOperator& owner;
-    Detail::GraphWatch watch;
-    std::vector<InputMirror> inputs;
-    Detail::ParameterMirrors parameters{owner, false, ParameterFlag::Output};
+        : BoundaryMirrors(owner, false, ParameterFlag::Output) {}
 };
 
 GraphInputsOperator::GraphInputsOperator() : implementation(std::make_unique<Implementation>(*this)) {}
@@ -75,7 +27,7 @@ const ObjectType* GraphInputsOperator::GetType() const {
 }
 
 DataOutput* GraphInputsOperator::FindMirror(const DataInput& graphInput) {
-    return Detail::FindMirrorOf(implementation->inputs, graphInput);
+    return Detail::FindMirrorOf(implementation->ports, graphInput);
 }
 
 Parameter* GraphInputsOperator::FindMirror(const Parameter& graphParameter) {
@@ -83,7 +35,7 @@ Parameter* GraphInputsOperator::FindMirror(const Parameter& graphParameter) {
 }
 
 void GraphInputsOperator::Execute(ExecutionContext&) {
-    for (const InputMirror& pair : implementation->inputs) {
+    for (const InputMirror& pair : implementation->ports) {
         const DataInput& source = *pair.source;
         if (source.GetDataSerial() != pair.mirror->GetDataSerial()) {
             pair.mirror->Activate(source.GetData());
@@ -100,7 +52,7 @@ bool GraphInputsOperator::Outdated() const {
     if (Operator::Outdated()) {
         return true;
     }
-    for (const InputMirror& pair : implementation->inputs) {
+    for (const InputMirror& pair : implementation->ports) {
         if (pair.source->GetDataSerial() != pair.mirror->GetDataSerial()) {
             return true;
         }

@@ -109,6 +109,11 @@ void DisconnectSubtree(Graph& graph, ParameterNode& node) {
 
 class ParameterGroup::Implementation {
 public:
+    explicit Implementation(ParameterGroup& group) : group(group) {}
+
+    ParameterGroup& group;
+    // Written only by Attach, Own, Detach, Reposition, Reorder and DetachAll, which keep the two child lists
+    // equal, the owned and annotated nodes among the children, and each child's parent pointer on the group.
     std::vector<ParameterNode*> children;
     std::vector<const ParameterNode*> constChildren;
     absl::flat_hash_map<const ParameterNode*, std::unique_ptr<ParameterNode>> owned;
@@ -123,6 +128,50 @@ public:
         const auto found = std::find(constChildren.begin(), constChildren.end(), node);
         return found == constChildren.end() ? ParameterNode::npos
                                             : static_cast<std::size_t>(found - constChildren.begin());
+    }
+
+    // Appends the node, then moves it to `index` when that is before the end.
+    void Attach(ParameterNode* node, std::size_t index) {
+        node->SetParent(&group);
+        children.push_back(node);
+        constChildren.push_back(node);
+        const std::size_t last = children.size() - 1;
+        if (index < last) {
+            Reposition(last, index);
+        }
+    }
+
+    // Only for a node that is a child.
+    void Own(ParameterNode* node, std::unique_ptr<ParameterNode>&& owner) {
+        owned.emplace(node, std::move(owner));
+    }
+
+    // Takes the child at `index` out; the result owns it when the group did.
+    std::unique_ptr<ParameterNode> Detach(std::size_t index) {
+        ParameterNode* node = children[index];
+        node->SetParent(nullptr);
+        children.erase(children.begin() + static_cast<std::ptrdiff_t>(index));
+        constChildren.erase(constChildren.begin() + static_cast<std::ptrdiff_t>(index));
+        annotations.erase(node);
+        auto found = owned.extract(node);
+        return found ? std::move(found.mapped()) : nullptr;
+    }
+
+    // A dying group: every child is let go before the owned ones are destroyed.
+    void DetachAll() {
+        for (ParameterNode* child : children) {
+            child->SetParent(nullptr);
+        }
+        children.clear();
+        constChildren.clear();
+        annotations.clear();
+        owned.clear();
+    }
+
+    // The same children in a new order.
+    void Reorder(std::vector<ParameterNode*>&& reordered) {
+        children = std::move(reordered);
+        constChildren.assign(children.begin(), children.end());
     }
 
     // Moves the child at `from` to `to` in both vectors; the ones in between shift by one.
@@ -144,14 +193,11 @@ public:
     }
 };
 
-ParameterGroup::ParameterGroup() : implementation(std::make_unique<Implementation>()) {}
+ParameterGroup::ParameterGroup() : implementation(std::make_unique<Implementation>(*this)) {}
 
 ParameterGroup::~ParameterGroup() {
     DetachFromParent();
-    for (ParameterNode* child : implementation->children) {
-        child->SetParent(nullptr);
-    }
-    implementation->owned.clear();
+    implementation->DetachAll();
 }
 
 const ObjectType* ParameterGroup::Type() {
@@ -178,7 +224,7 @@ bool ParameterGroup::Insert(std::unique_ptr<ParameterNode>&& node, std::size_t i
     if (!Insert(raw, index)) {
         return false;
     }
-    implementation->owned.emplace(raw, std::move(taken));
+    implementation->Own(raw, std::move(taken));
     return true;
 }
 
@@ -209,13 +255,7 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
                                [this](std::string_view key) { return Find(key) == nullptr; });
     }
 
-    node->SetParent(this);
-    implementation->children.push_back(node);
-    implementation->constChildren.push_back(node);
-    const std::size_t last = implementation->children.size() - 1;
-    if (index < last) {
-        implementation->Reposition(last, index);
-    }
+    implementation->Attach(node, index);
 
     if (IsRecordedNode(*node)) {
         EditRecorder::ParameterNodeAdded(*node);
@@ -263,15 +303,7 @@ std::unique_ptr<ParameterNode> ParameterGroup::Detach(ParameterNode* node) {
         return nullptr;
     }
     EditRecorder::PendingRemoval record = RemovalRecord(*node, index);
-    node->SetParent(nullptr);
-    implementation->children.erase(implementation->children.begin() + static_cast<std::ptrdiff_t>(index));
-    implementation->constChildren.erase(implementation->constChildren.begin() +
-                                        static_cast<std::ptrdiff_t>(index));
-    implementation->annotations.erase(node);
-    std::unique_ptr<ParameterNode> owned;
-    if (auto found = implementation->owned.extract(node)) {
-        owned = std::move(found.mapped());
-    }
+    std::unique_ptr<ParameterNode> owned = implementation->Detach(index);
     record.Record();
     implementation->childRemovedEvent.Fire(node);
     NotifyTreeChanged(node, false);
@@ -355,7 +387,7 @@ void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& given, std::stri
         return;
     }
     // Take the row's nodes out, then put them back side by side where the first one stood.
-    std::vector<ParameterNode*>& children = implementation->children;
+    const std::vector<ParameterNode*>& children = implementation->children;
     const std::size_t firstIndex = implementation->IndexOf(nodes.front());
     std::size_t insertAt = 0;
     std::vector<ParameterNode*> others;
@@ -369,8 +401,7 @@ void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& given, std::stri
         others.push_back(children[i]);
     }
     others.insert(others.begin() + static_cast<std::ptrdiff_t>(insertAt), nodes.begin(), nodes.end());
-    children = std::move(others);
-    implementation->constChildren.assign(children.begin(), children.end());
+    implementation->Reorder(std::move(others));
 
     for (std::size_t i = 0; i < nodes.size(); ++i) {
         Annotation& annotation = implementation->annotations[nodes[i]];

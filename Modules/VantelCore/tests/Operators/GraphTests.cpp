@@ -331,6 +331,7 @@ TEST(Graph, UserPortsAndParameters) {
     EXPECT_TRUE(parameter->IsAddedByUser());
     EXPECT_TRUE(parameter->HasParameterFlag(ParameterFlag::Output));
     EXPECT_EQ(graph.AddUserDataOutput(nullptr), nullptr);
+    EXPECT_EQ(graph.AddUserDataOutput(DataOutput::Type())->GetName(), "Vantel.DataOutput Output");
 }
 
 // Source -> A (offset driven by a driver's result) -> B (offset 10) -> sink (offset B's result), with A and B

@@ -6,15 +6,12 @@
 //   };
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include <Vantel/Export.h>
-#include <Vantel/Objects/Object.h>
 #include <Vantel/Operators/DataConnection.h>
-#include <Vantel/Parameters/Color.h>
+#include <Vantel/Operators/DataPort.h>
 
 namespace Vantel {
 
@@ -24,12 +21,12 @@ class Operator;
 
 // DataInput
 //
-// Holds the value last received and whether it changed in this frame (by serial, never by contents). Its
-// object parent is the data input list that made it, else its operator. Plug-in data types derive typed
-// inputs from it and may override Receive and Clear. The graph sets its connection; the runner clears its
-// changed mark after each frame. Destroying it removes it from its operator, which disconnects it. Main
-// thread only.
-class VANTEL_API DataInput : public Object {
+// Holds the value last received and whether it changed in this frame (the rest it shares with outputs is
+// DataPort's). Its object parent is the data input list that made it, else its operator. Plug-in data types
+// derive typed inputs from it and may override Receive and Clear. The graph sets its connection; the runner
+// clears its changed mark after each frame. Destroying it removes it from its operator, which disconnects
+// it. Main thread only.
+class VANTEL_API DataInput : public DataPort {
 public:
     class Implementation;
 
@@ -41,21 +38,8 @@ public:
     static const ObjectType* Type();
     const ObjectType* GetType() const override;
 
-    const std::string& GetName() const;
-    // Recorded while a transaction records and the operator is in a graph.
-    void SetName(std::string_view name);
-    Operator* GetOperator() const;
     // Null for a plain input.
     DataInputList* GetList() const;
-    Color GetUIColor() const;
-    void SetUIColor(Color color);
-
-    bool HasData() const;
-    bool HasDataChanged() const;
-    const std::shared_ptr<Data>& GetData() const;
-    // 0 when there is no data.
-    std::uint64_t GetDataSerial() const;
-    bool IsAddedByUser() const;
     bool IsConnected() const;
     DataConnection GetConnection() const;
     // Null: any output is accepted.
@@ -71,6 +55,8 @@ protected:
     void SetAcceptedOutputType(const ObjectType* type);
 
 private:
+    explicit DataInput(std::unique_ptr<Implementation> block);
+
     friend class Access;
     std::unique_ptr<Implementation> implementation;
 };

@@ -6,17 +6,14 @@
 //   };
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include <Vantel/Export.h>
 #include <Vantel/Objects/Event.h>
-#include <Vantel/Objects/Object.h>
 #include <Vantel/Operators/DataConnection.h>
-#include <Vantel/Parameters/Color.h>
+#include <Vantel/Operators/DataPort.h>
 
 namespace Vantel {
 
@@ -25,11 +22,11 @@ class Operator;
 
 // DataOutput
 //
-// Holds the value last written and whether it changed in this frame; the graph hands a changed value to every
-// connected input. Writing twice in one frame is allowed (the last write wins) and warned about. Plug-in data
-// types derive typed outputs and may override Activate and Clear. Destroying it removes it from its operator,
-// which disconnects it. Main thread only.
-class VANTEL_API DataOutput : public Object {
+// Holds the value last written and whether it changed in this frame (the rest it shares with inputs is
+// DataPort's); the graph hands a changed value to every connected input. Writing twice in one frame is
+// allowed (the last write wins) and warned about. Plug-in data types derive typed outputs and may override
+// Activate and Clear. Destroying it removes it from its operator, which disconnects it. Main thread only.
+class VANTEL_API DataOutput : public DataPort {
 public:
     class Implementation;
 
@@ -41,20 +38,9 @@ public:
     static const ObjectType* Type();
     const ObjectType* GetType() const override;
 
-    const std::string& GetName() const;
-    // Recorded while a transaction records and the operator is in a graph.
-    void SetName(std::string_view name);
+    // An output keeps its operator const when it is const itself.
     Operator* GetOperator();
     const Operator* GetOperator() const;
-    Color GetUIColor() const;
-    void SetUIColor(Color color);
-
-    bool HasData() const;
-    bool HasDataChanged() const;
-    const std::shared_ptr<Data>& GetData() const;
-    // 0 when there is no data.
-    std::uint64_t GetDataSerial() const;
-    bool IsAddedByUser() const;
     bool HasConnections() const;
     const std::vector<DataConnection>& GetConnections() const;
 
@@ -65,10 +51,9 @@ public:
     virtual void Clear();
     Event<>& ActivatedEvent();
 
-protected:
-    Object* GetParentObjectImplementation() override;
-
 private:
+    explicit DataOutput(std::unique_ptr<Implementation> block);
+
     friend class Access;
     std::unique_ptr<Implementation> implementation;
 };

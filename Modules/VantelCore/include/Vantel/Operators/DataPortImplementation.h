@@ -14,59 +14,64 @@
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPort.h>
 
 namespace Vantel {
 
-// DataInput::Implementation
+// DataPort::Implementation
 //
-// The private block of a data input; its data stays private to DataInput.
-class VANTEL_API DataInput::Implementation {
+// The part of a port's private block that inputs and outputs share; its data stays private to DataPort.
+class VANTEL_API DataPort::Implementation {
 public:
     void SetOperator(Operator* op) { this->op = op; }
-    void SetList(DataInputList* list) { this->list = list; }
-    void SetConnection(DataConnection connection) { this->connection = connection; }
     void SetAddedByUser(bool addedByUser) { this->addedByUser = addedByUser; }
     void ClearChanged() { changed = false; }
+    // False, and nothing stored, when `value` has the serial already held. Otherwise keeps it, marks the
+    // change and tells the operator that one of its members is marked.
+    bool Store(const std::shared_ptr<Data>& value);
 
 private:
-    friend class DataInput;
+    friend class DataPort;
 
     std::string name;
     Color uiColor{1.0f, 1.0f, 1.0f, 1.0f};
     Operator* op = nullptr;
-    DataInputList* list = nullptr;
-    DataConnection connection;
-    const ObjectType* acceptedOutputType = nullptr;
     bool addedByUser = false;
     std::uint64_t lastSerial = 0;
     bool changed = false;
     std::shared_ptr<Data> data;
 };
 
+// DataInput::Implementation
+//
+// The private block of a data input; its data stays private to DataInput.
+class VANTEL_API DataInput::Implementation : public DataPort::Implementation {
+public:
+    void SetList(DataInputList* list) { this->list = list; }
+    void SetConnection(DataConnection connection) { this->connection = connection; }
+
+private:
+    friend class DataInput;
+
+    DataInputList* list = nullptr;
+    DataConnection connection;
+    const ObjectType* acceptedOutputType = nullptr;
+};
+
 // DataOutput::Implementation
 //
 // The private block of a data output; its data stays private to DataOutput.
-class VANTEL_API DataOutput::Implementation {
+class VANTEL_API DataOutput::Implementation : public DataPort::Implementation {
 public:
-    void SetOperator(Operator* op) { this->op = op; }
-    void SetAddedByUser(bool addedByUser) { this->addedByUser = addedByUser; }
     void AddConnection(DataConnection connection) { connections.push_back(connection); }
     // False when the output has no such connection.
     bool RemoveConnection(DataConnection connection);
-    void ClearChanged() { changed = false; }
 
 private:
     friend class DataOutput;
 
-    std::string name;
-    Color uiColor{1.0f, 1.0f, 1.0f, 1.0f};
-    Operator* op = nullptr;
     std::vector<DataConnection> connections;
-    bool addedByUser = false;
-    std::uint64_t lastSerial = 0;
-    bool changed = false;
     Event<> activatedEvent;
-    std::shared_ptr<Data> data;
 };
 
 }  // namespace Vantel

@@ -35,6 +35,14 @@ public:
 
 private:
     friend class Graph;
+    // Attach, Detach and DetachAll are the only writers of the operator containers below (the lists, the
+    // owners, the key index, the ranks) and of the operators' graph pointer, so these always agree.
+    // Attach settles the operator's key among its siblings first.
+    Operator* Attach(std::unique_ptr<Operator>&& op, std::size_t index);
+    // Null when the operator is not in this graph.
+    std::unique_ptr<Operator> Detach(const Operator* op);
+    // A dying graph: clears every operator's graph pointer before any operator is destroyed.
+    void DetachAll();
     void RebuildOrder();
     bool IsUpstream(const Operator* of, const Operator* candidate);
     // After a new connection from `producer` to `consumer`: the ranks stay valid when it follows them.

@@ -1,0 +1,82 @@
+#include <Vantel/Operators/DataPort.h>
+
+#include <Vantel/Objects/Access.h>
+#include <Vantel/Operators/DataPortImplementation.h>
+#include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
+
+#include "Projects/EditRecorder.h"
+
+namespace Vantel {
+
+bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value) {
+    const std::uint64_t serial = value ? value->GetSerial() : 0;
+    if (serial == lastSerial) {
+        return false;
+    }
+    lastSerial = serial;
+    data = value;
+    changed = true;
+    if (op != nullptr) {
+        Access::GetImplementation(*op)->NoteMemberMarked();
+    }
+    return true;
+}
+
+DataPort::DataPort(Implementation& implementation) : implementation(&implementation) {}
+
+// The block belongs to the derived port and is gone by now.
+DataPort::~DataPort() = default;
+
+const std::string& DataPort::GetName() const {
+    return implementation->name;
+}
+
+void DataPort::SetName(std::string_view name) {
+    if (name == implementation->name) {
+        return;
+    }
+    EditRecorder::Renamed(*this, implementation->op, implementation->name, name);
+    implementation->name = name;
+    if (implementation->op != nullptr) {
+        Access::GetImplementation(*implementation->op)->MemberRenamedEvent().Fire(this);
+    }
+}
+
+Operator* DataPort::GetOperator() const {
+    return implementation->op;
+}
+
+Color DataPort::GetUIColor() const {
+    return implementation->uiColor;
+}
+
+void DataPort::SetUIColor(Color color) {
+    implementation->uiColor = color;
+}
+
+bool DataPort::HasData() const {
+    return implementation->data != nullptr;
+}
+
+bool DataPort::HasDataChanged() const {
+    return implementation->changed;
+}
+
+const std::shared_ptr<Data>& DataPort::GetData() const {
+    return implementation->data;
+}
+
+std::uint64_t DataPort::GetDataSerial() const {
+    return implementation->lastSerial;
+}
+
+bool DataPort::IsAddedByUser() const {
+    return implementation->addedByUser;
+}
+
+Object* DataPort::GetParentObjectImplementation() {
+    return implementation->op;
+}
+
+}  // namespace Vantel
