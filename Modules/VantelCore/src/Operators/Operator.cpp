@@ -1,7 +1,6 @@
 #include <Vantel/Operators/Operator.h>
 
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 
 #include <Vantel/Objects/Access.h>
@@ -17,6 +16,7 @@
 
 #include "Projects/EditRecorder.h"
 #include "Support/OperatorArena.h"
+#include "Support/SameValue.h"
 
 namespace Vantel {
 namespace {
@@ -45,13 +45,6 @@ void SettlePortKey(Operator::Implementation& implementation, Port& port, std::st
         port.SetKey(port.GetName());
     }
     implementation.SettleChildKey(port, port.GetName().empty() ? base : std::string_view(port.GetName()));
-}
-
-// Bit for bit: the file keeps -0 apart from 0, and NaN is the same as itself, so a load puts back exactly
-// what was saved and setting the same NaN again records nothing.
-bool IsSamePosition(const glm::vec2& a, const glm::vec2& b) {
-    return std::bit_cast<std::uint32_t>(a.x) == std::bit_cast<std::uint32_t>(b.x) &&
-           std::bit_cast<std::uint32_t>(a.y) == std::bit_cast<std::uint32_t>(b.y);
 }
 
 template <typename Item>
@@ -312,7 +305,7 @@ const glm::vec2& Operator::GetPosition() const {
 }
 
 void Operator::SetPosition(const glm::vec2& position) {
-    if (IsSamePosition(position, implementation->position)) {
+    if (IsSameValue(position, implementation->position)) {
         return;
     }
     EditRecorder::OperatorMoved(*this, implementation->position, position);

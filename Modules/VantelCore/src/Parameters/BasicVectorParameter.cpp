@@ -7,6 +7,7 @@
 #include <Vantel/Objects/ObjectType.h>
 
 #include "Parameters/ValueParameterSupport.h"
+#include "Support/SameValue.h"
 
 namespace Vantel {
 namespace {
@@ -79,7 +80,7 @@ auto BasicVectorParameter<Scalar, N>::Value() const -> const ValueType& {
 
 template <typename Scalar, int N>
 void BasicVectorParameter<Scalar, N>::SetValue(const ValueType& value) {
-    if (value == implementation->value) {
+    if (IsSameValue(value, implementation->value)) {
         return;
     }
     nlohmann::json previous = ValueParameterSupport::PreviousValue(*this);
@@ -141,7 +142,7 @@ void BasicVectorParameter<Scalar, N>::SetComponent(int component, double value) 
     }
     const Scalar next = ScalarPolicy<Scalar>::FromComponentWrite(value);
     Scalar& stored = implementation->value[component];
-    if (stored == next) {
+    if (IsSameValue(stored, next)) {
         return;
     }
     const Scalar previous = stored;

@@ -5,6 +5,7 @@
 #include <Vantel/Objects/ObjectType.h>
 
 #include "Parameters/ValueParameterSupport.h"
+#include "Support/SameValue.h"
 
 namespace Vantel {
 namespace {
@@ -43,7 +44,7 @@ const Color& ColorParameter::Value() const {
 }
 
 void ColorParameter::SetValue(const Color& value) {
-    if (value == implementation->value) {
+    if (IsSameValue(value, implementation->value)) {
         return;
     }
     nlohmann::json previous = ValueParameterSupport::PreviousValue(*this);
@@ -111,7 +112,7 @@ void ColorParameter::SetComponent(int component, double value) {
     }
     const float narrowed = ValueParameterSupport::NarrowToFloat(value);
     float& stored = implementation->value.*kComponents[component];
-    if (stored == narrowed) {
+    if (IsSameValue(stored, narrowed)) {
         return;
     }
     const float previous = stored;

@@ -5,6 +5,7 @@
 #include <Vantel/Objects/ObjectType.h>
 
 #include "Parameters/ValueParameterSupport.h"
+#include "Support/SameValue.h"
 
 namespace Vantel {
 
@@ -36,7 +37,7 @@ const double& FloatParameter::Value() const {
 }
 
 void FloatParameter::SetValue(double value) {
-    if (value == implementation->value) {
+    if (IsSameValue(value, implementation->value)) {
         return;
     }
     nlohmann::json previous = ValueParameterSupport::PreviousValue(*this);

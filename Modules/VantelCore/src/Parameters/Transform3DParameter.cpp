@@ -6,6 +6,7 @@
 #include <Vantel/Objects/ObjectType.h>
 
 #include "Parameters/ValueParameterSupport.h"
+#include "Support/SameValue.h"
 
 namespace Vantel {
 namespace {
@@ -44,7 +45,7 @@ const glm::mat4& Transform3DParameter::Value() const {
 }
 
 void Transform3DParameter::SetValue(const glm::mat4& value) {
-    if (value == implementation->value) {
+    if (IsSameValue(value, implementation->value)) {
         return;
     }
     nlohmann::json previous = ValueParameterSupport::PreviousValue(*this);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include <Vantel/Support/Logging.h>
+#include "Support/SameValue.h"
 
 namespace Vantel {
 
@@ -70,7 +71,7 @@ bool IsNoChange(Record& record) {
     return std::visit(
         [](auto& change) {
             if constexpr (kFolds<std::decay_t<decltype(change)>>) {
-                return Previous(change) == Next(change);
+                return IsSameValue(Previous(change), Next(change));
             } else {
                 return false;
             }

@@ -14,6 +14,7 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Parameters/FloatParameter.h>
 #include <Vantel/Parameters/VectorParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
@@ -169,6 +170,10 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     Scene scene;
     // Positions that JSON has no number for are written as null and read back as NaN; -0 reads back as -0.
     scene.source.SetPosition({-0.0f, -0.0f});
+    auto* negativeZero =
+        dynamic_cast<FloatParameter*>(scene.nested.AddUserParameter(FloatParameter::Type(), false));
+    ASSERT_NE(negativeZero, nullptr);
+    negativeZero->SetValue(-0.0);
     scene.adder.SetPosition(
         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
     scene.mirror.SetPosition({-std::numeric_limits<float>::infinity(), 1.0f});
@@ -178,7 +183,8 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     EXPECT_TRUE(scene.source.value.HasValueChanged());  // saving leaves the marks to the next frame
     EXPECT_TRUE(scene.mixer.layers.GetInput(0)->HasDataChanged());
     const std::string written = ReadFile(first);
-    EXPECT_NE(written.find("Mixer \xC3\xBC"), std::string::npos);  // written as it is, not escaped
+    EXPECT_NE(written.find("Mixer \xC3\xBC"), std::string::npos);   // written as it is, not escaped
+    EXPECT_NE(written.find("\"value\": -0.0"), std::string::npos);  // what was set, sign and all
 
     Project loaded;
     LogCapture log;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -165,6 +166,10 @@ TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
          {Value("/A/X", 0, 1), Value("/A/X", 1, 2), Value("/A/X", 2, 3)},
          {Value("/A/X", 0, 3)}},
         {"set and set back is dropped", {Value("/A/X", 0, 1), Value("/A/X", 1, 0)}, {}},
+        {"-0 is a change from 0, a NaN none from a NaN",
+         {Value("/A/X", 0.0, -0.0), OperatorPositionRecord{At("/A"), glm::vec2(0.0f), glm::vec2(-0.0f)},
+          Value("/A/Y", NAN, NAN)},
+         {Value("/A/X", 0.0, -0.0), OperatorPositionRecord{At("/A"), glm::vec2(0.0f), glm::vec2(-0.0f)}}},
         {"different targets stay",
          {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)},
          {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)}},
