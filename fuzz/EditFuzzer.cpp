@@ -11,7 +11,7 @@
 #include <span>
 #include <string>
 
-#include "Support/EditSequence.h"
+#include "EditSequence.h"
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     if (!Vantel::Testing::PrepareEditSequence()) {

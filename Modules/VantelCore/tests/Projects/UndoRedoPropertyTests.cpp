@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "Support/EditSequence.h"
+#include "EditSequence.h"
 
 namespace Vantel {
 namespace {
 
 // Each seed's bytes choose a sequence of edits, saves and loads; the engine checks the file after every step
-// and the whole history undone and redone (see Support/EditSequence.cpp).
+// and the whole history undone and redone (see fuzz/EditSequence.cpp).
 TEST(UndoRedoProperty, EditSequencesSurviveSavingLoadingUndoAndRedo) {
     ASSERT_TRUE(Testing::PrepareEditSequence());
     for (unsigned seed = 1; seed <= 500; ++seed) {

@@ -12,7 +12,7 @@
 // not a graph boundary's mirror), and a parameter that drives others is neither set nor connected to. Under
 // that rule a frame leaves the file as it was, and the engine checks exactly that after every frame instead
 // of loosening the undo comparison.
-#include "Support/EditSequence.h"
+#include "EditSequence.h"
 
 #include <array>
 #include <cmath>
@@ -40,7 +40,7 @@
 #include <Vantel/Projects/Transaction.h>
 #include <Vantel/Projects/UndoRedo.h>
 
-#include "Support/EditOperators.h"
+#include "EditOperators.h"
 #include "Support/LogCapture.h"
 
 namespace Vantel::Testing {
