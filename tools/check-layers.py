@@ -24,9 +24,10 @@ def read_layers(path):
         if not words:
             continue
         layer, covered = words[0], words[1:]
-        names.append(layer)
+        if layer not in names:
+            names.append(layer)
         for name in covered:
-            owners[name] = (len(names) - 1, layer)
+            owners[name] = (names.index(layer), layer)
     return owners
 
 
