@@ -42,8 +42,10 @@ bench: deps
 	@for program in build/bench/bin/*Benchmark; do \
 		[ -x "$$program" ] || continue; echo "== $$program"; "$$program" || exit 1; done
 
+# Style, then the layering: no file of the core may include a header of a layer above its own (tools/layers.txt).
 lint: deps
 	git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run --Werror
+	python3 tools/check-layers.py
 
 format: deps
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i

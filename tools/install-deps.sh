@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(
-    build-essential cmake ninja-build git pkg-config clang-format
+    build-essential cmake ninja-build git pkg-config clang-format python3
     nlohmann-json3-dev libyaml-cpp-dev libglm-dev libstb-dev libabsl-dev
     libgtest-dev libgmock-dev libbenchmark-dev
 )

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <Vantel/Execution/Clock.h>
+#include <Vantel/Execution/ExecutionContext.h>
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Graph.h>

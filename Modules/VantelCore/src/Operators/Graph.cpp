@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <unordered_set>
 
+#include <Vantel/Execution/ExecutionContext.h>
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/TypeLibrary.h>

@@ -14,7 +14,7 @@
 #include <Vantel/Support/Logging.h>
 
 #include "Projects/DeserializationSupport.h"
-#include "Support/FileReplacement.h"
+#include "Projects/FileReplacement.h"
 
 namespace Vantel {
 namespace {

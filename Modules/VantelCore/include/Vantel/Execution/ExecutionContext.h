@@ -8,6 +8,7 @@
 #include <memory>
 
 #include <Vantel/Export.h>
+#include <Vantel/Objects/Access.h>
 
 namespace Vantel {
 
@@ -40,5 +41,19 @@ private:
     class Implementation;
     std::unique_ptr<Implementation> implementation;
 };
+
+inline std::unique_ptr<ExecutionContext> Access::CreateExecutionContext(double time, double deltaTime,
+                                                                        unsigned long long frameNumber) {
+    return std::unique_ptr<ExecutionContext>(new ExecutionContext(time, deltaTime, frameNumber));
+}
+
+inline void Access::UpdateExecutionContext(ExecutionContext& context, double time, double deltaTime,
+                                           unsigned long long frameNumber) {
+    context.Update(time, deltaTime, frameNumber);
+}
+
+inline void Access::CountOperatorRun(ExecutionContext& context) {
+    context.CountOperatorRun();
+}
 
 }  // namespace Vantel

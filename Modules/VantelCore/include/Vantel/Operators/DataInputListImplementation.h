@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <Vantel/Export.h>
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/DataInputList.h>
 
 namespace Vantel {
@@ -66,5 +67,9 @@ private:
     mutable const ObjectType* acceptedOutputType = nullptr;
     mutable Color uiColor{1.0f, 1.0f, 1.0f, 1.0f};
 };
+
+inline auto& Access::GetImplementation(DataInputList& list) {
+    return list.implementation;
+}
 
 }  // namespace Vantel

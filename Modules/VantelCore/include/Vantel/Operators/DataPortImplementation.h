@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <Vantel/Export.h>
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/Event.h>
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
@@ -73,5 +74,13 @@ private:
     std::vector<DataConnection> connections;
     Event<> activatedEvent;
 };
+
+inline auto& Access::GetImplementation(DataInput& input) {
+    return input.implementation;
+}
+
+inline auto& Access::GetImplementation(DataOutput& output) {
+    return output.implementation;
+}
 
 }  // namespace Vantel

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include <Vantel/Export.h>
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/Graph.h>
 
 namespace Vantel {
@@ -72,6 +73,10 @@ private:
     Event<Operator*> operatorRemovedEvent;
     Event<> connectionsChangedEvent;
 };
+
+inline auto& Access::GetImplementation(Graph& graph) {
+    return graph.implementation;
+}
 
 // After a frame: clears the change marks of `op` (its dirty flag, ports and parameters) and, for a graph, of
 // every operator below it. Appends to `unsettled` each of them whose structure update was deferred (its

@@ -12,6 +12,7 @@
 #include <glm/vec2.hpp>
 
 #include <Vantel/Export.h>
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/Event.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
@@ -153,5 +154,13 @@ private:
     bool membersMarked = true;
     Graph* asGraph = nullptr;
 };
+
+inline auto& Access::GetImplementation(Operator& op) {
+    return op.implementation;
+}
+
+inline const auto& Access::GetImplementation(const Operator& op) {
+    return op.implementation;
+}
 
 }  // namespace Vantel

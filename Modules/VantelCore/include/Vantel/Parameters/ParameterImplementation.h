@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <Vantel/Export.h>
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Parameters/Parameter.h>
 
 namespace Vantel {
@@ -48,5 +49,9 @@ private:
     bool updatePolicySet = false;
     bool addedByUser = false;
 };
+
+inline auto& Access::GetImplementation(Parameter& parameter) {
+    return parameter.implementation;
+}
 
 }  // namespace Vantel
