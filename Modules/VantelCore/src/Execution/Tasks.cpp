@@ -99,6 +99,9 @@ public:
             std::lock_guard lock(mutex);
             wakeUp.notify_all();
         }
+        // Joined here, not left to the jthreads' destructors: the general pool's tasks must end before the
+        // secondary pool stops, and Shutdown must not return while a thread still runs plug-in code, whoever
+        // keeps the instance alive a little longer.
         for (std::jthread& thread : threads) {
             if (thread.joinable()) {
                 thread.join();

@@ -127,10 +127,7 @@ TakenRecords TypeLibrary::Implementation::TakeRecords(const ObjectType* type) {
     if (auto found = parameterInfosByType.find(type); found != parameterInfosByType.end()) {
         const ParameterInfo* info = found->second.get();
         Erase(parameterInfos, info);
-        if (auto name = parameterInfosByName.find(info->name);
-            name != parameterInfosByName.end() && name->second == info) {
-            parameterInfosByName.erase(name);
-        }
+        parameterInfosByName.erase(info->name);  // RegisterParameter keeps names unique to their record
         taken.parameterInfo = std::move(found->second);
         parameterInfosByType.erase(found);
     }

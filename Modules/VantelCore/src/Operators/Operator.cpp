@@ -87,7 +87,7 @@ Operator::Implementation::~Implementation() = default;
 
 void Operator::Implementation::ReleaseOwnedPorts() {
     // Ports must not call back into an operator that is going away: let every port go, then destroy the
-    // owned.
+    // owned. Only the destructor calls this, so the slot lists are left to die with the operator.
     for (DataInputSlot& slot : inputSlots) {
         if (auto* input = std::get_if<DataInput*>(&slot)) {
             Access::GetImplementation(**input)->SetOperator(nullptr);
@@ -98,8 +98,6 @@ void Operator::Implementation::ReleaseOwnedPorts() {
     for (DataOutput* output : outputs) {
         Access::GetImplementation(*output)->SetOperator(nullptr);
     }
-    inputSlots.clear();
-    outputs.clear();
     ownedInputs.clear();
     ownedOutputs.clear();
 }

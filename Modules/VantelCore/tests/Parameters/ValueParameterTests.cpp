@@ -376,6 +376,7 @@ TEST(ValueParameters, WholeAndComponentWritesRecordWhatChanged) {
     Vector2IntParameter size(ParameterScope(&op), "Size", glm::ivec2(4, 5));
     ColorParameter tint(ParameterScope(&op), "Tint", Color{});
     StringParameter label(ParameterScope(&op), "Label", "a");
+    DataParameter data(ParameterScope(&op), "Data", json::array({1}));
     FloatParameter gain(ParameterScope(&op), "Gain", 1.0);
     gain.SetTransient();
     int changes = 0;
@@ -392,6 +393,9 @@ TEST(ValueParameters, WholeAndComponentWritesRecordWhatChanged) {
     size.SetComponent(0, 6.5);
     tint.SetComponent(3, 0.5);
     label = "b";
+    data = json::array({1});
+    data = json::object({{"k", 2}});
+    data = json::object({{"k", 2}});
     gain = 2.0;
     gain.SetComponent(0, 3.0);
 
@@ -401,6 +405,7 @@ TEST(ValueParameters, WholeAndComponentWritesRecordWhatChanged) {
         ParameterComponentRecord{size.GetPath(), 0, 4.0, 7.0},
         ParameterComponentRecord{tint.GetPath(), 3, 1.0, 0.5},
         ParameterValueRecord{label.GetPath(), "a", "b"},
+        ParameterValueRecord{data.GetPath(), json::array({1}), json::object({{"k", 2}})},
     };
     EXPECT_EQ(transaction.GetRecords(), expected);
     EXPECT_EQ(changes, 1);

@@ -124,7 +124,9 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
                             {"output": "Gone/Out", "input": "Mixer/Layers/B"},
                             {"output": "Source/Out", "input": "Mixer/Layers"}],
         "parameterConnections": [{"output": "Gone/Result", "input": "Mixer/Mix", "links": [[0, 0]]},
-                                 {"output": "Source/Value", "input": "Mixer/Mix", "links": []}]}})");
+                                 {"output": "Source/Value", "input": "Mixer/Mix", "links": []},
+                                 {"output": "Source/Value", "input": "Copy/Value", "links": [[0, 0]]},
+                                 {"output": "Mixer/Mix", "input": "Copy/Value", "links": [[0, 0]]}]}})");
     LogCapture log;
     std::unique_ptr<Project> project = Deserialization::DeserializeProject(document);
     ASSERT_NE(project, nullptr);
@@ -151,6 +153,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "it is dropped.\n"
         "[Error] DeserializeParameterConnections: connection 'Source/Value -> Mixer/Mix' has no links, it "
         "is dropped.\n"
+        "[Error] DeserializeParameterConnections: failed to add connection 'Mixer/Mix -> Copy/Value'.\n"
         "[Warning] PruneOrphanListInputs: input 'B' of list 'Layers' in operator 'Mixer' has no connection "
         "and is removed. The file lost the connection to it, or the connection could not be made (see the "
         "error above it); connecting the source again recreates the input.\n");
@@ -167,7 +170,10 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     EXPECT_EQ(mixer.layers.GetInput(0)->GetKey(), "A");
     EXPECT_EQ(mixer.layers.GetInput(1)->GetConnection().output, &source.out);
     EXPECT_EQ(copy.model.Value(), &source);
-    EXPECT_NE(copy.GetParameterGroup().FindParameter("Value"), nullptr);
+    const Parameter* copied = copy.GetParameterGroup().FindParameter("Value");
+    ASSERT_NE(copied, nullptr);
+    ASSERT_EQ(copied->GetIncomingConnections().size(), 1u);  // the first of two into one component
+    EXPECT_EQ(copied->GetIncomingConnections()[0].source, &source.value);
 
     // The same losses for the host, one entry per item, each owned by the object it belonged to.
     using Kind = DroppedEntry::Kind;
@@ -184,6 +190,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         {Kind::DataConnection, "/: Gone/Out -> Mixer/Layers/B"},
         {Kind::ParameterConnection, "/: Gone/Result -> Mixer/Mix"},
         {Kind::ParameterConnection, "/: Source/Value -> Mixer/Mix"},
+        {Kind::ParameterConnection, "/: Mixer/Mix -> Copy/Value"},
         {Kind::ListInput, "/Mixer: Layers/B"},
     };
     const std::vector<DroppedEntry>& dropped = project->GetDroppedEntries();

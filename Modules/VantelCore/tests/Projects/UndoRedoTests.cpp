@@ -175,8 +175,10 @@ TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
     const std::string bad =
         "a\xFF"
         "b\xC3";
-    EXPECT_EQ(DescribeRecord(ParameterValueRecord{p, 0.0, nlohmann::json::array({bad, {{bad, "\n"}}})}),
-              "Set " + pt + R"( to ["a\xFFb\xC3",{"a\xFFb\xC3":"\n"}])");
+    // A character that ends the text is whole, not cut off.
+    EXPECT_EQ(
+        DescribeRecord(ParameterValueRecord{p, 0.0, nlohmann::json::array({bad, {{bad, "\n"}}, "\xC3\xBC"})}),
+        "Set " + pt + R"( to ["a\xFFb\xC3",{"a\xFFb\xC3":"\n"},")" + "\xC3\xBC\"]");
     EXPECT_EQ(DescribeRecord(RenameRecord{o, bad, "\xE2\x82\xAC"}),
               "Rename " + ot + R"( from "a\xFFb\xC3" to ")" + "\xE2\x82\xAC\"");
 }

@@ -111,7 +111,8 @@ TEST(Image, BadBytesAndFilesGiveAnEmptyImage) {
     EXPECT_FALSE(Image::LoadFromFile(folder.string()).IsValid());
     EXPECT_FALSE(Decode(cut).IsValid());
     EXPECT_FALSE(Decode(Bytes{'n', 'o', 't', ' ', 'a', 'n', ' ', 'i', 'm', 'a', 'g', 'e'}).IsValid());
-    EXPECT_FALSE(Image::LoadFromMemory(nullptr, 0).IsValid());
+    EXPECT_FALSE(Image::LoadFromMemory(nullptr, png.size()).IsValid());
+    EXPECT_FALSE(Image::LoadFromMemory(png.data(), 0).IsValid());
     std::filesystem::remove_all(folder);
 }
 

@@ -57,11 +57,13 @@ TEST(TasksShutdown, DropsWhatWaitsFinishesWhatRunsAndRefusesEverythingAfter) {
     Tasks::RunInBackground(Tasks::Kind::Secondary, queued(secondaryDropped));
 
     // Shutdown waits for running tasks, so another thread lets each pool's tasks go once that pool has
-    // dropped its queue. Had the secondary pool been stopped first, the first wait would time out.
+    // dropped its queue. Had the secondary pool been stopped first, the first wait would time out; had the
+    // general pool's tasks not been waited for, the secondary queue would go before they finished.
     std::jthread releaser([=] {
         firstDropped->Await(2);
         generalGate->count_down();
         secondaryDropped->Await();
+        EXPECT_EQ(finished->load(), generalThreads);
         secondaryGate->count_down();
     });
     Tasks::Shutdown();
