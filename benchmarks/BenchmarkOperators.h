@@ -32,12 +32,7 @@ public:
     FloatParameter phase{this, "Phase", 0.0};
     DataOutput out{this, "Out"};
 
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Benchmark.Source", Operator::Type(),
-                                     MakeFactory<SourceOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(SourceOperator, Operator, "Vantel.Benchmark.Source");
     void Execute(ExecutionContext& context) override {
         const double angle = frequency.Value() * context.GetTime() + phase.Value();
         out.Activate(std::make_shared<ValueData>(amplitude.Value() * std::sin(angle)));
@@ -53,12 +48,7 @@ public:
     FloatParameter limit{this, "Limit", 1e6};
     DataOutput out{this, "Out"};
 
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Benchmark.Process", Operator::Type(),
-                                     MakeFactory<ProcessOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(ProcessOperator, Operator, "Vantel.Benchmark.Process");
     void Execute(ExecutionContext&) override {
         const auto* data = static_cast<const ValueData*>(in.GetData().get());
         const double value = (data != nullptr ? data->value : 0.0) * gain.Value() + offset.Value();

@@ -46,11 +46,7 @@ public:
         count.SetParameterFlag(ParameterFlag::Structural, true);
         target.SetFilter({.types = {Operator::Type()}, .scope = ObjectFilter::Scope::SameGraph});
     }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Shelf", Operator::Type(), MakeFactory<ShelfOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(ShelfOperator, Operator, "Vantel.Test.Shelf");
 
 protected:
     void UpdateStructure() override {

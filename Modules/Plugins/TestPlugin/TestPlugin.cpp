@@ -29,8 +29,7 @@ class SampleData : public Vantel::Data {
 public:
     explicit SampleData(double value) : value(value) {}
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(SampleData);
 
     double GetValue() const { return value; }
 
@@ -43,8 +42,7 @@ public:
     SampleOutput() = default;
     SampleOutput(Vantel::Operator* op, std::string_view name) : DataOutput(op, name) {}
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(SampleOutput);
 };
 
 // Accepts only sample outputs.
@@ -55,8 +53,7 @@ public:
         SetAcceptedOutputType(SampleOutput::Type());
     }
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(SampleInput);
 
     // Null when the input holds no sample.
     const SampleData* GetSample() const { return dynamic_cast<const SampleData*>(GetData().get()); }
@@ -69,15 +66,13 @@ public:
     FactorParameter(Vantel::ParameterScope scope, std::string_view name, double value)
         : FloatParameter(scope, name, value) {}
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(FactorParameter);
 };
 
 // Writes the incoming sample times the factor, or nothing when no sample came in.
 class ScaleOperator : public Vantel::Operator {
 public:
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(ScaleOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
 
@@ -87,35 +82,16 @@ private:
     SampleOutput result{this, "Result"};
 };
 
-const ObjectType* SampleData::Type() {
     // Values are made by operators, never by name, so there is no factory.
-    static const ObjectType type("TestPlugin.SampleData", Data::Type(), nullptr);
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(SampleData, Data, "TestPlugin.SampleData")
 
-const ObjectType* SampleOutput::Type() {
-    static const ObjectType type("TestPlugin.SampleOutput", DataOutput::Type(),
-                                 Vantel::MakeFactory<SampleOutput>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(SampleOutput, DataOutput, "TestPlugin.SampleOutput")
 
-const ObjectType* SampleInput::Type() {
-    static const ObjectType type("TestPlugin.SampleInput", DataInput::Type(),
-                                 Vantel::MakeFactory<SampleInput>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(SampleInput, DataInput, "TestPlugin.SampleInput")
 
-const ObjectType* FactorParameter::Type() {
-    static const ObjectType type("TestPlugin.FactorParameter", FloatParameter::Type(),
-                                 Vantel::MakeFactory<FactorParameter>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(FactorParameter, FloatParameter, "TestPlugin.FactorParameter")
 
-const ObjectType* ScaleOperator::Type() {
-    static const ObjectType type("TestPlugin.Math.Scale", Operator::Type(),
-                                 Vantel::MakeFactory<ScaleOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(ScaleOperator, Operator, "TestPlugin.Math.Scale")
 
 void ScaleOperator::Execute(Vantel::ExecutionContext&) {
     const SampleData* input = sample.GetSample();

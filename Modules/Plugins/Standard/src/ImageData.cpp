@@ -8,16 +8,9 @@ namespace VantelStandard {
 
 using Vantel::ObjectType;
 
-const ObjectType* ImageData::Type() {
-    static const ObjectType type("Standard.ImageData", Data::Type(), nullptr);
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ImageData, Data, "Standard.ImageData")
 
-const ObjectType* ImageOutput::Type() {
-    static const ObjectType type("Standard.ImageOutput", DataOutput::Type(),
-                                 Vantel::MakeFactory<ImageOutput>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(ImageOutput, DataOutput, "Standard.ImageOutput")
 
 void ImageOutput::Write(Vantel::Image image) {
     Activate(std::make_shared<ImageData>(std::move(image)));
@@ -31,10 +24,7 @@ ImageInput::ImageInput(Vantel::Operator* op, std::string_view name) : DataInput(
     SetAcceptedOutputType(ImageOutput::Type());
 }
 
-const ObjectType* ImageInput::Type() {
-    static const ObjectType type("Standard.ImageInput", DataInput::Type(), Vantel::MakeFactory<ImageInput>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(ImageInput, DataInput, "Standard.ImageInput")
 
 const Vantel::Image* ImageInput::GetImage() const {
     const auto* data = dynamic_cast<const ImageData*>(GetData().get());

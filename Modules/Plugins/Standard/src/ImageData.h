@@ -16,8 +16,7 @@ class ImageData : public Vantel::Data {
 public:
     explicit ImageData(Vantel::Image image) : image(std::move(image)) {}
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(ImageData);
 
     const Vantel::Image& GetImage() const { return image; }
 
@@ -30,8 +29,7 @@ public:
     ImageOutput() = default;
     ImageOutput(Vantel::Operator* op, std::string_view name) : DataOutput(op, name) {}
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(ImageOutput);
 
     void Write(Vantel::Image image);
 };
@@ -42,8 +40,7 @@ public:
     ImageInput();
     ImageInput(Vantel::Operator* op, std::string_view name);
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(ImageInput);
 
     // Null when the input holds no image.
     const Vantel::Image* GetImage() const;

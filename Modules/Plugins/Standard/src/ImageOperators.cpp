@@ -55,11 +55,7 @@ LoadImageOperator::LoadImageOperator() {
     file.SetEditorType(Vantel::StringParameter::EditorType::FilePath);
 }
 
-const ObjectType* LoadImageOperator::Type() {
-    static const ObjectType type("Standard.Image.LoadImage", Operator::Type(),
-                                 Vantel::MakeFactory<LoadImageOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(LoadImageOperator, Operator, "Standard.Image.LoadImage")
 
 void LoadImageOperator::Execute(Vantel::ExecutionContext&) {
     const std::string& path = file.Value();
@@ -97,11 +93,7 @@ SaveImageOperator::SaveImageOperator() {
     file.SetEditorType(Vantel::StringParameter::EditorType::FilePath);
 }
 
-const ObjectType* SaveImageOperator::Type() {
-    static const ObjectType type("Standard.Image.SaveImage", Operator::Type(),
-                                 Vantel::MakeFactory<SaveImageOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(SaveImageOperator, Operator, "Standard.Image.SaveImage")
 
 void SaveImageOperator::Execute(Vantel::ExecutionContext&) {
     const Image* input = image.GetImage();
@@ -168,11 +160,7 @@ BlurOperator::BlurOperator() {
     mode = "gaussian";
 }
 
-const ObjectType* BlurOperator::Type() {
-    static const ObjectType type("Standard.Image.Blur", Operator::Type(),
-                                 Vantel::MakeFactory<BlurOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(BlurOperator, Operator, "Standard.Image.Blur")
 
 std::vector<double> BlurOperator::GetSettings() const {
     return {static_cast<double>(mode.GetIndexOr(1)), radius.Value()};
@@ -184,11 +172,7 @@ BackgroundImageJob::Work BlurOperator::MakeWork() const {
     return [blurMode, radius = radius.Value()](const Image& input) { return Blur(input, blurMode, radius); };
 }
 
-const ObjectType* ResizeOperator::Type() {
-    static const ObjectType type("Standard.Image.Resize", Operator::Type(),
-                                 Vantel::MakeFactory<ResizeOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(ResizeOperator, Operator, "Standard.Image.Resize")
 
 std::vector<double> ResizeOperator::GetSettings() const {
     return {static_cast<double>(width.Value()), static_cast<double>(height.Value())};
@@ -205,11 +189,7 @@ BackgroundImageJob::Work ResizeOperator::MakeWork() const {
 
 // ---- Invert ----
 
-const ObjectType* InvertOperator::Type() {
-    static const ObjectType type("Standard.Image.Invert", Operator::Type(),
-                                 Vantel::MakeFactory<InvertOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(InvertOperator, Operator, "Standard.Image.Invert")
 
 void InvertOperator::Execute(Vantel::ExecutionContext&) {
     const Image* input = image.GetImage();

@@ -22,8 +22,7 @@ class LoadImageOperator : public Vantel::Operator {
 public:
     LoadImageOperator();
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(LoadImageOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
     // What the file importer sets.
@@ -41,8 +40,7 @@ class SaveImageOperator : public Vantel::Operator {
 public:
     SaveImageOperator();
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(SaveImageOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
 
@@ -79,8 +77,7 @@ class BlurOperator : public BackgroundImageOperator {
 public:
     BlurOperator();
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(BlurOperator);
 
 protected:
     std::vector<double> GetSettings() const override;
@@ -93,8 +90,7 @@ private:
 
 class ResizeOperator : public BackgroundImageOperator {
 public:
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(ResizeOperator);
 
 protected:
     std::vector<double> GetSettings() const override;
@@ -108,8 +104,7 @@ private:
 // Inverts the colours of its input at once, in the frame the input arrives.
 class InvertOperator : public Vantel::Operator {
 public:
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(InvertOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
 

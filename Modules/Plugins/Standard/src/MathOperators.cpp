@@ -78,11 +78,7 @@ ArithmeticOperator::ArithmeticOperator() {
     MakeOutput(value);
 }
 
-const ObjectType* ArithmeticOperator::Type() {
-    static const ObjectType type("Standard.Math.Arithmetic", Operator::Type(),
-                                 Vantel::MakeFactory<ArithmeticOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(ArithmeticOperator, Operator, "Standard.Math.Arithmetic")
 
 void ArithmeticOperator::Execute(Vantel::ExecutionContext&) {
     // An unknown operation (from a project of another version) adds.
@@ -100,11 +96,7 @@ OscillatorOperator::OscillatorOperator() {
     MakeOutput(value);
 }
 
-const ObjectType* OscillatorOperator::Type() {
-    static const ObjectType type("Standard.Math.Oscillator", Operator::Type(),
-                                 Vantel::MakeFactory<OscillatorOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(OscillatorOperator, Operator, "Standard.Math.Oscillator")
 
 void OscillatorOperator::Execute(Vantel::ExecutionContext& context) {
     const auto shape = static_cast<Waveform>(waveform.GetIndexOr(0));
@@ -120,11 +112,7 @@ CounterOperator::CounterOperator() {
     MakeOutput(value);
 }
 
-const ObjectType* CounterOperator::Type() {
-    static const ObjectType type("Standard.Math.Counter", Operator::Type(),
-                                 Vantel::MakeFactory<CounterOperator>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(CounterOperator, Operator, "Standard.Math.Counter")
 
 bool CounterOperator::Outdated() const {
     return mode.GetIndex() == 0 || Operator::Outdated();

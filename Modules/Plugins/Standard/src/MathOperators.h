@@ -30,8 +30,7 @@ class ArithmeticOperator : public Vantel::Operator {
 public:
     ArithmeticOperator();
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(ArithmeticOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
 
@@ -50,8 +49,7 @@ class OscillatorOperator : public Vantel::Operator {
 public:
     OscillatorOperator();
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(OscillatorOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
     bool Outdated() const override { return true; }
@@ -71,8 +69,7 @@ class CounterOperator : public Vantel::Operator {
 public:
     CounterOperator();
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(CounterOperator);
 
     void Execute(Vantel::ExecutionContext& context) override;
     // Counting frames, it runs in every frame.

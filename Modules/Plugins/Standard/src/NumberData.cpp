@@ -10,17 +10,10 @@ using Vantel::ObjectType;
 
 // The Type() functions are defined here, not inline, so that their statics belong to this library and go away
 // with it when it is unloaded.
-const ObjectType* NumberData::Type() {
     // Values are made by operators, never by name, so there is no factory.
-    static const ObjectType type("Standard.NumberData", Data::Type(), nullptr);
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(NumberData, Data, "Standard.NumberData")
 
-const ObjectType* NumberOutput::Type() {
-    static const ObjectType type("Standard.NumberOutput", DataOutput::Type(),
-                                 Vantel::MakeFactory<NumberOutput>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(NumberOutput, DataOutput, "Standard.NumberOutput")
 
 void NumberOutput::Write(double value) {
     const auto* current = dynamic_cast<const NumberData*>(GetData().get());
@@ -38,11 +31,7 @@ NumberInput::NumberInput(Vantel::Operator* op, std::string_view name) : DataInpu
     SetAcceptedOutputType(NumberOutput::Type());
 }
 
-const ObjectType* NumberInput::Type() {
-    static const ObjectType type("Standard.NumberInput", DataInput::Type(),
-                                 Vantel::MakeFactory<NumberInput>());
-    return &type;
-}
+VANTEL_DEFINE_OBJECT_TYPE(NumberInput, DataInput, "Standard.NumberInput")
 
 std::optional<double> NumberInput::GetNumber() const {
     const auto* number = dynamic_cast<const NumberData*>(GetData().get());

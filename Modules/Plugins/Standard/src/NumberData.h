@@ -14,8 +14,7 @@ class NumberData : public Vantel::Data {
 public:
     explicit NumberData(double value) : value(value) {}
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(NumberData);
 
     double GetValue() const { return value; }
 
@@ -28,8 +27,7 @@ public:
     NumberOutput() = default;
     NumberOutput(Vantel::Operator* op, std::string_view name) : DataOutput(op, name) {}
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(NumberOutput);
 
     // Writes a new number, or nothing when it equals the number already written, so that a constant keeps
     // the operators downstream idle.
@@ -42,8 +40,7 @@ public:
     NumberInput();
     NumberInput(Vantel::Operator* op, std::string_view name);
 
-    static const Vantel::ObjectType* Type();
-    const Vantel::ObjectType* GetType() const override { return Type(); }
+    VANTEL_DECLARE_OBJECT_TYPE(NumberInput);
 
     // No value when the input holds no number.
     std::optional<double> GetNumber() const;

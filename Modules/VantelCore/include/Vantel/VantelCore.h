@@ -23,6 +23,7 @@
 #include <Vantel/Objects/Plugin.h>
 #include <Vantel/Objects/PluginFiles.h>
 #include <Vantel/Objects/Ptr.h>
+#include <Vantel/Objects/TypeDeclaration.h>
 #include <Vantel/Objects/TypeLibrary.h>
 
 #include <Vantel/Operators/ComponentLink.h>

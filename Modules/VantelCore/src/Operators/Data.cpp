@@ -15,13 +15,6 @@ Data::Data() : serial(nextSerial.fetch_add(1, std::memory_order_relaxed)) {}
 
 Data::~Data() = default;
 
-const ObjectType* Data::Type() {
-    static const ObjectType type("Vantel.Data", Object::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* Data::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(Data, Object, "Vantel.Data")
 
 }  // namespace Vantel

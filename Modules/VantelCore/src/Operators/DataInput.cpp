@@ -26,14 +26,7 @@ DataInput::~DataInput() {
     }
 }
 
-const ObjectType* DataInput::Type() {
-    static const ObjectType type("Vantel.DataInput", Object::Type(), MakeFactory<DataInput>());
-    return &type;
-}
-
-const ObjectType* DataInput::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(DataInput, Object, "Vantel.DataInput")
 
 DataInputList* DataInput::GetList() const {
     return implementation->list;

@@ -174,14 +174,7 @@ DataInputList::~DataInputList() {
     }
 }
 
-const ObjectType* DataInputList::Type() {
-    static const ObjectType type("Vantel.DataInputList", Object::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* DataInputList::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(DataInputList, Object, "Vantel.DataInputList")
 
 const std::string& DataInputList::GetName() const {
     return implementation->name;

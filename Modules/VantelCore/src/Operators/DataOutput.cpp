@@ -39,14 +39,7 @@ DataOutput::~DataOutput() {
     }
 }
 
-const ObjectType* DataOutput::Type() {
-    static const ObjectType type("Vantel.DataOutput", Object::Type(), MakeFactory<DataOutput>());
-    return &type;
-}
-
-const ObjectType* DataOutput::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(DataOutput, Object, "Vantel.DataOutput")
 
 Operator* DataOutput::GetOperator() {
     return DataPort::GetOperator();

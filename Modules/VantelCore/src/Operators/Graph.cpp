@@ -369,14 +369,7 @@ Graph::~Graph() {
     implementation->DetachAll();
 }
 
-const ObjectType* Graph::Type() {
-    static const ObjectType type("Vantel.General.Graph", Operator::Type(), MakeFactory<Graph>());
-    return &type;
-}
-
-const ObjectType* Graph::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(Graph, Operator, "Vantel.General.Graph")
 
 void Graph::AddOperator(std::unique_ptr<Operator>&& op) {
     implementation->InsertOperator(std::move(op), implementation->operators.size());

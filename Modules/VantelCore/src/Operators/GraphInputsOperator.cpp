@@ -16,15 +16,7 @@ GraphInputsOperator::GraphInputsOperator() : implementation(std::make_unique<Imp
 
 GraphInputsOperator::~GraphInputsOperator() = default;
 
-const ObjectType* GraphInputsOperator::Type() {
-    static const ObjectType type("Vantel.General.GraphInputsOperator", Operator::Type(),
-                                 MakeFactory<GraphInputsOperator>(), "Graph Inputs");
-    return &type;
-}
-
-const ObjectType* GraphInputsOperator::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(GraphInputsOperator, Operator, "Vantel.General.GraphInputsOperator", "Graph Inputs")
 
 DataOutput* GraphInputsOperator::FindMirror(const DataInput& graphInput) {
     return Detail::FindMirrorOf(implementation->ports, graphInput);

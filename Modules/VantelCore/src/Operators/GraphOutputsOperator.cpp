@@ -16,15 +16,7 @@ GraphOutputsOperator::GraphOutputsOperator() : implementation(std::make_unique<I
 
 GraphOutputsOperator::~GraphOutputsOperator() = default;
 
-const ObjectType* GraphOutputsOperator::Type() {
-    static const ObjectType type("Vantel.General.GraphOutputsOperator", Operator::Type(),
-                                 MakeFactory<GraphOutputsOperator>(), "Graph Outputs");
-    return &type;
-}
-
-const ObjectType* GraphOutputsOperator::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(GraphOutputsOperator, Operator, "Vantel.General.GraphOutputsOperator", "Graph Outputs")
 
 DataInput* GraphOutputsOperator::FindMirror(const DataOutput& graphOutput) {
     return Detail::FindMirrorOf(implementation->ports, graphOutput);

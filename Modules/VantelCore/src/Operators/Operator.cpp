@@ -276,14 +276,7 @@ Operator::~Operator() {
     implementation->ReleaseOwnedPorts();
 }
 
-const ObjectType* Operator::Type() {
-    static const ObjectType type("Vantel.General.Operator", Object::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* Operator::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(Operator, Object, "Vantel.General.Operator")
 
 const std::string& Operator::GetName() const {
     return implementation->name;

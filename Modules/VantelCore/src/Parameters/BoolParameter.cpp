@@ -23,14 +23,7 @@ BoolParameter::BoolParameter(ParameterScope scope, std::string_view name, bool v
 
 BoolParameter::~BoolParameter() = default;
 
-const ObjectType* BoolParameter::Type() {
-    static const ObjectType type("Vantel.BoolParameter", Parameter::Type(), MakeFactory<BoolParameter>());
-    return &type;
-}
-
-const ObjectType* BoolParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(BoolParameter, Parameter, "Vantel.BoolParameter")
 
 const bool& BoolParameter::Value() const {
     return implementation->value;

@@ -30,14 +30,7 @@ ColorParameter::ColorParameter(ParameterScope scope, std::string_view name, cons
 
 ColorParameter::~ColorParameter() = default;
 
-const ObjectType* ColorParameter::Type() {
-    static const ObjectType type("Vantel.ColorParameter", Parameter::Type(), MakeFactory<ColorParameter>());
-    return &type;
-}
-
-const ObjectType* ColorParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(ColorParameter, Parameter, "Vantel.ColorParameter")
 
 const Color& ColorParameter::Value() const {
     return implementation->value;

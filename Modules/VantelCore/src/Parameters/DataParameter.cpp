@@ -22,14 +22,7 @@ DataParameter::DataParameter(ParameterScope scope, std::string_view name, nlohma
 
 DataParameter::~DataParameter() = default;
 
-const ObjectType* DataParameter::Type() {
-    static const ObjectType type("Vantel.DataParameter", Parameter::Type(), MakeFactory<DataParameter>());
-    return &type;
-}
-
-const ObjectType* DataParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(DataParameter, Parameter, "Vantel.DataParameter")
 
 const nlohmann::json& DataParameter::Value() const {
     return implementation->value;

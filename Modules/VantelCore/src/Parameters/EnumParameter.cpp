@@ -34,14 +34,7 @@ EnumParameter::EnumParameter(ParameterScope scope, std::string_view name)
 
 EnumParameter::~EnumParameter() = default;
 
-const ObjectType* EnumParameter::Type() {
-    static const ObjectType type("Vantel.EnumParameter", Parameter::Type(), MakeFactory<EnumParameter>());
-    return &type;
-}
-
-const ObjectType* EnumParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(EnumParameter, Parameter, "Vantel.EnumParameter")
 
 const std::string& EnumParameter::Value() const {
     return implementation->value;

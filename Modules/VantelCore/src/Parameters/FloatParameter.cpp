@@ -23,14 +23,7 @@ FloatParameter::FloatParameter(ParameterScope scope, std::string_view name, doub
 
 FloatParameter::~FloatParameter() = default;
 
-const ObjectType* FloatParameter::Type() {
-    static const ObjectType type("Vantel.FloatParameter", Parameter::Type(), MakeFactory<FloatParameter>());
-    return &type;
-}
-
-const ObjectType* FloatParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(FloatParameter, Parameter, "Vantel.FloatParameter")
 
 const double& FloatParameter::Value() const {
     return implementation->value;

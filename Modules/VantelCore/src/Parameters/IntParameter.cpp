@@ -23,14 +23,7 @@ IntParameter::IntParameter(ParameterScope scope, std::string_view name, std::int
 
 IntParameter::~IntParameter() = default;
 
-const ObjectType* IntParameter::Type() {
-    static const ObjectType type("Vantel.IntParameter", Parameter::Type(), MakeFactory<IntParameter>());
-    return &type;
-}
-
-const ObjectType* IntParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(IntParameter, Parameter, "Vantel.IntParameter")
 
 const std::int64_t& IntParameter::Value() const {
     return implementation->value;

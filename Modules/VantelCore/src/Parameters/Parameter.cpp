@@ -64,14 +64,7 @@ Parameter::~Parameter() {
     DetachFromParent();
 }
 
-const ObjectType* Parameter::Type() {
-    static const ObjectType type("Vantel.Parameter", ParameterNode::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* Parameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(Parameter, ParameterNode, "Vantel.Parameter")
 
 const std::string& Parameter::GetName() const {
     return implementation->name;

@@ -18,15 +18,8 @@ ParameterBundle::ParameterBundle(std::string_view kind) : implementation(std::ma
 
 ParameterBundle::~ParameterBundle() = default;
 
-const ObjectType* ParameterBundle::Type() {
     // No factory: bundles are made by their list, which gives them their kind.
-    static const ObjectType type("Vantel.ParameterBundle", ParameterGroup::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* ParameterBundle::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ParameterBundle, ParameterGroup, "Vantel.ParameterBundle")
 
 ParameterBundleList* ParameterBundle::GetBundleList() const {
     return dynamic_cast<ParameterBundleList*>(GetParent());

@@ -39,14 +39,7 @@ ParameterBundleList::~ParameterBundleList() {
     DetachFromParent();
 }
 
-const ObjectType* ParameterBundleList::Type() {
-    static const ObjectType type("Vantel.ParameterBundleList", ParameterGroup::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* ParameterBundleList::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ParameterBundleList, ParameterGroup, "Vantel.ParameterBundleList")
 
 ParameterBundle* ParameterBundleList::CreateBundle(std::string_view kind, std::string_view key) {
     std::unique_ptr<ParameterBundle> bundle(new ParameterBundle(kind));

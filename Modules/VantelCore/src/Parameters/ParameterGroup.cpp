@@ -200,15 +200,7 @@ ParameterGroup::~ParameterGroup() {
     implementation->DetachAll();
 }
 
-const ObjectType* ParameterGroup::Type() {
-    static const ObjectType type("Vantel.ParameterGroup", ParameterNode::Type(),
-                                 MakeFactory<ParameterGroup>());
-    return &type;
-}
-
-const ObjectType* ParameterGroup::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(ParameterGroup, ParameterNode, "Vantel.ParameterGroup")
 
 bool ParameterGroup::Add(ParameterNode* node) {
     return Insert(node, npos);

@@ -20,14 +20,7 @@ ParameterNode::~ParameterNode() {
     DetachFromParent();
 }
 
-const ObjectType* ParameterNode::Type() {
-    static const ObjectType type("Vantel.ParameterNode", Object::Type(), nullptr);
-    return &type;
-}
-
-const ObjectType* ParameterNode::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ParameterNode, Object, "Vantel.ParameterNode")
 
 ParameterGroup* ParameterNode::GetParent() const {
     return implementation->parent;

@@ -10,15 +10,7 @@ ParameterRootGroup::ParameterRootGroup() = default;
 
 ParameterRootGroup::~ParameterRootGroup() = default;
 
-const ObjectType* ParameterRootGroup::Type() {
-    static const ObjectType type("Vantel.ParameterRootGroup", ParameterGroup::Type(),
-                                 MakeFactory<ParameterRootGroup>());
-    return &type;
-}
-
-const ObjectType* ParameterRootGroup::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(ParameterRootGroup, ParameterGroup, "Vantel.ParameterRootGroup")
 
 bool ParameterRootGroup::AcceptsChild(const ParameterNode& node) {
     if (!ParameterGroup::AcceptsChild(node)) {

@@ -25,15 +25,7 @@ PtrListParameter::PtrListParameter(ParameterScope scope, std::string_view name)
 
 PtrListParameter::~PtrListParameter() = default;
 
-const ObjectType* PtrListParameter::Type() {
-    static const ObjectType type("Vantel.PtrListParameter", Parameter::Type(),
-                                 MakeFactory<PtrListParameter>(), "Reference List");
-    return &type;
-}
-
-const ObjectType* PtrListParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(PtrListParameter, Parameter, "Vantel.PtrListParameter", "Reference List")
 
 std::vector<Object*> PtrListParameter::Value() const {
     std::vector<Object*> living;

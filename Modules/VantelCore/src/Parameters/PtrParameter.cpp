@@ -26,15 +26,7 @@ PtrParameter::PtrParameter(ParameterScope scope, std::string_view name, Object* 
 
 PtrParameter::~PtrParameter() = default;
 
-const ObjectType* PtrParameter::Type() {
-    static const ObjectType type("Vantel.PtrParameter", Parameter::Type(), MakeFactory<PtrParameter>(),
-                                 "Reference");
-    return &type;
-}
-
-const ObjectType* PtrParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(PtrParameter, Parameter, "Vantel.PtrParameter", "Reference")
 
 Object* PtrParameter::Value() const {
     return implementation->value.Get();

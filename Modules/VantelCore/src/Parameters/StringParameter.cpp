@@ -21,14 +21,7 @@ StringParameter::StringParameter(ParameterScope scope, std::string_view name, st
 
 StringParameter::~StringParameter() = default;
 
-const ObjectType* StringParameter::Type() {
-    static const ObjectType type("Vantel.StringParameter", Parameter::Type(), MakeFactory<StringParameter>());
-    return &type;
-}
-
-const ObjectType* StringParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(StringParameter, Parameter, "Vantel.StringParameter")
 
 const std::string& StringParameter::Value() const {
     return implementation->value;

@@ -30,15 +30,7 @@ Transform3DParameter::Transform3DParameter(ParameterScope scope, std::string_vie
 
 Transform3DParameter::~Transform3DParameter() = default;
 
-const ObjectType* Transform3DParameter::Type() {
-    static const ObjectType type("Vantel.Transform3DParameter", Parameter::Type(),
-                                 MakeFactory<Transform3DParameter>());
-    return &type;
-}
-
-const ObjectType* Transform3DParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(Transform3DParameter, Parameter, "Vantel.Transform3DParameter")
 
 const glm::mat4& Transform3DParameter::Value() const {
     return implementation->value;

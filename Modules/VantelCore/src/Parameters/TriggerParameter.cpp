@@ -19,15 +19,7 @@ TriggerParameter::TriggerParameter(ParameterScope scope, std::string_view name, 
 
 TriggerParameter::~TriggerParameter() = default;
 
-const ObjectType* TriggerParameter::Type() {
-    static const ObjectType type("Vantel.TriggerParameter", Parameter::Type(),
-                                 MakeFactory<TriggerParameter>());
-    return &type;
-}
-
-const ObjectType* TriggerParameter::GetType() const {
-    return Type();
-}
+VANTEL_DEFINE_OBJECT_TYPE(TriggerParameter, Parameter, "Vantel.TriggerParameter")
 
 void TriggerParameter::Trigger() {
     MarkDirty();

@@ -27,11 +27,7 @@ class Node : public Object {
 public:
     using Object::Object;
 
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Node", Object::Type(), MakeFactory<Node>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(Node, Object, "Vantel.Test.Node");
 
     Node& Add(std::unique_ptr<Node> child) {
         SettleChildKey(*child, "Node", "node '" + GetKey() + "'",

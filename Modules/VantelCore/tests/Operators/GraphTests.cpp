@@ -44,12 +44,7 @@ std::unique_ptr<ExecutionContext> Frame(unsigned long long number = 0) {
 class NumberOutput : public DataOutput {
 public:
     using DataOutput::DataOutput;
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.NumberOutput", DataOutput::Type(),
-                                     MakeFactory<NumberOutput>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(NumberOutput, DataOutput, "Vantel.Test.NumberOutput");
 };
 
 class NumberInput : public DataInput {
@@ -58,12 +53,7 @@ public:
         SetAcceptedOutputType(NumberOutput::Type());
         SetUIColor({0.0f, 0.5f, 1.0f, 1.0f});
     }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.NumberInput", DataInput::Type(),
-                                     MakeFactory<NumberInput>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(NumberInput, DataInput, "Vantel.Test.NumberInput");
 };
 
 TEST(Graph, KeysComeFromNamesOrTypes) {

@@ -39,12 +39,7 @@ public:
     DataInputList sources{this, "Sources", DataInput::Type(), {}};
     ParameterBundleList layers{this, "Layers", {}};
 
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Referrer", Operator::Type(),
-                                     MakeFactory<ReferrerOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(ReferrerOperator, Operator, "Vantel.Test.Referrer");
 };
 
 using Testing::Add;

@@ -227,11 +227,7 @@ public:
         stages.SetParameterFlag(ParameterFlag::Structural, true);
         order.SetPossibleValues({"forward", "backward"});
     }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Staged", Operator::Type(), MakeFactory<StagedOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(StagedOperator, Operator, "Vantel.Test.Staged");
     std::unique_ptr<StepList> steps;
 
 protected:

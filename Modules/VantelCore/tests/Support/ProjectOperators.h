@@ -35,11 +35,7 @@ public:
     MixerOperator() {
         focus.SetFilter({.types = {Operator::Type()}, .scope = ObjectFilter::Scope::SameGraph});
     }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Mixer", Operator::Type(), MakeFactory<MixerOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(MixerOperator, Operator, "Vantel.Test.Mixer");
 };
 
 // Structural through a reference: one number per parameter of the model operator, keyed like it, so that
@@ -54,11 +50,7 @@ public:
                          .scope = ObjectFilter::Scope::SameGraph,
                          .excludeOwnOperator = true});
     }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Mirror", Operator::Type(), MakeFactory<MirrorOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(MirrorOperator, Operator, "Vantel.Test.Mirror");
 
 protected:
     void UpdateStructure() override {
@@ -101,11 +93,7 @@ public:
         count.SetParameterFlag(ParameterFlag::Structural, true);
         focus.SetFilter({.types = {ParameterBundle::Type()}});
     }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Stack", Operator::Type(), MakeFactory<StackOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(StackOperator, Operator, "Vantel.Test.Stack");
 
 protected:
     void UpdateStructure() override {

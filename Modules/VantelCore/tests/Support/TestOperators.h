@@ -58,11 +58,7 @@ public:
     DataOutput out{this, "Out"};
     int runs = 0;
 
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Source", Operator::Type(), MakeFactory<SourceOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(SourceOperator, Operator, "Vantel.Test.Source");
     void Execute(ExecutionContext&) override {
         ++runs;
         out.Activate(std::make_shared<NumberData>(value.Value()));
@@ -80,11 +76,7 @@ public:
     double lastFrameTime = -1.0;
 
     AddOperator() { result.SetParameterFlag(ParameterFlag::Output, true); }
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.Add", Operator::Type(), MakeFactory<AddOperator>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(AddOperator, Operator, "Vantel.Test.Add");
     void Execute(ExecutionContext& context) override {
         ++runs;
         lastFrameTime = context.GetTime();

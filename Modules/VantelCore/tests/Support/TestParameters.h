@@ -24,12 +24,7 @@ public:
     NumberParameter(ParameterScope scope, std::string_view name, double value = 0.0)
         : Parameter(scope, name), value(value) {}
 
-    static const ObjectType* Type() {
-        static const ObjectType type("Vantel.Test.NumberParameter", Parameter::Type(),
-                                     MakeFactory<NumberParameter>());
-        return &type;
-    }
-    const ObjectType* GetType() const override { return Type(); }
+    VANTEL_OBJECT_TYPE(NumberParameter, Parameter, "Vantel.Test.NumberParameter");
 
     double Value() const { return value; }
     void SetValue(double newValue) {

@@ -12,6 +12,7 @@
 #include <Vantel/Export.h>
 #include <Vantel/Objects/Event.h>
 #include <Vantel/Objects/Path.h>
+#include <Vantel/Objects/TypeDeclaration.h>
 
 namespace Vantel {
 
@@ -41,6 +42,8 @@ public:
     virtual const ObjectType* GetType() const;
     // "Vantel.Object": no base type, no factory.
     static const ObjectType* Type();
+    // The root of the checks that VANTEL_OBJECT_TYPE and its kin make of the base a class names.
+    VANTEL_DETAIL_TYPE_PROBE(Object)
 
     const std::string& GetKey() const;
     // Logs "Object::SetKey: '<key>' is not a valid key." for an invalid key, and a refusal for an object that

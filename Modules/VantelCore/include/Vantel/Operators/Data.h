@@ -22,8 +22,7 @@ public:
     Data();
     ~Data() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(Data);
 
     std::uint64_t GetSerial() const { return serial; }
 

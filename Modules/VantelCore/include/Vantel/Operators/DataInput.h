@@ -35,8 +35,7 @@ public:
     DataInput(Operator* op, std::string_view name);
     ~DataInput() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(DataInput);
 
     // Null for a plain input.
     DataInputList* GetList() const;

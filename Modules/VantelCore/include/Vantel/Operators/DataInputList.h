@@ -45,8 +45,7 @@ public:
     DataInputList(Operator* op, std::string_view name, const ObjectType* inputType, InputHandlers handlers);
     ~DataInputList() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(DataInputList);
 
     const std::string& GetName() const;
     void SetName(std::string_view name);

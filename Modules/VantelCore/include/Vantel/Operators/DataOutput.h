@@ -35,8 +35,7 @@ public:
     DataOutput(Operator* op, std::string_view name);
     ~DataOutput() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(DataOutput);
 
     // An output keeps its operator const when it is const itself.
     Operator* GetOperator();

@@ -39,8 +39,7 @@ public:
     Graph();
     ~Graph() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(Graph);
 
     // Settles the operator's structure and key, takes ownership and marks it dirty. Null does nothing.
     void AddOperator(std::unique_ptr<Operator>&& op);

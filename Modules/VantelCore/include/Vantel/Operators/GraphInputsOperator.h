@@ -30,8 +30,7 @@ public:
     GraphInputsOperator();
     ~GraphInputsOperator() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(GraphInputsOperator);
 
     // The output that mirrors a data input of the containing graph; null when there is none.
     DataOutput* FindMirror(const DataInput& graphInput);

@@ -29,8 +29,7 @@ public:
     GraphOutputsOperator();
     ~GraphOutputsOperator() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(GraphOutputsOperator);
 
     // The input that mirrors a data output of the containing graph; null when there is none.
     DataInput* FindMirror(const DataOutput& graphOutput);

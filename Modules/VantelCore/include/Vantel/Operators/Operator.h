@@ -58,8 +58,7 @@ public:
     static void operator delete(void* block, std::size_t size) noexcept;
     static void operator delete(void* block, std::size_t size, std::align_val_t alignment) noexcept;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(Operator);
 
     // Empty: the type's name is shown and used as the key base.
     const std::string& GetName() const;

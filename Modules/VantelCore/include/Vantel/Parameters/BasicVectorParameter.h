@@ -40,8 +40,7 @@ public:
     ~BasicVectorParameter() override;
 
     // "Vantel.Vector<N>Parameter" for floats, "Vantel.Vector<N>IntParameter" for integers.
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(BasicVectorParameter);
 
     const ValueType& Value() const;
     // Every component compares exactly.

@@ -30,8 +30,7 @@ public:
     ~BoolParameter() override;
 
     // "Vantel.BoolParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(BoolParameter);
 
     const bool& Value() const;
     void SetValue(bool value);

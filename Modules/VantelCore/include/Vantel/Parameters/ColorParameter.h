@@ -32,8 +32,7 @@ public:
     ~ColorParameter() override;
 
     // "Vantel.ColorParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(ColorParameter);
 
     const Color& Value() const;
     void SetValue(const Color& value);

@@ -30,8 +30,7 @@ public:
     ~DataParameter() override;
 
     // "Vantel.DataParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(DataParameter);
 
     const nlohmann::json& Value() const;
     // Equal as the JSON library compares (1 equals 1.0); two discarded values count as equal too.

@@ -35,8 +35,7 @@ public:
     ~EnumParameter() override;
 
     // "Vantel.EnumParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(EnumParameter);
 
     // The chosen value (never the label).
     const std::string& Value() const;

@@ -29,8 +29,7 @@ public:
     ~FloatParameter() override;
 
     // "Vantel.FloatParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(FloatParameter);
 
     const double& Value() const;
     void SetValue(double value);

@@ -37,8 +37,7 @@ public:
     ~IntParameter() override;
 
     // "Vantel.IntParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(IntParameter);
 
     const std::int64_t& Value() const;
     void SetValue(std::int64_t value);

@@ -46,8 +46,7 @@ public:
     Parameter(ParameterScope scope, std::string_view name);
     ~Parameter() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(Parameter);
 
     const std::string& GetName() const;
     // Records the rename while a transaction records and the operator is in a graph; the key is not touched.

@@ -26,8 +26,7 @@ class VANTEL_API ParameterBundle : public ParameterGroup {
 public:
     ~ParameterBundle() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(ParameterBundle);
 
     // Null when the parent is not a bundle list.
     ParameterBundleList* GetBundleList() const;

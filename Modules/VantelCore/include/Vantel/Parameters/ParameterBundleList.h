@@ -40,8 +40,7 @@ public:
     ParameterBundleList(Operator* op, std::string_view key, BundleHandlers handlers);
     ~ParameterBundleList() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(ParameterBundleList);
 
     // Null when the list refuses the new bundle (nothing is left behind then).
     ParameterBundle* CreateBundle(std::string_view kind, std::string_view key);

@@ -32,8 +32,7 @@ public:
     ParameterGroup();
     ~ParameterGroup() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(ParameterGroup);
 
     // Insert at the end.
     bool Add(ParameterNode* node);

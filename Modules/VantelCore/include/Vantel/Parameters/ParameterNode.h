@@ -28,8 +28,7 @@ public:
     ParameterNode();
     ~ParameterNode() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(ParameterNode);
 
     ParameterGroup* GetParent() const;
     // npos without a parent.

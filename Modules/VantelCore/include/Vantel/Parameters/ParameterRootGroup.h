@@ -18,8 +18,7 @@ public:
     ParameterRootGroup();
     ~ParameterRootGroup() override;
 
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(ParameterRootGroup);
 
 protected:
     bool AcceptsChild(const ParameterNode& node) override;

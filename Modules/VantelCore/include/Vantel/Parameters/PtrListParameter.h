@@ -34,8 +34,7 @@ public:
     ~PtrListParameter() override;
 
     // "Vantel.PtrListParameter", shown as "Reference List"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(PtrListParameter);
 
     // The living entries, in order.
     std::vector<Object*> Value() const;

@@ -36,8 +36,7 @@ public:
     ~PtrParameter() override;
 
     // "Vantel.PtrParameter", shown as "Reference"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(PtrParameter);
 
     // Null when there is no referent or it has died.
     Object* Value() const;

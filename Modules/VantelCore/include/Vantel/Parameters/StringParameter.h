@@ -39,8 +39,7 @@ public:
     ~StringParameter() override;
 
     // "Vantel.StringParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(StringParameter);
 
     const std::string& Value() const;
     void SetValue(std::string_view value);

@@ -30,8 +30,7 @@ public:
     ~Transform3DParameter() override;
 
     // "Vantel.Transform3DParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(Transform3DParameter);
 
     const glm::mat4& Value() const;
     // Every entry compares exactly.

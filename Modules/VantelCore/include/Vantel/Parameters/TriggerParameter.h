@@ -35,8 +35,7 @@ public:
     ~TriggerParameter() override;
 
     // "Vantel.TriggerParameter"
-    static const ObjectType* Type();
-    const ObjectType* GetType() const override;
+    VANTEL_DECLARE_OBJECT_TYPE(TriggerParameter);
 
     // Does not rebuild while a rebuild runs on this thread, nor while the operator is in no graph.
     void Trigger();
