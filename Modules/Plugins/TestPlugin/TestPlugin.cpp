@@ -82,7 +82,7 @@ private:
     SampleOutput result{this, "Result"};
 };
 
-    // Values are made by operators, never by name, so there is no factory.
+// Values are made by operators, never by name, so there is no factory.
 VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(SampleData, Data, "TestPlugin.SampleData")
 
 VANTEL_DEFINE_OBJECT_TYPE(SampleOutput, DataOutput, "TestPlugin.SampleOutput")

@@ -10,7 +10,7 @@ using Vantel::ObjectType;
 
 // The Type() functions are defined here, not inline, so that their statics belong to this library and go away
 // with it when it is unloaded.
-    // Values are made by operators, never by name, so there is no factory.
+// Values are made by operators, never by name, so there is no factory.
 VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(NumberData, Data, "Standard.NumberData")
 
 VANTEL_DEFINE_OBJECT_TYPE(NumberOutput, DataOutput, "Standard.NumberOutput")

@@ -16,7 +16,8 @@ GraphOutputsOperator::GraphOutputsOperator() : implementation(std::make_unique<I
 
 GraphOutputsOperator::~GraphOutputsOperator() = default;
 
-VANTEL_DEFINE_OBJECT_TYPE(GraphOutputsOperator, Operator, "Vantel.General.GraphOutputsOperator", "Graph Outputs")
+VANTEL_DEFINE_OBJECT_TYPE(GraphOutputsOperator, Operator, "Vantel.General.GraphOutputsOperator",
+                          "Graph Outputs")
 
 DataInput* GraphOutputsOperator::FindMirror(const DataOutput& graphOutput) {
     return Detail::FindMirrorOf(implementation->ports, graphOutput);

@@ -18,7 +18,7 @@ ParameterBundle::ParameterBundle(std::string_view kind) : implementation(std::ma
 
 ParameterBundle::~ParameterBundle() = default;
 
-    // No factory: bundles are made by their list, which gives them their kind.
+// No factory: bundles are made by their list, which gives them their kind.
 VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ParameterBundle, ParameterGroup, "Vantel.ParameterBundle")
 
 ParameterBundleList* ParameterBundle::GetBundleList() const {

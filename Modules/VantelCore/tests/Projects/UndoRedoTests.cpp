@@ -165,7 +165,7 @@ TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
     std::set<std::string> texts;
     for (std::size_t kind = 0; kind < rows.size(); ++kind) {
         SCOPED_TRACE("kind " + std::to_string(kind));
-        EXPECT_EQ(RecordKind(rows[kind].first), static_cast<int>(kind));
+        EXPECT_EQ(KindOf(rows[kind].first), static_cast<RecordKind>(kind));
         EXPECT_EQ(DescribeRecord(rows[kind].first), rows[kind].second);
         texts.insert(rows[kind].second);
     }

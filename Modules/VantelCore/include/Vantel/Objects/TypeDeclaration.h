@@ -35,8 +35,8 @@ namespace Vantel {
 #define VANTEL_OBJECT_TYPE_NO_FACTORY(Class, Base, ...) \
     VANTEL_DETAIL_INLINE_OBJECT_TYPE(Class, Base, nullptr, __VA_ARGS__)
 
-#define VANTEL_DECLARE_OBJECT_TYPE(Class) \
-    VANTEL_DETAIL_TYPE_PROBE(Class)       \
+#define VANTEL_DECLARE_OBJECT_TYPE(Class)      \
+    VANTEL_DETAIL_TYPE_PROBE(Class)            \
     static const ::Vantel::ObjectType* Type(); \
     const ::Vantel::ObjectType* GetType() const override
 #define VANTEL_DEFINE_OBJECT_TYPE(Class, Base, ...) \
@@ -55,8 +55,7 @@ struct TypeTag {};
 template <typename T>
 struct OtherThan {
     template <typename U>
-        requires(!std::is_same_v<T, U>)
-    OtherThan(TypeTag<U>) {}
+    requires(!std::is_same_v<T, U>) OtherThan(TypeTag<U>) {}
 };
 
 // Every declared type adds a probe that takes a pointer to its class. Called with a T*, overload resolution
@@ -78,15 +77,18 @@ struct TypeNames {
 
 }  // namespace Detail
 
-#define VANTEL_DETAIL_TYPE_PROBE(Class)                                                          \
-    friend Class* VantelTypeProbe(const Class*, ::Vantel::Detail::OtherThan<Class>) { return nullptr; }
+#define VANTEL_DETAIL_TYPE_PROBE(Class)                                               \
+    friend Class* VantelTypeProbe(const Class*, ::Vantel::Detail::OtherThan<Class>) { \
+        return nullptr;                                                               \
+    }
 
-#define VANTEL_DETAIL_CHECK_BASE(Class, Base)                                                         \
-    static_assert(::Vantel::Detail::kNamesItsTypedBase<Class, Base>,                                  \
-                  "The type of " #Class " names " #Base " as its base, which is not the nearest base " \
+#define VANTEL_DETAIL_CHECK_BASE(Class, Base)                        \
+    static_assert(::Vantel::Detail::kNamesItsTypedBase<Class, Base>, \
+                  "The type of " #Class " names " #Base              \
+                  " as its base, which is not the nearest base "     \
                   "class of " #Class " with a type of its own: name that class instead.")
 
-#define VANTEL_DETAIL_MAKE_TYPE(Base, factory, ...)                                                  \
+#define VANTEL_DETAIL_MAKE_TYPE(Base, factory, ...)                                                     \
     static const ::Vantel::ObjectType type(::Vantel::Detail::TypeNames{__VA_ARGS__}.name, Base::Type(), \
                                            factory, ::Vantel::Detail::TypeNames{__VA_ARGS__}.displayName)
 
@@ -97,7 +99,9 @@ struct TypeNames {
         VANTEL_DETAIL_MAKE_TYPE(Base, factory, __VA_ARGS__);        \
         return &type;                                               \
     }                                                               \
-    const ::Vantel::ObjectType* GetType() const override { return Type(); }
+    const ::Vantel::ObjectType* GetType() const override {          \
+        return Type();                                              \
+    }
 
 #define VANTEL_DETAIL_DEFINE_OBJECT_TYPE(Class, Base, factory, ...) \
     const ::Vantel::ObjectType* Class::Type() {                     \
@@ -105,6 +109,8 @@ struct TypeNames {
         VANTEL_DETAIL_MAKE_TYPE(Base, factory, __VA_ARGS__);        \
         return &type;                                               \
     }                                                               \
-    const ::Vantel::ObjectType* Class::GetType() const { return Type(); }
+    const ::Vantel::ObjectType* Class::GetType() const {            \
+        return Type();                                              \
+    }
 
 }  // namespace Vantel

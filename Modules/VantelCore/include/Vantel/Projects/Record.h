@@ -1,12 +1,13 @@
 // Record.h: the changes a transaction collects, one struct per kind of edit.
 //
 //   Transaction::AddRecord(ParameterValueRecord{radius->GetPath(), 1.0, 2.5});
-//   int kind = RecordKind(record);                    // 0
+//   if (KindOf(record) == RecordKind::ParameterValue) { ... }
 //   auto* move = std::get_if<OperatorPositionRecord>(&record);
 #pragma once
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <variant>
 #include <vector>
 
@@ -22,13 +23,13 @@ namespace Vantel {
 //
 // One edit of the model, holding enough to apply it and to revert it. Targets are named by path, never by
 // pointer, so a record stays meaningful after its target was destroyed and re-created. Values and structures
-// are JSON in the forms the project files use. The kind of a record is its index in the variant:
+// are JSON in the forms the project files use. The kind of a record (RecordKind, below) is its index in the
+// variant:
 //
 //   kind  struct                     fields                                  clears pending  folds
 //   0     ParameterValueRecord       path, previous, next (json)             yes             yes
 //         the whole value of a parameter was written.
-//   1     ParameterComponentRecord   path, component, previous, next         yes             yes (same
-//   component)
+//   1     ParameterComponentRecord   path, component, previous, next         yes             yes
 //         one component of a vector or colour parameter was written.
 //   2     OperatorPositionRecord     path, previous, next (vec2)             no              yes
 //         an operator was moved in its graph's view.
@@ -53,8 +54,8 @@ namespace Vantel {
 //   12    BundleAddedRecord          path, index, node                       yes             no
 //   13    BundleRemovedRecord        path, index, node                       yes             no
 //         a user-added parameter or a bundle inserted into or detached from a parameter group at `index`.
-//         During a rebuild in a graph, the removal of any parameter is recorded as kind 11, so that undo
-//         gives the members the rebuild took away their values back.
+//         During a rebuild in a graph, the removal of any parameter is recorded as ParameterRemoved, so that
+//         undo gives the members the rebuild took away their values back.
 //   14    ParameterNodeMoveRecord    path, previousIndex, nextIndex          no              yes
 //   15    CompoundRecord             path, previous, next (json), nested     no              no
 //         the whole-value write of a structural parameter; `nested` holds the records of the rebuild it
@@ -208,12 +209,57 @@ struct CompoundRecord {
     bool operator==(const CompoundRecord& other) const = default;
 };
 
-// RecordKind()
+// RecordKind
 //
-// The kind number of `record`, 0 to 15, as in the table above.
-inline int RecordKind(const Record& record) {
-    return static_cast<int>(record.index());
+// The kinds by name, each numbered as its struct's place in the variant (the table above). Code and tests
+// name kinds; the numbers only matter to whoever keeps records outside the process.
+enum class RecordKind : std::uint8_t {
+    ParameterValue,
+    ParameterComponent,
+    OperatorPosition,
+    Rename,
+    Operator,
+    DataConnection,
+    ParameterConnection,
+    DataPort,
+    Structure,
+    ListInputMove,
+    ParameterAdded,
+    ParameterRemoved,
+    BundleAdded,
+    BundleRemoved,
+    ParameterNodeMove,
+    Compound,
+};
+
+inline RecordKind KindOf(const Record& record) {
+    return static_cast<RecordKind>(record.index());
 }
+
+namespace Detail {
+template <RecordKind kind, typename T>
+constexpr bool kKindNames =
+    std::is_same_v<std::variant_alternative_t<static_cast<std::size_t>(kind), Record>, T>;
+}  // namespace Detail
+
+// A struct added to the variant, or moved in it, must be named here in the same place.
+static_assert(std::variant_size_v<Record> == static_cast<std::size_t>(RecordKind::Compound) + 1);
+static_assert(Detail::kKindNames<RecordKind::ParameterValue, ParameterValueRecord>);
+static_assert(Detail::kKindNames<RecordKind::ParameterComponent, ParameterComponentRecord>);
+static_assert(Detail::kKindNames<RecordKind::OperatorPosition, OperatorPositionRecord>);
+static_assert(Detail::kKindNames<RecordKind::Rename, RenameRecord>);
+static_assert(Detail::kKindNames<RecordKind::Operator, OperatorRecord>);
+static_assert(Detail::kKindNames<RecordKind::DataConnection, DataConnectionRecord>);
+static_assert(Detail::kKindNames<RecordKind::ParameterConnection, ParameterConnectionRecord>);
+static_assert(Detail::kKindNames<RecordKind::DataPort, DataPortRecord>);
+static_assert(Detail::kKindNames<RecordKind::Structure, StructureRecord>);
+static_assert(Detail::kKindNames<RecordKind::ListInputMove, ListInputMoveRecord>);
+static_assert(Detail::kKindNames<RecordKind::ParameterAdded, ParameterAddedRecord>);
+static_assert(Detail::kKindNames<RecordKind::ParameterRemoved, ParameterRemovedRecord>);
+static_assert(Detail::kKindNames<RecordKind::BundleAdded, BundleAddedRecord>);
+static_assert(Detail::kKindNames<RecordKind::BundleRemoved, BundleRemovedRecord>);
+static_assert(Detail::kKindNames<RecordKind::ParameterNodeMove, ParameterNodeMoveRecord>);
+static_assert(Detail::kKindNames<RecordKind::Compound, CompoundRecord>);
 
 // CommittedTransaction
 //

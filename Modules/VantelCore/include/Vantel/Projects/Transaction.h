@@ -37,8 +37,9 @@ namespace Vantel {
 //   "Transaction '<name>' ended before '<inner>', which was opened inside it. What '<inner>' collected is
 //    dropped."
 //
-// Normalisation, run when it ends either way: adjacent records of the same folding kind (0, 1, 2, 3, 9 and
-// 14) with the same target (path; for kind 1 also the component) become one record holding the first
+// Normalisation, run when it ends either way: adjacent records of the same folding kind (ParameterValue,
+// ParameterComponent, OperatorPosition, Rename, ListInputMove, ParameterNodeMove) with the same target (path;
+// for a component record also the component) become one record holding the first
 // previous value and the last next value. A record of a folding kind whose previous equals its next (a value
 // set and set back) is dropped, after which its neighbours may fold in turn. Other kinds never fold.
 //
@@ -62,10 +63,11 @@ public:
     static Transaction* Active();
     // False with no active transaction, and while a SuppressRecording lives on this thread.
     static bool IsRecording();
-    // Discards `record` unless IsRecording() and the active transaction is still open. A record of kind 2
-    // whose path matches a pending position record updates that record's `next` instead of being appended,
-    // so dragging several operators together yields one record per operator. Every kind except 2, 9, 14 and
-    // 15 first clears the pending position records.
+    // Discards `record` unless IsRecording() and the active transaction is still open. An OperatorPosition
+    // record whose path matches a pending position record updates that record's `next` instead of being
+    // appended, so dragging several operators together yields one record per operator. Every kind except
+    // OperatorPosition, ListInputMove, ParameterNodeMove and Compound first clears the pending position
+    // records.
     static void AddRecord(Record record);
 
     const std::string& GetName() const;

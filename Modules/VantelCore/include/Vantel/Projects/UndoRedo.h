@@ -21,9 +21,11 @@ class Project;
 // apart.") makes the result false, and replay goes on with the next record.
 //
 // What follows the change of a record, in both directions:
-//   - a parameter value (kinds 0, 1, 15): the operator rebuilds its structure if the value made it dirty;
-//   - an operator re-created (kind 4), a structure restored (kind 8), a parameter or bundle re-created
-//     (kinds 10 to 13): the references and connections the entry carries are resolved at once;
+//   - a parameter value (ParameterValue, ParameterComponent, Compound): the operator rebuilds its structure
+//   if the value made it dirty;
+//   - an operator re-created (Operator), a structure restored (Structure), a parameter or bundle re-created
+//     (ParameterAdded to BundleRemoved): the references and connections the entry carries are resolved at
+//     once;
 //   - a bundle re-created: its operator rebuilds its structure, as when a file is loaded;
 //   - a list input whose connection went away is removed by its graph, so a list input record that finds
 //     its input already gone (or already back) counts as done;
