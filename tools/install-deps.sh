@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build git pkg-config clang-format python3
     nlohmann-json3-dev libyaml-cpp-dev libglm-dev libstb-dev libabsl-dev
-    libgtest-dev libgmock-dev libbenchmark-dev
+    libgtest-dev libgmock-dev libbenchmark-dev libcpp-httplib-dev
 )
 if [ "${VANTEL_FUZZ:-0}" = 1 ]; then
     packages+=(clang libclang-rt-14-dev)

@@ -22,6 +22,8 @@ constexpr std::string_view kUsage =
     "  types              list the registered operator, parameter and data types\n"
     "  doc TYPE           print the documentation of one type\n"
     "  graph PROJECT      print the project's graph in Graphviz DOT\n"
+    "  edit PROJECT       open the project (or start it, when the file does not exist) for an editor: runs\n"
+    "                     it live and serves it on 127.0.0.1 until Ctrl+C\n"
     "  --version          print the build's version\n"
     "  --help             print this help\n"
     "\n"
@@ -30,8 +32,9 @@ constexpr std::string_view kUsage =
     "                     executable, a path (one with a folder, like ./libMine.so) is loaded as it is; by\n"
     "                     default every plug-in library beside the executable is loaded\n"
     "  --frames N         run: the number of frames (default 60)\n"
-    "  --fps F            run: frames per second of the fixed time step (default 60)\n"
+    "  --fps F            run, edit: frames per second (default 60)\n"
     "  --save OUT         run: save the project to OUT after the run\n"
+    "  --port N           edit: the port to serve on (default: a free one)\n"
     "  --force            upgrade: write OUT even when loading dropped entries or OUT is IN\n"
     "\n"
     "exit codes: 0 ok, 1 the project or command failed, 2 usage error, 3 missing file, 4 plug-in failed\n";
@@ -42,12 +45,14 @@ struct CommandShape {
     std::string_view operandNames;
     bool runOptions;
     bool forceOption;
+    bool editOptions = false;
 };
 
 constexpr CommandShape kCommands[] = {
-    {"run", 1, "PROJECT", true, false},    {"check", 1, "PROJECT", false, false},
-    {"upgrade", 2, "IN OUT", false, true}, {"types", 0, "", false, false},
-    {"doc", 1, "TYPE", false, false},      {"graph", 1, "PROJECT", false, false},
+    {"run", 1, "PROJECT", true, false},         {"check", 1, "PROJECT", false, false},
+    {"upgrade", 2, "IN OUT", false, true},      {"types", 0, "", false, false},
+    {"doc", 1, "TYPE", false, false},           {"graph", 1, "PROJECT", false, false},
+    {"edit", 1, "PROJECT", false, false, true},
 };
 
 int ParseFrames(const std::string& text) {
@@ -64,6 +69,15 @@ double ParseFps(const std::string& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value) || value <= 0.0) {
         Fail(kExitUsage, "--fps needs a number of frames per second above 0, not '" + text + "'");
+    }
+    return value;
+}
+
+int ParsePort(const std::string& text) {
+    int value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value < 1 || value > 65535) {
+        Fail(kExitUsage, "--port needs a port number from 1 to 65535, not '" + text + "'");
     }
     return value;
 }
@@ -111,7 +125,8 @@ Arguments ParseArguments(const std::vector<std::string_view>& arguments) {
         const std::string option(argument.substr(0, equals));
         const bool known =
             option == "--plugin" ||
-            (shape->runOptions && (option == "--frames" || option == "--fps" || option == "--save"));
+            (shape->runOptions && (option == "--frames" || option == "--fps" || option == "--save")) ||
+            (shape->editOptions && (option == "--port" || option == "--fps"));
         if (!known) {
             Fail(kExitUsage,
                  "unknown option '" + option + "' for '" + result.command + "'; try 'vantel --help'");
@@ -130,6 +145,8 @@ Arguments ParseArguments(const std::vector<std::string_view>& arguments) {
             result.frames = ParseFrames(value);
         } else if (option == "--fps") {
             result.fps = ParseFps(value);
+        } else if (option == "--port") {
+            result.port = ParsePort(value);
         } else {
             result.save = value;
         }

@@ -15,6 +15,7 @@ struct Arguments {
     int frames = 60;
     double fps = 60.0;
     std::optional<std::string> save;
+    int port = 0;        // edit: 0 takes a free port
     bool force = false;  // upgrade: write even over IN, or after loading dropped entries
 };
 

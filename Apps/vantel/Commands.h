@@ -11,5 +11,6 @@ int UpgradeCommand(const Arguments& arguments);
 int TypesCommand(const Arguments& arguments);
 int DocCommand(const Arguments& arguments);
 int GraphCommand(const Arguments& arguments);
+int EditCommand(const Arguments& arguments);
 
 }  // namespace VantelHost

@@ -79,6 +79,11 @@ Vantel::Project& Session::LoadProject(const std::filesystem::path& path) {
     return *project;
 }
 
+Vantel::Project& Session::NewProject() {
+    project = std::make_unique<Vantel::Project>();
+    return *project;
+}
+
 Vantel::Project& Session::GetProject() {
     return *project;
 }

@@ -30,6 +30,8 @@ public:
     // error, another JSON error or a failed load are kExitFailed. The project keeps the version record of
     // the file even when loading failed.
     Vantel::Project& LoadProject(const std::filesystem::path& path);
+    // An empty project, for a file that does not exist yet.
+    Vantel::Project& NewProject();
     Vantel::Project& GetProject();
 
 private:

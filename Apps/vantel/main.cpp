@@ -34,6 +34,9 @@ int Dispatch(const VantelHost::Arguments& arguments) {
     if (arguments.command == "types") {
         return TypesCommand(arguments);
     }
+    if (arguments.command == "edit") {
+        return EditCommand(arguments);
+    }
     if (arguments.command == "doc") {
         return DocCommand(arguments);
     }

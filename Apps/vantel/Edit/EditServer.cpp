@@ -1,0 +1,203 @@
+#include "EditServer.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <list>
+#include <mutex>
+#include <random>
+#include <thread>
+
+#include <httplib.h>
+
+namespace VantelHost {
+namespace {
+
+using nlohmann::json;
+
+// Updates a slow reader has not taken yet; past this the oldest are dropped, and the client re-reads.
+constexpr std::size_t kMaxQueuedUpdates = 1024;
+// How often a waiting event stream looks whether the server is stopping.
+constexpr auto kStreamPoll = std::chrono::milliseconds(200);
+
+void Reply(httplib::Response& response, int status, const json& body) {
+    response.status = status;
+    response.set_content(body.dump(), "application/json");
+}
+
+// One open event stream's queue.
+struct Subscriber {
+    std::deque<std::string> events;
+};
+
+}  // namespace
+
+class EditServer::Implementation {
+public:
+    explicit Implementation(std::string token) : token(std::move(token)) {}
+
+    int Start(int wantedPort, RequestHandler newHandler) {
+        handler = std::move(newHandler);
+        server.set_payload_max_length(kMaxRequestBytes);
+        server.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
+            if (!IsAllowed(request)) {
+                Reply(response, 403,
+                      {{"ok", false}, {"error", "refused: not this session's token, host or origin"}});
+                return httplib::Server::HandlerResponse::Handled;
+            }
+            return httplib::Server::HandlerResponse::Unhandled;
+        });
+        server.Post("/api", [this](const httplib::Request& request, httplib::Response& response) {
+            HandleApi(request, response);
+        });
+        server.Get("/events",
+                   [this](const httplib::Request&, httplib::Response& response) { OpenStream(response); });
+        server.Get("/", [](const httplib::Request&, httplib::Response& response) {
+            response.set_content(
+                "<!doctype html><title>vantel edit</title><p>The edit session is running. "
+                "Its protocol is POST /api and GET /events.</p>",
+                "text/html");
+        });
+        if (wantedPort == 0) {
+            port = server.bind_to_any_port("127.0.0.1");
+        } else {
+            port = server.bind_to_port("127.0.0.1", wantedPort) ? wantedPort : -1;
+        }
+        if (port < 0) {
+            return -1;
+        }
+        thread = std::thread([this] { server.listen_after_bind(); });
+        return port;
+    }
+
+    void Publish(const json& update) {
+        const std::string event =
+            "data: " + update.dump(-1, ' ', false, json::error_handler_t::replace) + "\n\n";
+        {
+            const std::lock_guard lock(mutex);
+            for (Subscriber* subscriber : subscribers) {
+                subscriber->events.push_back(event);
+                if (subscriber->events.size() > kMaxQueuedUpdates) {
+                    subscriber->events.pop_front();
+                }
+            }
+        }
+        changed.notify_all();
+    }
+
+    void Stop() {
+        stopping = true;
+        changed.notify_all();
+        server.stop();
+        if (thread.joinable()) {
+            thread.join();
+        }
+    }
+
+private:
+    bool IsAllowed(const httplib::Request& request) const {
+        const std::string given = request.has_param("token") ? request.get_param_value("token")
+                                                             : request.get_header_value("X-Vantel-Token");
+        if (given != token) {
+            return false;
+        }
+        // A page elsewhere can make a browser send requests here; only the session's own names pass.
+        const std::string self = std::to_string(port);
+        const std::string host = request.get_header_value("Host");
+        if (host != "127.0.0.1:" + self && host != "localhost:" + self) {
+            return false;
+        }
+        const std::string origin = request.get_header_value("Origin");
+        return origin.empty() || origin == "http://127.0.0.1:" + self || origin == "http://localhost:" + self;
+    }
+
+    void HandleApi(const httplib::Request& request, httplib::Response& response) {
+        json parsed = json::parse(request.body, nullptr, false);
+        if (parsed.is_discarded()) {
+            Reply(response, 400, {{"ok", false}, {"error", "the request is not valid JSON"}});
+            return;
+        }
+        if (stopping) {
+            Reply(response, 503, {{"ok", false}, {"error", "the session is ending"}});
+            return;
+        }
+        Reply(response, 200, handler(std::move(parsed)));
+    }
+
+    void OpenStream(httplib::Response& response) {
+        auto subscriber = std::make_shared<Subscriber>();
+        {
+            const std::lock_guard lock(mutex);
+            subscribers.push_back(subscriber.get());
+        }
+        response.set_header("Cache-Control", "no-store");
+        response.set_chunked_content_provider(
+            "text/event-stream",
+            [this, subscriber](std::size_t, httplib::DataSink& sink) {
+                std::unique_lock lock(mutex);
+                changed.wait_for(lock, kStreamPoll, [&] { return stopping || !subscriber->events.empty(); });
+                if (stopping) {
+                    return false;
+                }
+                std::deque<std::string> events;
+                events.swap(subscriber->events);
+                lock.unlock();
+                if (events.empty()) {
+                    // A comment keeps proxies and the client's timers from closing a quiet stream.
+                    return sink.write(": idle\n\n", 8);
+                }
+                for (const std::string& event : events) {
+                    if (!sink.write(event.data(), event.size())) {
+                        return false;
+                    }
+                }
+                return true;
+            },
+            [this, subscriber](bool) {
+                const std::lock_guard lock(mutex);
+                subscribers.remove(subscriber.get());
+            });
+    }
+
+    std::string token;
+    RequestHandler handler;
+    httplib::Server server;
+    std::thread thread;
+    int port = -1;
+    std::atomic<bool> stopping{false};
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::list<Subscriber*> subscribers;
+};
+
+EditServer::EditServer(std::string token)
+    : implementation(std::make_unique<Implementation>(std::move(token))) {}
+
+EditServer::~EditServer() {
+    Stop();
+}
+
+int EditServer::Start(int port, RequestHandler handler) {
+    return implementation->Start(port, std::move(handler));
+}
+
+void EditServer::Publish(const nlohmann::json& update) {
+    implementation->Publish(update);
+}
+
+void EditServer::Stop() {
+    implementation->Stop();
+}
+
+std::string MakeSessionToken() {
+    std::random_device device;
+    std::string token;
+    static constexpr char kDigits[] = "0123456789abcdef";
+    for (int i = 0; i < 32; ++i) {
+        token += kDigits[device() % 16];
+    }
+    return token;
+}
+
+}  // namespace VantelHost

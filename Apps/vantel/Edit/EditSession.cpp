@@ -1,0 +1,772 @@
+#include "EditSession.h"
+
+#include <chrono>
+#include <optional>
+#include <stdexcept>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <Vantel/Execution/Clock.h>
+#include <Vantel/Execution/Runner.h>
+#include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataInputList.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataTypeInfo.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/Parameter.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
+#include <Vantel/Projects/Transaction.h>
+#include <Vantel/Projects/UndoRedo.h>
+#include <Vantel/Support/Logging.h>
+
+#include "LogTee.h"
+#include "ModelJson.h"
+
+namespace VantelHost {
+namespace {
+
+using nlohmann::json;
+using Clock = std::chrono::steady_clock;
+
+// A request that cannot be carried out; its text is the error reply.
+class RequestError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// Frame updates are for a person watching: more than this many a second is noise.
+constexpr double kFrameUpdatesPerSecond = 30.0;
+
+class FrameClock : public Vantel::Clock {
+public:
+    explicit FrameClock(double fps) : fps(fps) {}
+    void Reset() override {}
+    double GetFirstFrameDuration() const override { return 1.0 / fps; }
+
+private:
+    double fps;
+};
+
+const json& Field(const json& request, const char* name) {
+    const auto found = request.find(name);
+    if (found == request.end()) {
+        throw RequestError(std::string("the request has no '") + name + "'");
+    }
+    return *found;
+}
+
+std::string Text(const json& request, const char* name) {
+    const json& value = Field(request, name);
+    if (!value.is_string()) {
+        throw RequestError(std::string("'") + name + "' must be a string");
+    }
+    return value.get<std::string>();
+}
+
+double Number(const json& value, const char* name) {
+    if (!value.is_number()) {
+        throw RequestError(std::string("'") + name + "' must be a number");
+    }
+    return value.get<double>();
+}
+
+std::size_t Index(const json& request, const char* name) {
+    const json& value = Field(request, name);
+    if (!value.is_number_unsigned() && !(value.is_number_integer() && value.get<std::int64_t>() >= 0)) {
+        throw RequestError(std::string("'") + name + "' must be a whole number, 0 or more");
+    }
+    return value.get<std::size_t>();
+}
+
+bool Flag(const json& request, const char* name) {
+    const auto found = request.find(name);
+    if (found == request.end()) {
+        return false;
+    }
+    if (!found->is_boolean()) {
+        throw RequestError(std::string("'") + name + "' must be true or false");
+    }
+    return found->get<bool>();
+}
+
+glm::vec2 Position(const json& value) {
+    if (!value.is_array() || value.size() != 2) {
+        throw RequestError("'position' must be [x, y]");
+    }
+    return {static_cast<float>(Number(value[0], "position")),
+            static_cast<float>(Number(value[1], "position"))};
+}
+
+json Describe(const Vantel::CommittedTransaction& transaction) {
+    json records = json::array();
+    for (const Vantel::Record& record : transaction.records) {
+        records.push_back(Vantel::DescribeRecord(record));
+    }
+    return {{"name", transaction.name}, {"records", std::move(records)}};
+}
+
+void ForEachParameter(Vantel::Graph& graph, const std::function<void(Vantel::Parameter&)>& visit) {
+    for (Vantel::Operator* op : graph.GetOperators()) {
+        for (Vantel::Parameter* parameter : op->GetAllParameters()) {
+            visit(*parameter);
+        }
+        if (auto* inner = dynamic_cast<Vantel::Graph*>(op)) {
+            ForEachParameter(*inner, visit);
+        }
+    }
+}
+
+}  // namespace
+
+class EditSession::Implementation {
+public:
+    using Handler = json (Implementation::*)(const json&);
+
+    Implementation(Vantel::Project& project, std::filesystem::path file, double fps, const LogTee& log)
+        : project(project),
+          file(std::move(file)),
+          period(1.0 / fps),
+          log(log),
+          runner(std::make_unique<FrameClock>(fps)),
+          savedText(Vantel::Serialization::SerializeProjectText(project)) {
+        runner.SetGraph(project.GetRootGraph());
+    }
+
+    json Handle(const json& request) {
+        json reply = {{"id", request.is_object() && request.contains("id") ? request["id"] : json(nullptr)}};
+        try {
+            if (!request.is_object()) {
+                throw RequestError("a request is a JSON object");
+            }
+            const std::string type = Text(request, "type");
+            const auto handler = Handlers().find(type);
+            if (handler == Handlers().end()) {
+                throw RequestError("unknown request type '" + type + "'");
+            }
+            reply["result"] = (this->*handler->second)(request);
+            reply["ok"] = true;
+        } catch (const std::exception& error) {
+            reply["ok"] = false;
+            reply["error"] = error.what();
+        }
+        return reply;
+    }
+
+    // ---- Reading ----
+
+    json GetTypes(const json&) { return DescribeTypes(); }
+
+    json GetGraph(const json& request) {
+        return DescribeGraph(request.contains("path") ? Find<Vantel::Graph>(request, "path")
+                                                      : *project.GetRootGraph());
+    }
+
+    json GetHistory(const json&) {
+        json undoList = json::array();
+        for (const Vantel::CommittedTransaction& transaction : undo) {
+            undoList.push_back(Describe(transaction));
+        }
+        json redoList = json::array();
+        for (auto it = redo.rbegin(); it != redo.rend(); ++it) {
+            redoList.push_back(Describe(*it));
+        }
+        return {{"undo", std::move(undoList)}, {"redo", std::move(redoList)}};
+    }
+
+    // ---- Operators ----
+
+    json AddOperator(const json& request) {
+        Vantel::Graph& graph =
+            request.contains("graph") ? Find<Vantel::Graph>(request, "graph") : *project.GetRootGraph();
+        const std::string typeName = Text(request, "operatorType");
+        const Vantel::ObjectType* type = Vantel::TypeLibrary::Get()->GetType(typeName);
+        if (type == nullptr || !type->Inherits(Vantel::Operator::Type()) || !type->CanCreate()) {
+            throw RequestError("'" + typeName + "' is not an operator type that can be made");
+        }
+        return Edit("Add " + type->GetDisplayName(), [&] {
+            std::unique_ptr<Vantel::Object> made = type->CreateInstance();
+            auto* op = dynamic_cast<Vantel::Operator*>(made.get());
+            if (op == nullptr) {
+                throw RequestError("'" + typeName + "' did not make an operator");
+            }
+            made.release();
+            std::unique_ptr<Vantel::Operator> owned(op);
+            if (request.contains("name")) {
+                op->SetName(Text(request, "name"));
+            }
+            graph.AddOperator(std::move(owned));
+            if (request.contains("position")) {
+                op->SetPosition(Position(request["position"]));
+            }
+            return json{{"path", op->GetPath().ToString()}};
+        });
+    }
+
+    json RemoveOperator(const json& request) {
+        Vantel::Operator& op = Find<Vantel::Operator>(request, "path");
+        Vantel::Graph* graph = op.GetGraph();
+        if (graph == nullptr) {
+            throw RequestError("the project's root graph cannot be removed");
+        }
+        return Edit("Remove " + Name(op), [&] {
+            graph->RemoveOperator(&op);
+            return json::object();
+        });
+    }
+
+    json MoveOperator(const json& request) {
+        Vantel::Operator& op = Find<Vantel::Operator>(request, "path");
+        const glm::vec2 position = Position(Field(request, "position"));
+        return Edit("Move " + Name(op), [&] {
+            op.SetPosition(position);
+            return json::object();
+        });
+    }
+
+    json RenameOperator(const json& request) {
+        Vantel::Operator& op = Find<Vantel::Operator>(request, "path");
+        const std::string name = Text(request, "name");
+        return Edit("Rename " + Name(op), [&] {
+            op.SetName(name);
+            return json{{"path", op.GetPath().ToString()}};
+        });
+    }
+
+    // ---- Connections ----
+
+    json ConnectData(const json& request) {
+        Vantel::DataOutput& output = Find<Vantel::DataOutput>(request, "output");
+        Vantel::Graph& graph = GraphOf(output.GetOperator());
+        Vantel::Object& target = Find<Vantel::Object>(request, "input");
+        const bool replace = Flag(request, "replace");
+        return Edit("Connect " + output.GetName(), [&] {
+            if (auto* list = dynamic_cast<Vantel::DataInputList*>(&target)) {
+                Vantel::DataInput* made = graph.AddDataConnection(output, *list);
+                if (made == nullptr) {
+                    Refuse("the list does not take this output");
+                }
+                return json{{"input", made->GetPath().ToString()}};
+            }
+            auto* input = dynamic_cast<Vantel::DataInput*>(&target);
+            if (input == nullptr) {
+                throw RequestError(Text(request, "input") + " is neither a data input nor an input list");
+            }
+            const Vantel::DataConnection connection{&output, input};
+            if (!graph.CanAddDataConnection(connection, replace)) {
+                Refuse("the connection is not allowed");
+            }
+            if (replace && input->IsConnected()) {
+                graph.DisconnectDataInput(*input);
+            }
+            if (!graph.AddDataConnection(connection)) {
+                Refuse("the connection is not allowed");
+            }
+            return json{{"input", input->GetPath().ToString()}};
+        });
+    }
+
+    json DisconnectData(const json& request) {
+        Vantel::DataOutput& output = Find<Vantel::DataOutput>(request, "output");
+        Vantel::DataInput& input = Find<Vantel::DataInput>(request, "input");
+        Vantel::Graph& graph = GraphOf(output.GetOperator());
+        return Edit("Disconnect " + output.GetName(), [&] {
+            if (!graph.RemoveDataConnection({&output, &input})) {
+                Refuse("there is no such connection");
+            }
+            return json::object();
+        });
+    }
+
+    json ConnectParameter(const json& request) {
+        Vantel::Parameter& source = Find<Vantel::Parameter>(request, "output");
+        Vantel::Parameter& target = Find<Vantel::Parameter>(request, "input");
+        Vantel::Graph& graph = GraphOf(source.GetOperator());
+        std::vector<Vantel::ComponentLink> links;
+        if (request.contains("links")) {
+            const json& list = request["links"];
+            if (!list.is_array()) {
+                throw RequestError("'links' must be a list of [source, target] component pairs");
+            }
+            for (const json& pair : list) {
+                if (!pair.is_array() || pair.size() != 2 || !pair[0].is_number_integer() ||
+                    !pair[1].is_number_integer()) {
+                    throw RequestError("'links' must be a list of [source, target] component pairs");
+                }
+                links.push_back({pair[0].get<std::int32_t>(), pair[1].get<std::int32_t>()});
+            }
+        } else {
+            links = Vantel::WholeValueLinks(source, target);
+        }
+        const bool replace = Flag(request, "replace");
+        return Edit("Connect " + source.GetName() + " to " + target.GetName(), [&] {
+            if (!graph.AddParameterConnection({&source, &target, links}, replace)) {
+                Refuse("the connection is not allowed");
+            }
+            return json::object();
+        });
+    }
+
+    json DisconnectParameter(const json& request) {
+        Vantel::Parameter& source = Find<Vantel::Parameter>(request, "output");
+        Vantel::Parameter& target = Find<Vantel::Parameter>(request, "input");
+        Vantel::Graph& graph = GraphOf(source.GetOperator());
+        return Edit("Disconnect " + target.GetName(), [&] {
+            if (!graph.RemoveParameterConnection({&source, &target})) {
+                Refuse("there is no such connection");
+            }
+            return json::object();
+        });
+    }
+
+    // ---- Values ----
+
+    json SetValue(const json& request) {
+        Vantel::Parameter& parameter = Find<Vantel::Parameter>(request, "path");
+        const json& value = Field(request, "value");
+        return Edit("Set " + parameter.GetName(), [&] {
+            parameter.DeserializeValue(value);
+            return json{{"value", parameter.SerializeValue()}};
+        });
+    }
+
+    json SetComponent(const json& request) {
+        Vantel::Parameter& parameter = Find<Vantel::Parameter>(request, "path");
+        const std::size_t component = Index(request, "component");
+        const double value = Number(Field(request, "value"), "value");
+        if (!parameter.HasNumericComponents() ||
+            component >= static_cast<std::size_t>(parameter.GetComponentCount())) {
+            throw RequestError(parameter.GetName() + " has no component " + std::to_string(component));
+        }
+        return Edit("Set " + parameter.GetName(), [&] {
+            parameter.SetComponent(static_cast<int>(component), value);
+            return json{{"value", parameter.SerializeValue()}};
+        });
+    }
+
+    // ---- User members, list inputs, bundles ----
+
+    json AddUserPort(const json& request) {
+        Vantel::Graph& graph = Find<Vantel::Graph>(request, "graph");
+        const std::string direction = Text(request, "direction");
+        if (direction != "input" && direction != "output") {
+            throw RequestError("'direction' must be \"input\" or \"output\"");
+        }
+        const bool isInput = direction == "input";
+        const Vantel::ObjectType* type = isInput ? Vantel::DataInput::Type() : Vantel::DataOutput::Type();
+        if (request.contains("dataType")) {
+            const std::string id = Text(request, "dataType");
+            const Vantel::DataTypeInfo* info = Vantel::TypeLibrary::Get()->FindDataTypeById(id);
+            if (info == nullptr) {
+                throw RequestError("no data type '" + id + "'");
+            }
+            type = isInput ? info->inputType : info->outputType;
+        }
+        return Edit("Add " + direction + " to " + Name(graph), [&] {
+            Vantel::DataPort* port = isInput ? static_cast<Vantel::DataPort*>(graph.AddUserDataInput(type))
+                                             : graph.AddUserDataOutput(type);
+            if (port == nullptr) {
+                Refuse("the graph did not take the port");
+            }
+            return json{{"path", port->GetPath().ToString()}};
+        });
+    }
+
+    json AddUserParameter(const json& request) {
+        Vantel::Graph& graph = Find<Vantel::Graph>(request, "graph");
+        const std::string typeName = Text(request, "parameterType");
+        const Vantel::ObjectType* type = Vantel::TypeLibrary::Get()->GetType(typeName);
+        if (type == nullptr || !type->Inherits(Vantel::Parameter::Type())) {
+            throw RequestError("'" + typeName + "' is not a parameter type");
+        }
+        const bool output = Flag(request, "output");
+        return Edit("Add parameter to " + Name(graph), [&] {
+            Vantel::Parameter* parameter = graph.AddUserParameter(type, output);
+            if (parameter == nullptr) {
+                Refuse("the graph did not take the parameter");
+            }
+            return json{{"path", parameter->GetPath().ToString()}};
+        });
+    }
+
+    json MoveListInput(const json& request) {
+        Vantel::DataInput& input = Find<Vantel::DataInput>(request, "path");
+        const std::size_t index = Index(request, "index");
+        Vantel::DataInputList* list = input.GetList();
+        if (list == nullptr) {
+            throw RequestError(Text(request, "path") + " is not in an input list");
+        }
+        return Edit("Move " + input.GetName(), [&] {
+            if (!list->MoveInput(&input, index)) {
+                Refuse("the input cannot move to " + std::to_string(index));
+            }
+            return json::object();
+        });
+    }
+
+    // A list input lives as long as its connection: removing it is disconnecting it.
+    json RemoveListInput(const json& request) {
+        Vantel::DataInput& input = Find<Vantel::DataInput>(request, "path");
+        if (input.GetList() == nullptr) {
+            throw RequestError(Text(request, "path") + " is not in an input list");
+        }
+        if (!input.IsConnected()) {
+            throw RequestError("the list's spare input stays");
+        }
+        Vantel::Graph& graph = GraphOf(input.GetOperator());
+        return Edit("Remove " + input.GetName(), [&] {
+            graph.DisconnectDataInput(input);
+            return json::object();
+        });
+    }
+
+    json AddBundle(const json& request) {
+        auto& list = Find<Vantel::ParameterBundleList>(request, "list");
+        const std::string kind = request.contains("kind") ? Text(request, "kind") : std::string();
+        return Edit("Add " + (kind.empty() ? std::string("bundle") : kind), [&] {
+            Vantel::ParameterBundle* bundle = list.CreateBundle(kind, "");
+            if (bundle == nullptr) {
+                Refuse("the list makes no bundle of kind '" + kind + "'");
+            }
+            return json{{"path", bundle->GetPath().ToString()}};
+        });
+    }
+
+    json RemoveBundle(const json& request) {
+        auto& bundle = Find<Vantel::ParameterBundle>(request, "path");
+        auto* list = dynamic_cast<Vantel::ParameterBundleList*>(bundle.GetParent());
+        if (list == nullptr) {
+            throw RequestError(Text(request, "path") + " is not in a bundle list");
+        }
+        return Edit("Remove bundle", [&] {
+            if (!list->RemoveBundle(&bundle)) {
+                Refuse("the bundle cannot be removed");
+            }
+            return json::object();
+        });
+    }
+
+    json MoveBundle(const json& request) {
+        auto& bundle = Find<Vantel::ParameterBundle>(request, "path");
+        auto* list = dynamic_cast<Vantel::ParameterBundleList*>(bundle.GetParent());
+        const std::size_t index = Index(request, "index");
+        if (list == nullptr) {
+            throw RequestError(Text(request, "path") + " is not in a bundle list");
+        }
+        return Edit("Move bundle", [&] {
+            if (!list->MoveBundle(&bundle, index)) {
+                Refuse("the bundle cannot move to " + std::to_string(index));
+            }
+            return json::object();
+        });
+    }
+
+    // ---- History ----
+
+    json Undo(const json&) {
+        if (undo.empty()) {
+            throw RequestError("there is nothing to undo");
+        }
+        Vantel::CommittedTransaction transaction = std::move(undo.back());
+        undo.pop_back();
+        const bool replayed = Vantel::UndoTransaction(project, transaction);
+        json result = {{"name", transaction.name}, {"replayed", replayed}};
+        redo.push_back(std::move(transaction));
+        ModelChanged({{"event", "changed"}, {"undone", result["name"]}});
+        return result;
+    }
+
+    json Redo(const json&) {
+        if (redo.empty()) {
+            throw RequestError("there is nothing to redo");
+        }
+        Vantel::CommittedTransaction transaction = std::move(redo.back());
+        redo.pop_back();
+        const bool replayed = Vantel::ApplyTransaction(project, transaction);
+        json result = {{"name", transaction.name}, {"replayed", replayed}};
+        undo.push_back(std::move(transaction));
+        ModelChanged({{"event", "changed"}, {"redone", result["name"]}});
+        return result;
+    }
+
+    // ---- Session ----
+
+    json Save(const json&) {
+        SaveTo(file);
+        return {{"file", file.string()}};
+    }
+
+    json Run(const json&) {
+        running = true;
+        nextFrame = Clock::now();
+        PublishState();
+        return StateJson();
+    }
+
+    json Pause(const json&) {
+        running = false;
+        PublishState();
+        return StateJson();
+    }
+
+    json Step(const json&) {
+        if (running) {
+            throw RequestError("step while paused");
+        }
+        RunFrame();
+        PublishState();
+        return StateJson();
+    }
+
+    json GetState(const json&) { return StateJson(); }
+
+    // ---- Frames ----
+
+    double RunDueFrame() {
+        if (!running) {
+            return 0.1;
+        }
+        const Clock::time_point now = Clock::now();
+        if (now < nextFrame) {
+            return std::chrono::duration<double>(nextFrame - now).count();
+        }
+        RunFrame();
+        nextFrame += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(period));
+        if (nextFrame < now) {  // late: start counting again rather than run frames back to back
+            nextFrame = now;
+        }
+        return 0.0;
+    }
+
+    void RunFrame() {
+        runner.WaitForTick();
+        const Clock::time_point start = Clock::now();
+        try {
+            runner.Execute();
+        } catch (const std::exception& error) {
+            running = false;
+            Vantel::LogError(std::string("The frame failed and the session paused: ") + error.what());
+            PublishState();
+        }
+        lastFrameMilliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    }
+
+    void PublishFrameUpdate() {
+        const Clock::time_point now = Clock::now();
+        if (!publisher || runner.GetFrameNumber() == publishedFrame ||
+            now - lastFrameUpdate < std::chrono::duration<double>(1.0 / kFrameUpdatesPerSecond)) {
+            return;
+        }
+        lastFrameUpdate = now;
+        publishedFrame = runner.GetFrameNumber();
+        json values = json::object();
+        ForEachParameter(*project.GetRootGraph(), [&](Vantel::Parameter& parameter) {
+            json value = DescribeValue(parameter);
+            json& known = lastValues[&parameter];
+            if (known != value) {
+                values[parameter.GetPath().ToString()] = value;
+                known = std::move(value);
+            }
+        });
+        const unsigned long long operatorsRun = runner.GetOperatorsRun();
+        publisher({{"event", "frame"},
+                   {"frame", runner.GetFrameNumber()},
+                   {"time", runner.GetTime()},
+                   {"frameMilliseconds", lastFrameMilliseconds},
+                   {"operatorsRun", operatorsRun - publishedOperatorsRun},
+                   {"values", std::move(values)}});
+        publishedOperatorsRun = operatorsRun;
+    }
+
+    void SaveTo(const std::filesystem::path& target) {
+        project.Serialize(target.string());
+        if (target == file) {
+            savedText = Vantel::Serialization::SerializeProjectText(project);
+        }
+    }
+
+    bool HasUnsavedChanges() const {
+        return Vantel::Serialization::SerializeProjectText(project) != savedText;
+    }
+
+    std::function<void(const json&)> publisher;
+
+private:
+    static const std::unordered_map<std::string, Handler>& Handlers() {
+        static const std::unordered_map<std::string, Handler> handlers = {
+            {"getTypes", &Implementation::GetTypes},
+            {"getGraph", &Implementation::GetGraph},
+            {"getHistory", &Implementation::GetHistory},
+            {"getState", &Implementation::GetState},
+            {"addOperator", &Implementation::AddOperator},
+            {"removeOperator", &Implementation::RemoveOperator},
+            {"moveOperator", &Implementation::MoveOperator},
+            {"renameOperator", &Implementation::RenameOperator},
+            {"connectData", &Implementation::ConnectData},
+            {"disconnectData", &Implementation::DisconnectData},
+            {"connectParameter", &Implementation::ConnectParameter},
+            {"disconnectParameter", &Implementation::DisconnectParameter},
+            {"setValue", &Implementation::SetValue},
+            {"setComponent", &Implementation::SetComponent},
+            {"addUserPort", &Implementation::AddUserPort},
+            {"addUserParameter", &Implementation::AddUserParameter},
+            {"moveListInput", &Implementation::MoveListInput},
+            {"removeListInput", &Implementation::RemoveListInput},
+            {"addBundle", &Implementation::AddBundle},
+            {"removeBundle", &Implementation::RemoveBundle},
+            {"moveBundle", &Implementation::MoveBundle},
+            {"undo", &Implementation::Undo},
+            {"redo", &Implementation::Redo},
+            {"save", &Implementation::Save},
+            {"run", &Implementation::Run},
+            {"pause", &Implementation::Pause},
+            {"step", &Implementation::Step},
+        };
+        return handlers;
+    }
+
+    template <typename T>
+    T& Find(const json& request, const char* field) {
+        const std::string text = Text(request, field);
+        const std::optional<Vantel::Path> path = Vantel::Path::Parse(text);
+        if (!path || !path->IsAbsolute()) {
+            throw RequestError(std::string("'") + field + "' is not an absolute path: '" + text + "'");
+        }
+        Vantel::Object* object = project.Resolve(*path);
+        if (object == nullptr) {
+            throw RequestError("nothing answers to " + text);
+        }
+        T* typed = dynamic_cast<T*>(object);
+        if (typed == nullptr) {
+            throw RequestError(text + " is a " + object->GetType()->GetName() + ", not a " +
+                               T::Type()->GetName());
+        }
+        return *typed;
+    }
+
+    static Vantel::Graph& GraphOf(Vantel::Operator* op) {
+        if (op == nullptr || op->GetGraph() == nullptr) {
+            throw RequestError("the port's operator is in no graph");
+        }
+        return *op->GetGraph();
+    }
+
+    static std::string Name(Vantel::Operator& op) {
+        return op.GetName().empty() ? op.GetKey() : op.GetName();
+    }
+
+    // Throws the refusal, with the lines the library logged since the edit began as its reason.
+    [[noreturn]] void Refuse(const std::string& what) {
+        std::string text = what;
+        for (const std::string& line : log.LinesSince(editStartLine)) {
+            text += "\n" + line;
+        }
+        throw RequestError(text);
+    }
+
+    // Runs `change` in one transaction. A change that throws is rolled back: what it recorded is undone.
+    json Edit(const std::string& name, const std::function<json()>& change) {
+        editStartLine = log.GetNextLineNumber();
+        json result;
+        std::optional<std::string> failure;
+        std::optional<Vantel::CommittedTransaction> done;
+        {
+            Vantel::Transaction transaction(name);
+            try {
+                result = change();
+            } catch (const std::exception& error) {
+                failure = error.what();
+            }
+            done = transaction.Commit();
+        }
+        if (failure) {
+            if (done) {
+                Vantel::UndoTransaction(project, *done);
+            }
+            throw RequestError(*failure);
+        }
+        if (done) {
+            json update = {{"event", "changed"}, {"transaction", Describe(*done)}};
+            undo.push_back(std::move(*done));
+            redo.clear();
+            ModelChanged(std::move(update));
+        }
+        return result;
+    }
+
+    void ModelChanged(json update) {
+        lastValues.clear();
+        if (publisher) {
+            publisher(update);
+        }
+    }
+
+    json StateJson() const {
+        return {{"running", running},
+                {"frame", runner.GetFrameNumber()},
+                {"time", runner.GetTime()},
+                {"canUndo", !undo.empty()},
+                {"canRedo", !redo.empty()}};
+    }
+
+    void PublishState() {
+        if (publisher) {
+            json update = StateJson();
+            update["event"] = "state";
+            publisher(update);
+        }
+    }
+
+    Vantel::Project& project;
+    std::filesystem::path file;
+    double period;
+    const LogTee& log;
+    Vantel::Runner runner;
+    std::string savedText;
+    std::vector<Vantel::CommittedTransaction> undo;
+    std::vector<Vantel::CommittedTransaction> redo;
+    bool running = true;
+    Clock::time_point nextFrame = Clock::now();
+    double lastFrameMilliseconds = 0.0;
+    std::uint64_t editStartLine = 0;
+    Clock::time_point lastFrameUpdate{};
+    unsigned long long publishedFrame = 0;
+    unsigned long long publishedOperatorsRun = 0;
+    std::unordered_map<const Vantel::Parameter*, json> lastValues;
+};
+
+EditSession::EditSession(Vantel::Project& project, std::filesystem::path file, double fps, const LogTee& log)
+    : implementation(std::make_unique<Implementation>(project, std::move(file), fps, log)) {}
+
+EditSession::~EditSession() = default;
+
+nlohmann::json EditSession::Handle(const nlohmann::json& request) {
+    return implementation->Handle(request);
+}
+
+void EditSession::SetPublisher(std::function<void(const nlohmann::json&)> publisher) {
+    implementation->publisher = std::move(publisher);
+}
+
+double EditSession::RunDueFrame() {
+    return implementation->RunDueFrame();
+}
+
+void EditSession::PublishFrameUpdate() {
+    implementation->PublishFrameUpdate();
+}
+
+bool EditSession::HasUnsavedChanges() const {
+    return implementation->HasUnsavedChanges();
+}
+
+void EditSession::SaveTo(const std::filesystem::path& file) {
+    implementation->SaveTo(file);
+}
+
+}  // namespace VantelHost

@@ -1,0 +1,252 @@
+// End-to-end tests of `vantel edit`: a real session driven over its socket by a scripted client.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "EditClient.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using EditTesting::EditProcess;
+using EditTesting::EventReader;
+using nlohmann::json;
+
+const fs::path kHost = VANTEL_HOST_PATH;
+const fs::path kExamples = VANTEL_EXAMPLES_DIR;
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// The bundled example in a folder of its own, so that saving writes nowhere else.
+class EditSession : public ::testing::Test {
+protected:
+    EditSession() {
+        folder = fs::temp_directory_path() / ("vantel-edit-" + std::to_string(std::random_device()()));
+        fs::create_directories(folder);
+        fs::copy(kExamples / "ImagePipeline", folder, fs::copy_options::recursive);
+        project = folder / "ImagePipeline.json";
+    }
+    ~EditSession() override { fs::remove_all(folder); }
+
+    // Saves and returns the bytes written.
+    std::string Save(EditProcess& session) {
+        EXPECT_EQ(session.Request({{"type", "save"}})["ok"], true);
+        return ReadFile(project);
+    }
+
+    static json Ok(EditProcess& session, const json& request) {
+        json reply = session.Request(request);
+        EXPECT_EQ(reply["ok"], true) << request.dump() << " -> " << reply.dump();
+        return reply["result"];
+    }
+
+    static std::string FindOperator(EditProcess& session, const std::string& type) {
+        const json graph = Ok(session, {{"type", "getGraph"}});
+        for (const json& op : graph["operators"]) {
+            if (op["type"] == type) {
+                return op["path"];
+            }
+        }
+        return "";
+    }
+
+    fs::path folder;
+    fs::path project;
+};
+
+TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
+    EditProcess session(kHost, project);
+    EventReader events(session.GetPort(), session.GetToken());
+    const std::string before = Save(session);
+
+    // An editor's "add node", then a connection into it and a value that changes what the frames compute.
+    const std::string sum = Ok(session, {{"type", "addOperator"},
+                                         {"operatorType", "Standard.Math.Arithmetic"},
+                                         {"name", "Sum"},
+                                         {"position", {40, 80}}})["path"];
+    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
+    ASSERT_FALSE(oscillator.empty());
+    Ok(session, {{"type", "connectData"}, {"output", oscillator + "/Signal"}, {"input", sum + "/A"}});
+    Ok(session, {{"type", "setValue"}, {"path", sum + "/Value B"}, {"value", 1000.0}});
+    const json update = events.WaitFor(
+        [&](const json& event) {
+            return event["event"] == "frame" && event["values"].contains(sum + "/Value") &&
+                   event["values"][sum + "/Value"].get<double>() > 998.0;
+        },
+        10.0);
+    EXPECT_FALSE(update.is_null()) << "no frame showed the sum with the new value";
+    const std::string after = Save(session);
+    EXPECT_NE(after, before);
+
+    const json history = Ok(session, {{"type", "getHistory"}});
+    ASSERT_EQ(history["undo"].size(), 3u);
+    EXPECT_EQ(history["undo"][1]["records"][0], "Connect " + oscillator + "/Signal to " + sum + "/A");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
+    }
+    EXPECT_EQ(session.Request({{"type", "undo"}})["error"], "there is nothing to undo");
+    EXPECT_EQ(Save(session), before);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(Ok(session, {{"type", "redo"}})["replayed"], true);
+    }
+    EXPECT_EQ(Save(session), after);
+    EXPECT_EQ(session.Stop(), 0);
+
+    const std::string check = "cd '" + folder.string() + "' && '" + kHost.string() + "' check " +
+                              project.string() + " >/dev/null 2>&1";
+    EXPECT_EQ(std::system(check.c_str()), 0);
+}
+
+TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
+    EditProcess session(kHost, project);
+    const std::string before = Save(session);
+    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
+    const struct {
+        json request;
+        std::string error;
+    } rows[] = {
+        {{{"type", "removeOperator"}, {"path", "/Nobody"}}, "nothing answers to /Nobody"},
+        {{{"type", "moveOperator"}, {"path", oscillator}, {"position", "left"}}, "'position' must be [x, y]"},
+        {{{"type", "addOperator"}, {"operatorType", "Vantel.FloatParameter"}},
+         "'Vantel.FloatParameter' is not an operator type that can be made"},
+        {{{"type", "setValue"}, {"path", oscillator + "/Frequency"}, {"value", "fast"}},
+         "[json.exception.type_error.302] type must be number, but is string"},
+        {{{"type", "connectData"}, {"output", oscillator + "/Signal"}, {"input", oscillator + "/Frequency"}},
+         oscillator + "/Frequency is neither a data input nor an input list"},
+        {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
+    };
+    for (const auto& row : rows) {
+        const json reply = session.Request(row.request);
+        EXPECT_EQ(reply["ok"], false) << row.request.dump();
+        EXPECT_EQ(reply["error"], row.error) << row.request.dump();
+    }
+    EXPECT_TRUE(Ok(session, {{"type", "getHistory"}})["undo"].empty());
+    EXPECT_EQ(Save(session), before);
+}
+
+TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
+    EditProcess session(kHost, project);
+    const std::string own = "http://127.0.0.1:" + std::to_string(session.GetPort());
+    const std::string body = R"({"type": "getState"})";
+    EXPECT_EQ(session.Post(body, session.GetToken()), 200);
+    EXPECT_EQ(session.Post(body, session.GetToken(), own), 200);
+    EXPECT_EQ(session.Post(body, ""), 403);
+    EXPECT_EQ(session.Post(body, session.GetToken() + "0"), 403);
+    EXPECT_EQ(session.Post(body, session.GetToken(), "http://example.com"), 403);
+    EXPECT_EQ(session.Post(body, session.GetToken(), "", "attacker.example:80"), 403);
+    EXPECT_EQ(session.Post(std::string(5 * 1024 * 1024, ' '), session.GetToken()), 413);
+    EXPECT_EQ(session.Post("{\"type\": ", session.GetToken()), 400);
+    EXPECT_EQ(session.Request({{"type", "getState"}})["ok"], true);
+}
+
+TEST_F(EditSession, CtrlCKeepsUnsavedWorkInARecoveryFile) {
+    EditProcess session(kHost, project);
+    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
+    Ok(session, {{"type", "renameOperator"}, {"path", oscillator}, {"name", "Wobble"}});
+    EXPECT_EQ(session.Stop(), 0);
+    const fs::path recovery = folder / "ImagePipeline.recovery.json";
+    EXPECT_NE(session.GetOutput().find("unsaved changes kept in " + recovery.string()), std::string::npos)
+        << session.GetOutput();
+    EXPECT_NE(ReadFile(recovery).find("\"Wobble\""), std::string::npos);
+}
+
+TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
+    const fs::path fresh = folder / "Fresh.json";
+    EditProcess session(kHost, fresh);
+    EXPECT_TRUE(Ok(session, {{"type", "getGraph"}})["operators"].empty());
+    Ok(session, {{"type", "addOperator"}, {"operatorType", "Vantel.General.Graph"}});
+    Ok(session, {{"type", "save"}});
+    EXPECT_NE(ReadFile(fresh).find("Vantel.General.Graph"), std::string::npos);
+}
+
+// Random and malformed messages: every reply is well-formed, and afterwards undoing every accepted edit gives
+// the first saved bytes back, and redoing them the last, so the history and the model never drifted.
+TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
+    EditProcess session(kHost, project);
+    const std::string before = Save(session);
+    std::mt19937 random(20261124);
+    const auto pick = [&random](const auto& items) { return items[random() % items.size()]; };
+    const std::vector<std::string> types = {"addOperator",
+                                            "removeOperator",
+                                            "moveOperator",
+                                            "renameOperator",
+                                            "connectData",
+                                            "disconnectData",
+                                            "connectParameter",
+                                            "disconnectParameter",
+                                            "setValue",
+                                            "setComponent",
+                                            "addUserPort",
+                                            "addUserParameter",
+                                            "moveListInput",
+                                            "removeListInput",
+                                            "addBundle",
+                                            "removeBundle",
+                                            "moveBundle",
+                                            "getGraph",
+                                            "bogus"};
+    const std::vector<std::string> operatorTypes = {"Standard.Math.Arithmetic", "Standard.Math.Oscillator",
+                                                    "Standard.Image.Invert", "Vantel.General.Graph", "Nope"};
+    const std::vector<json> values = {1.5, -2, "text", nullptr, json::array({1, 2}), json::object(), true};
+    int accepted = 0;
+    for (int message = 0; message < 1500; ++message) {
+        // The paths of the moment: every operator, port and parameter of the root graph.
+        std::vector<std::string> paths = {"/", "/Nobody", "relative", ""};
+        if (message % 25 == 0 || paths.size() < 8) {
+            const json graph = Ok(session, {{"type", "getGraph"}});
+            for (const json& op : graph["operators"]) {
+                paths.push_back(op["path"]);
+                for (const char* group : {"inputs", "outputs", "parameters"}) {
+                    for (const json& member : op[group]) {
+                        paths.push_back(member["path"]);
+                    }
+                }
+            }
+        }
+        json request = {{"id", message}, {"type", pick(types)}};
+        for (const char* field : {"path", "graph", "output", "input", "list"}) {
+            if (random() % 3 != 0) {
+                request[field] = pick(paths);
+            }
+        }
+        request["operatorType"] = pick(operatorTypes);
+        request["value"] = pick(values);
+        request["name"] = random() % 2 == 0 ? "N" : "Ü\xff";
+        request["position"] = random() % 4 == 0 ? json("x") : json::array({random() % 100, -0.5});
+        request["component"] = random() % 4;
+        request["index"] = random() % 3;
+        request["direction"] = random() % 2 == 0 ? "input" : "output";
+        request["parameterType"] = random() % 2 == 0 ? "Vantel.FloatParameter" : "Vantel.Operator";
+        std::string body = request.dump(-1, ' ', false, json::error_handler_t::replace);
+        if (random() % 10 == 0) {
+            body.resize(random() % body.size());
+        }
+        const int status = session.Post(body, session.GetToken());
+        ASSERT_TRUE(status == 200 || status == 400) << body;
+    }
+    const json history = Ok(session, {{"type", "getHistory"}});
+    accepted = static_cast<int>(history["undo"].size());
+    EXPECT_GT(accepted, 20) << "the random edits hardly ever landed; the test tests little";
+    const std::string after = Save(session);
+    for (int i = 0; i < accepted; ++i) {
+        ASSERT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
+    }
+    EXPECT_EQ(Save(session), before);
+    for (int i = 0; i < accepted; ++i) {
+        ASSERT_EQ(Ok(session, {{"type", "redo"}})["replayed"], true);
+    }
+    EXPECT_EQ(Save(session), after);
+}
+
+}  // namespace
