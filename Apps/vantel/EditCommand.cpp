@@ -79,7 +79,12 @@ int EditCommand(const Arguments& arguments) {
     EditServer server(token);
     Wakeup wakeup;
     std::atomic<bool> ending{false};
-    const int port = server.Start(arguments.port, [&](json request) -> json {
+    // A client that opens the event stream gets every value and preview with the next frame update.
+    const auto subscribed = [&edit, &wakeup] {
+        Vantel::Tasks::RunOnMainThread([&edit] { edit.ResendAll(); });
+        wakeup.Notify();
+    };
+    const auto handle = [&](json request) -> json {
         auto reply = std::make_shared<std::promise<json>>();
         std::future<json> answer = reply->get_future();
         Vantel::Tasks::RunOnMainThread(
@@ -91,7 +96,8 @@ int EditCommand(const Arguments& arguments) {
             }
         }
         return answer.get();
-    });
+    };
+    const int port = server.Start(arguments.port, handle, subscribed);
     if (port < 0) {
         Fail(kExitFailed, "could not listen on 127.0.0.1:" + std::to_string(arguments.port));
     }

@@ -37,8 +37,9 @@ class EditServer::Implementation {
 public:
     explicit Implementation(std::string token) : token(std::move(token)) {}
 
-    int Start(int wantedPort, RequestHandler newHandler) {
+    int Start(int wantedPort, RequestHandler newHandler, std::function<void()> newSubscribed) {
         handler = std::move(newHandler);
+        subscribed = std::move(newSubscribed);
         server.set_payload_max_length(kMaxRequestBytes);
         server.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
             if (!IsAllowed(request)) {
@@ -131,6 +132,9 @@ private:
             const std::lock_guard lock(mutex);
             subscribers.push_back(subscriber.get());
         }
+        if (subscribed) {
+            subscribed();
+        }
         response.set_header("Cache-Control", "no-store");
         response.set_chunked_content_provider(
             "text/event-stream",
@@ -162,6 +166,7 @@ private:
 
     std::string token;
     RequestHandler handler;
+    std::function<void()> subscribed;
     httplib::Server server;
     std::thread thread;
     int port = -1;
@@ -178,8 +183,8 @@ EditServer::~EditServer() {
     Stop();
 }
 
-int EditServer::Start(int port, RequestHandler handler) {
-    return implementation->Start(port, std::move(handler));
+int EditServer::Start(int port, RequestHandler handler, std::function<void()> subscribed) {
+    return implementation->Start(port, std::move(handler), std::move(subscribed));
 }
 
 void EditServer::Publish(const nlohmann::json& update) {

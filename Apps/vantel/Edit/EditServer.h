@@ -33,8 +33,8 @@ public:
     EditServer& operator=(const EditServer&) = delete;
 
     // Binds to `port` (0: a free one) and serves on a thread of its own. Returns the port, or -1 when the
-    // port could not be bound.
-    int Start(int port, RequestHandler handler);
+    // port could not be bound. `subscribed` runs on a server thread when an event stream opens.
+    int Start(int port, RequestHandler handler, std::function<void()> subscribed);
     // Queues `update` for every open event stream. Thread-safe.
     void Publish(const nlohmann::json& update);
     // Ends the event streams and stops serving; waits for the server's threads.

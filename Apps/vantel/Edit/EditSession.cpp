@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
@@ -11,6 +12,7 @@
 #include <Vantel/Execution/Runner.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataOutput.h>
@@ -19,6 +21,7 @@
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
@@ -27,6 +30,7 @@
 
 #include "LogTee.h"
 #include "ModelJson.h"
+#include "Preview.h"
 
 namespace VantelHost {
 namespace {
@@ -42,6 +46,8 @@ public:
 
 // Frame updates are for a person watching: more than this many a second is noise.
 constexpr double kFrameUpdatesPerSecond = 30.0;
+// Pictures cost more to make and send than numbers, and change the view less.
+constexpr double kPreviewsPerSecond = 4.0;
 
 class FrameClock : public Vantel::Clock {
 public:
@@ -111,13 +117,11 @@ json Describe(const Vantel::CommittedTransaction& transaction) {
     return {{"name", transaction.name}, {"records", std::move(records)}};
 }
 
-void ForEachParameter(Vantel::Graph& graph, const std::function<void(Vantel::Parameter&)>& visit) {
+void ForEachOperator(Vantel::Graph& graph, const std::function<void(Vantel::Operator&)>& visit) {
     for (Vantel::Operator* op : graph.GetOperators()) {
-        for (Vantel::Parameter* parameter : op->GetAllParameters()) {
-            visit(*parameter);
-        }
+        visit(*op);
         if (auto* inner = dynamic_cast<Vantel::Graph*>(op)) {
-            ForEachParameter(*inner, visit);
+            ForEachOperator(*inner, visit);
         }
     }
 }
@@ -466,6 +470,127 @@ public:
         });
     }
 
+    // ---- Copy and paste ----
+
+    // The operators named by "paths", all of one graph, with the connections among them: what "paste" takes.
+    json Copy(const json& request) {
+        const json& paths = Field(request, "paths");
+        if (!paths.is_array() || paths.empty()) {
+            throw RequestError("'paths' must be a list of operator paths");
+        }
+        std::set<const Vantel::Operator*> selected;
+        Vantel::Graph* graph = nullptr;
+        json operators = json::array();
+        for (const json& path : paths) {
+            if (!path.is_string()) {
+                throw RequestError("'paths' must be a list of operator paths");
+            }
+            Vantel::Operator& op = FindPath<Vantel::Operator>(path.get<std::string>());
+            if (op.GetGraph() == nullptr || (graph != nullptr && op.GetGraph() != graph)) {
+                throw RequestError("the operators to copy must be of one graph");
+            }
+            graph = op.GetGraph();
+            if (selected.insert(&op).second) {
+                operators.push_back(Vantel::Serialization::SerializeOperator(op));
+            }
+        }
+        std::vector<Vantel::DataConnection> data;
+        for (const Vantel::DataConnection& connection : graph->GetDataConnections()) {
+            if (selected.contains(connection.output->GetOperator()) &&
+                selected.contains(connection.input->GetOperator())) {
+                data.push_back(connection);
+            }
+        }
+        Vantel::ParameterConnectionMap parameters;
+        for (const auto& [endpoints, links] : graph->GetParameterConnections()) {
+            if (selected.contains(endpoints.source->GetOperator()) &&
+                selected.contains(endpoints.target->GetOperator())) {
+                parameters.emplace(endpoints, links);
+            }
+        }
+        return {{"operators", std::move(operators)},
+                {"dataConnections", Vantel::Serialization::SerializeDataConnections(data)},
+                {"parameterConnections", Vantel::Serialization::SerializeParameterConnections(parameters)}};
+    }
+
+    // What "copy" gave, made again in "graph" under new keys, moved by "offset", with its inner connections.
+    json Paste(const json& request) {
+        Vantel::Graph& graph =
+            request.contains("graph") ? Find<Vantel::Graph>(request, "graph") : *project.GetRootGraph();
+        const json& clipboard = Field(request, "clipboard");
+        if (!clipboard.is_object() || !clipboard.contains("operators") ||
+            !clipboard["operators"].is_array()) {
+            throw RequestError("'clipboard' must be what \"copy\" gave");
+        }
+        const glm::vec2 offset = request.contains("offset") ? Position(request["offset"]) : glm::vec2(0.0f);
+        return Edit("Paste", [&] {
+            Vantel::Deserialization::Context context;
+            std::unordered_map<std::string, std::string> renamed;
+            std::vector<Vantel::Operator*> made;
+            json pasted = json::array();
+            for (const json& entry : clipboard["operators"]) {
+                std::unique_ptr<Vantel::Operator> op;
+                if (entry.is_object()) {
+                    // A graph being built is a model of its own to the recorder, with paths that will not
+                    // exist; the add records the operator whole.
+                    const Vantel::Transaction::SuppressRecording quiet;
+                    op = Vantel::Deserialization::DeserializeOperator(entry, context);
+                }
+                if (op == nullptr) {
+                    Refuse("an operator of the clipboard could not be made");
+                }
+                const std::string key = Vantel::GenerateKey(
+                    Vantel::OperatorKeyBase(*op),
+                    [&graph](std::string_view candidate) { return graph.FindChild(candidate) == nullptr; });
+                renamed[op->GetKey()] = key;
+                op->SetKey(key);
+                op->SetPosition(op->GetPosition() + offset);
+                made.push_back(op.get());
+                graph.AddOperator(std::move(op));
+                pasted.push_back(made.back()->GetPath().ToString());
+            }
+            Vantel::Deserialization::DeserializeDataConnections(
+                Renamed(clipboard, "dataConnections", renamed), graph, context);
+            Vantel::Deserialization::DeserializeParameterConnections(
+                Renamed(clipboard, "parameterConnections", renamed), graph, context);
+            for (Vantel::Operator* op : made) {
+                Vantel::Deserialization::PruneOrphanListInputs(*op);
+            }
+            context.ResolveReferences();
+            return json{{"paths", std::move(pasted)}};
+        });
+    }
+
+    // The connections of `field` with their endpoints' operator keys replaced; one naming an operator that
+    // was not pasted is left out.
+    static json Renamed(const json& clipboard, const char* field,
+                        const std::unordered_map<std::string, std::string>& renamed) {
+        json result = json::array();
+        if (!clipboard.contains(field) || !clipboard[field].is_array()) {
+            return result;
+        }
+        for (json connection : clipboard[field]) {
+            bool inside = connection.is_object();
+            for (const char* end : {"output", "input"}) {
+                if (!inside || !connection.contains(end) || !connection[end].is_string()) {
+                    inside = false;
+                    break;
+                }
+                const std::string path = connection[end].get<std::string>();
+                const auto found = renamed.find(path.substr(0, path.find('/')));
+                if (found == renamed.end()) {
+                    inside = false;
+                    break;
+                }
+                connection[end] = found->second + path.substr(found->first.size());
+            }
+            if (inside) {
+                result.push_back(std::move(connection));
+            }
+        }
+        return result;
+    }
+
     // ---- History ----
 
     json Undo(const json&) {
@@ -564,23 +689,56 @@ public:
         }
         lastFrameUpdate = now;
         publishedFrame = runner.GetFrameNumber();
+        const bool withPreviews =
+            now - lastPreviews >= std::chrono::duration<double>(1.0 / kPreviewsPerSecond);
+        if (withPreviews) {
+            lastPreviews = now;
+        }
         json values = json::object();
-        ForEachParameter(*project.GetRootGraph(), [&](Vantel::Parameter& parameter) {
-            json value = DescribeValue(parameter);
-            json& known = lastValues[&parameter];
-            if (known != value) {
-                values[parameter.GetPath().ToString()] = value;
-                known = std::move(value);
+        json previews = json::object();
+        // Built again from what exists, so that entries of objects an edit or a frame took away go with them.
+        // A new object at a freed address may miss one update; a client reads the graph again after an edit.
+        std::unordered_map<const Vantel::Parameter*, json> known;
+        std::unordered_map<const Vantel::DataOutput*, std::uint64_t> shown;
+        known.swap(lastValues);
+        shown.swap(previewSerials);
+        ForEachOperator(*project.GetRootGraph(), [&](Vantel::Operator& op) {
+            for (Vantel::Parameter* parameter : op.GetAllParameters()) {
+                json value = DescribeValue(*parameter);
+                const auto found = known.find(parameter);
+                if (found == known.end() || found->second != value) {
+                    values[parameter->GetPath().ToString()] = value;
+                }
+                lastValues[parameter] = std::move(value);
+            }
+            for (Vantel::DataOutput* output : op.GetAllDataOutputs()) {
+                const auto found = shown.find(output);
+                previewSerials[output] = found != shown.end() ? found->second : 0;
+                if (withPreviews) {
+                    AddPreview(*output, previews);
+                }
             }
         });
         const unsigned long long operatorsRun = runner.GetOperatorsRun();
-        publisher({{"event", "frame"},
-                   {"frame", runner.GetFrameNumber()},
-                   {"time", runner.GetTime()},
-                   {"frameMilliseconds", lastFrameMilliseconds},
-                   {"operatorsRun", operatorsRun - publishedOperatorsRun},
-                   {"values", std::move(values)}});
+        json update = {{"event", "frame"},
+                       {"frame", runner.GetFrameNumber()},
+                       {"time", runner.GetTime()},
+                       {"frameMilliseconds", lastFrameMilliseconds},
+                       {"operatorsRun", operatorsRun - publishedOperatorsRun},
+                       {"values", std::move(values)}};
+        if (!previews.empty()) {
+            update["previews"] = std::move(previews);
+        }
+        publisher(update);
         publishedOperatorsRun = operatorsRun;
+    }
+
+    // The next frame update sends every value and preview, as for a client that has just connected.
+    void ResendAll() {
+        lastValues.clear();
+        previewSerials.clear();
+        publishedFrame = 0;
+        lastPreviews = {};
     }
 
     void SaveTo(const std::filesystem::path& target) {
@@ -620,6 +778,8 @@ private:
             {"addBundle", &Implementation::AddBundle},
             {"removeBundle", &Implementation::RemoveBundle},
             {"moveBundle", &Implementation::MoveBundle},
+            {"copy", &Implementation::Copy},
+            {"paste", &Implementation::Paste},
             {"undo", &Implementation::Undo},
             {"redo", &Implementation::Redo},
             {"save", &Implementation::Save},
@@ -632,10 +792,14 @@ private:
 
     template <typename T>
     T& Find(const json& request, const char* field) {
-        const std::string text = Text(request, field);
+        return FindPath<T>(Text(request, field));
+    }
+
+    template <typename T>
+    T& FindPath(const std::string& text) {
         const std::optional<Vantel::Path> path = Vantel::Path::Parse(text);
         if (!path || !path->IsAbsolute()) {
-            throw RequestError(std::string("'") + field + "' is not an absolute path: '" + text + "'");
+            throw RequestError("not an absolute path: '" + text + "'");
         }
         Vantel::Object* object = project.Resolve(*path);
         if (object == nullptr) {
@@ -694,13 +858,31 @@ private:
             json update = {{"event", "changed"}, {"transaction", Describe(*done)}};
             undo.push_back(std::move(*done));
             redo.clear();
-            ModelChanged(std::move(update));
+            ModelChanged(update);
         }
         return result;
     }
 
-    void ModelChanged(json update) {
-        lastValues.clear();
+    // A value that is new since the last preview, and can be shown as a picture, is sent as one.
+    void AddPreview(Vantel::DataOutput& output, json& previews) {
+        const std::shared_ptr<Vantel::Data>& data = output.GetData();
+        if (data == nullptr) {
+            return;
+        }
+        std::uint64_t& shown = previewSerials[&output];
+        if (shown == data->GetSerial()) {
+            return;
+        }
+        shown = data->GetSerial();
+        if (const Vantel::Image* image = data->GetPreviewImage()) {
+            std::string preview = MakePreview(*image);
+            if (!preview.empty()) {
+                previews[output.GetPath().ToString()] = std::move(preview);
+            }
+        }
+    }
+
+    void ModelChanged(const json& update) {
         if (publisher) {
             publisher(update);
         }
@@ -735,6 +917,8 @@ private:
     double lastFrameMilliseconds = 0.0;
     std::uint64_t editStartLine = 0;
     Clock::time_point lastFrameUpdate{};
+    Clock::time_point lastPreviews{};
+    std::unordered_map<const Vantel::DataOutput*, std::uint64_t> previewSerials;
     unsigned long long publishedFrame = 0;
     unsigned long long publishedOperatorsRun = 0;
     std::unordered_map<const Vantel::Parameter*, json> lastValues;
@@ -759,6 +943,10 @@ double EditSession::RunDueFrame() {
 
 void EditSession::PublishFrameUpdate() {
     implementation->PublishFrameUpdate();
+}
+
+void EditSession::ResendAll() {
+    implementation->ResendAll();
 }
 
 bool EditSession::HasUnsavedChanges() const {

@@ -41,6 +41,8 @@ public:
     double RunDueFrame();
     // Sends the values that changed since the last frame update, at most `rate` times a second.
     void PublishFrameUpdate();
+    // The next frame update sends every value and preview: for a client that has just connected.
+    void ResendAll();
 
     // True when the project differs from what was last saved or loaded.
     bool HasUnsavedChanges() const;

@@ -1,6 +1,7 @@
 // End-to-end tests of `vantel edit`: a real session driven over its socket by a scripted client.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -108,6 +109,52 @@ TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
     EXPECT_EQ(std::system(check.c_str()), 0);
 }
 
+TEST_F(EditSession, PastedOperatorsGetNewKeysAndKeepTheirInnerConnections) {
+    EditProcess session(kHost, project);
+    const std::string before = Save(session);
+    const json graph = Ok(session, {{"type", "getGraph"}});
+    const std::vector<std::string> chosen = {FindOperator(session, "Standard.Image.LoadImage"),
+                                             FindOperator(session, "Vantel.General.Graph"),
+                                             FindOperator(session, "Standard.Math.Oscillator")};
+    const json clipboard = Ok(session, {{"type", "copy"}, {"paths", chosen}});
+    ASSERT_EQ(clipboard["operators"].size(), 3u);
+    // The save image operator was not copied, so neither is the connection into it.
+    EXPECT_EQ(clipboard["dataConnections"].size(), 1u);
+    EXPECT_EQ(clipboard["parameterConnections"].size(), 1u);
+
+    const json pasted = Ok(session, {{"type", "paste"}, {"clipboard", clipboard}, {"offset", {30, 30}}});
+    ASSERT_EQ(pasted["paths"].size(), 3u);
+    for (const json& path : pasted["paths"]) {
+        EXPECT_EQ(std::find(chosen.begin(), chosen.end(), path.get<std::string>()), chosen.end()) << path;
+    }
+    const json after = Ok(session, {{"type", "getGraph"}});
+    EXPECT_EQ(after["operators"].size(), graph["operators"].size() + 3);
+    EXPECT_EQ(after["dataConnections"].size(), graph["dataConnections"].size() + 1);
+    EXPECT_EQ(after["parameterConnections"].size(), graph["parameterConnections"].size() + 1);
+    const std::string pastedBytes = Save(session);
+
+    Ok(session, {{"type", "undo"}});
+    EXPECT_EQ(Save(session), before);
+    Ok(session, {{"type", "redo"}});
+    EXPECT_EQ(Save(session), pastedBytes);
+}
+
+TEST_F(EditSession, ImageOutputsArriveAsSmallPngPreviews) {
+    EditProcess session(kHost, project);
+    EventReader events(session.GetPort(), session.GetToken());
+    const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
+    const json update = events.WaitFor(
+        [&](const json& event) {
+            return event.contains("previews") && event["previews"].contains(loader + "/Image");
+        },
+        10.0);
+    ASSERT_FALSE(update.is_null()) << "no preview of the loaded picture arrived";
+    // "iVBORw0KGgo" is the PNG signature in base64.
+    EXPECT_EQ(update["previews"][loader + "/Image"].get<std::string>().rfind(
+                  "data:image/png;base64,iVBORw0KGgo", 0),
+              0u);
+}
+
 TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
     EditProcess session(kHost, project);
     const std::string before = Save(session);
@@ -200,6 +247,7 @@ TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
                                                     "Standard.Image.Invert", "Vantel.General.Graph", "Nope"};
     const std::vector<json> values = {1.5, -2, "text", nullptr, json::array({1, 2}), json::object(), true};
     int accepted = 0;
+    json clipboard = json::object();
     for (int message = 0; message < 1500; ++message) {
         // The paths of the moment: every operator, port and parameter of the root graph.
         std::vector<std::string> paths = {"/", "/Nobody", "relative", ""};
@@ -214,7 +262,13 @@ TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
                 }
             }
         }
-        json request = {{"id", message}, {"type", pick(types)}};
+        if (message % 50 == 0) {
+            const json copied = session.Request({{"type", "copy"}, {"paths", {pick(paths)}}});
+            if (copied["ok"] == true) {
+                clipboard = copied["result"];
+            }
+        }
+        json request = {{"id", message}, {"type", pick(types)}, {"clipboard", clipboard}};
         for (const char* field : {"path", "graph", "output", "input", "list"}) {
             if (random() % 3 != 0) {
                 request[field] = pick(paths);

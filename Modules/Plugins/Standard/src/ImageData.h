@@ -19,6 +19,7 @@ public:
     VANTEL_DECLARE_OBJECT_TYPE(ImageData);
 
     const Vantel::Image& GetImage() const { return image; }
+    const Vantel::Image* GetPreviewImage() const override { return &image; }
 
 private:
     const Vantel::Image image;

@@ -2,6 +2,7 @@
 //
 //   class ImageData : public Data { public: Image image; };
 //   output.Activate(std::make_shared<ImageData>(...));   // a new value, a new serial
+//   if (const Image* picture = data->GetPreviewImage()) { ... }   // what an editor shows of it
 #pragma once
 
 #include <cstdint>
@@ -10,6 +11,8 @@
 #include <Vantel/Objects/Object.h>
 
 namespace Vantel {
+
+class Image;
 
 // Data
 //
@@ -25,6 +28,10 @@ public:
     VANTEL_DECLARE_OBJECT_TYPE(Data);
 
     std::uint64_t GetSerial() const { return serial; }
+
+    // A picture of the value for an editor's preview, or null (the default) for values that have none.
+    // An image type returns itself; a type may also draw one. Called on the model's thread.
+    virtual const Image* GetPreviewImage() const;
 
 private:
     // Fixed at construction, so it stands inline rather than behind a private block.
