@@ -178,6 +178,18 @@ TEST(StandardPlugin, ArithmeticCoversEveryOperationAndDefinesTheInvalidOnes) {
         pipeline.Frame();
         EXPECT_EQ(Value(arithmetic), row.expected);
     }
+    // The result is the operator's to write: never saved, never connected into. An unchanged result sends no
+    // new data downstream.
+    EXPECT_TRUE(Param<FloatParameter>(arithmetic, "Value").HasParameterFlag(ParameterFlag::Output));
+    const DataOutput& result = *arithmetic.GetAllDataOutputs().front();
+    const std::uint64_t serial = result.GetDataSerial();
+    Param<FloatParameter>(arithmetic, "Value B") = 500.0;  // runs again; 10 to the 500th is 0, as before
+    pipeline.Frame();
+    EXPECT_EQ(result.GetDataSerial(), serial);
+    Param<FloatParameter>(arithmetic, "Value A") = 1.0;
+    pipeline.Frame();
+    EXPECT_NE(result.GetDataSerial(), serial);
+    Param<FloatParameter>(arithmetic, "Value B") = 400.0;
     // A connected input takes over from its parameter: the counter's 6 times Value B.
     Operator& counter = pipeline.Add("Standard.Math.Counter");
     Param<FloatParameter>(counter, "Start") = 6.0;

@@ -179,7 +179,7 @@ Operator* Graph::Implementation::Attach(std::unique_ptr<Operator>&& op, std::siz
     Operator* raw = op.get();
     operators.insert(operators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     constOperators.insert(constOperators.begin() + static_cast<std::ptrdiff_t>(index), raw);
-    ownedOperators.push_back(std::move(op));
+    ownedOperators.insert(ownedOperators.begin() + static_cast<std::ptrdiff_t>(index), std::move(op));
     operatorsByKey.emplace(raw->GetKey(), raw);
     ranks[raw] = nextRank++;  // unconnected: any rank is a valid one
     orderDirty = true;
@@ -193,10 +193,8 @@ std::unique_ptr<Operator> Graph::Implementation::Detach(const Operator* op) {
     }
     operators.erase(operators.begin() + static_cast<std::ptrdiff_t>(index));
     constOperators.erase(constOperators.begin() + static_cast<std::ptrdiff_t>(index));
-    const auto found = std::find_if(ownedOperators.begin(), ownedOperators.end(),
-                                    [op](const auto& o) { return o.get() == op; });
-    std::unique_ptr<Operator> released = std::move(*found);
-    ownedOperators.erase(found);
+    std::unique_ptr<Operator> released = std::move(ownedOperators[index]);
+    ownedOperators.erase(ownedOperators.begin() + static_cast<std::ptrdiff_t>(index));
     operatorsByKey.erase(op->GetKey());
     ranks.erase(op);
     Access::GetImplementation(*released)->SetGraph(nullptr);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <climits>
 #include <limits>
@@ -31,7 +32,7 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 bool IsLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+    return std::isalpha(static_cast<unsigned char>(c)) != 0;  // the library never changes the C locale
 }
 bool IsWordCharacter(char c) {
     return IsLetter(c) || IsDigit(c) || c == '_';

@@ -26,10 +26,8 @@ Version Version::Parse(std::string_view text) {
     if (dot == std::string_view::npos) {
         return version;
     }
+    // from_chars of an unsigned number takes digits only: no sign, no space, nothing empty.
     const std::string_view patch = text.substr(dot + 1);
-    if (patch.empty() || !IsDigits(patch)) {
-        return {};
-    }
     const auto [end, error] = std::from_chars(patch.data(), patch.data() + patch.size(), version.patch);
     if (error != std::errc() || end != patch.data() + patch.size()) {
         return {};  // more than 16 bits

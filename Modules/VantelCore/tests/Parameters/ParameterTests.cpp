@@ -6,6 +6,7 @@
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Parameters/FloatParameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
 #include <Vantel/Parameters/ParameterImplementation.h>
@@ -177,6 +178,9 @@ TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
     EXPECT_EQ(Keys(group), (std::vector<std::string>{"Gain", "Gain_", unnamed.GetKey()}));
     EXPECT_FALSE(group.Move(&unnamed, 2));
     EXPECT_FALSE(group.Move(&unnamed, 3));
+    FloatParameter stranger(nullptr, "Stranger", 0.0);
+    EXPECT_FALSE(group.Move(&stranger, 0));
+    EXPECT_FALSE(group.Move(nullptr, 0));
     EXPECT_EQ(unnamed.GetIndex(), 2u);
     EXPECT_EQ(group.FindParameter("Gain_"), &b);
     EXPECT_EQ(group.Resolve(*Path::Parse("Gain_")), &b);

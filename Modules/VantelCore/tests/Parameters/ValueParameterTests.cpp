@@ -196,6 +196,7 @@ TEST(ValueParameters, ComponentWritesRoundAndIgnoreForeignComponents) {
         EXPECT_EQ(count.Value(), 2);  // driven whole it truncates instead
     }
     {
+        EXPECT_FALSE(BoolParameter().Value());  // a detached switch starts off
         BoolParameter on(nullptr, "On", false);
         on.SetComponent(0, 0.9);
         EXPECT_TRUE(on.Value());

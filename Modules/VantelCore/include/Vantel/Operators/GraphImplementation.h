@@ -53,7 +53,7 @@ private:
     Graph& graph;
     std::vector<Operator*> operators;
     std::vector<const Operator*> constOperators;
-    std::vector<std::unique_ptr<Operator>> ownedOperators;
+    std::vector<std::unique_ptr<Operator>> ownedOperators;  // in the order of `operators`
     // Keys are fixed while an operator is in the graph, so lookups by key need no scan.
     std::unordered_map<std::string, Operator*> operatorsByKey;
     std::vector<DataConnection> dataConnections;
