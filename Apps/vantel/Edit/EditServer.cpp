@@ -96,6 +96,8 @@ public:
         }
     }
 
+    const std::string token;
+
 private:
     bool IsAllowed(const httplib::Request& request) const {
         const std::string given = request.has_param("token") ? request.get_param_value("token")
@@ -164,7 +166,6 @@ private:
             });
     }
 
-    std::string token;
     RequestHandler handler;
     std::function<void()> subscribed;
     httplib::Server server;
@@ -193,6 +194,10 @@ void EditServer::Publish(const nlohmann::json& update) {
 
 void EditServer::Stop() {
     implementation->Stop();
+}
+
+const std::string& EditServer::GetToken() const {
+    return implementation->token;
 }
 
 std::string MakeSessionToken() {

@@ -39,6 +39,7 @@ public:
     void Publish(const nlohmann::json& update);
     // Ends the event streams and stops serving; waits for the server's threads.
     void Stop();
+    const std::string& GetToken() const;
 
 private:
     class Implementation;

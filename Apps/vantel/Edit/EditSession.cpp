@@ -46,6 +46,8 @@ public:
 
 // Frame updates are for a person watching: more than this many a second is noise.
 constexpr double kFrameUpdatesPerSecond = 30.0;
+// Past this many, the operators that ran are only counted: a busy graph would fill the update with paths.
+constexpr std::size_t kMostRunListed = 1000;
 // Pictures cost more to make and send than numbers, and change the view less.
 constexpr double kPreviewsPerSecond = 4.0;
 
@@ -688,6 +690,7 @@ public:
             return;
         }
         lastFrameUpdate = now;
+        const unsigned long long sinceFrame = publishedFrame;
         publishedFrame = runner.GetFrameNumber();
         const bool withPreviews =
             now - lastPreviews >= std::chrono::duration<double>(1.0 / kPreviewsPerSecond);
@@ -702,7 +705,11 @@ public:
         std::unordered_map<const Vantel::DataOutput*, std::uint64_t> shown;
         known.swap(lastValues);
         shown.swap(previewSerials);
+        json ran = json::array();
         ForEachOperator(*project.GetRootGraph(), [&](Vantel::Operator& op) {
+            if (op.GetLastRunFrame() > sinceFrame && ran.size() < kMostRunListed) {
+                ran.push_back(op.GetPath().ToString());
+            }
             for (Vantel::Parameter* parameter : op.GetAllParameters()) {
                 json value = DescribeValue(*parameter);
                 const auto found = known.find(parameter);
@@ -725,6 +732,7 @@ public:
                        {"time", runner.GetTime()},
                        {"frameMilliseconds", lastFrameMilliseconds},
                        {"operatorsRun", operatorsRun - publishedOperatorsRun},
+                       {"ran", std::move(ran)},
                        {"values", std::move(values)}};
         if (!previews.empty()) {
             update["previews"] = std::move(previews);

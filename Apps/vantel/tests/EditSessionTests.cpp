@@ -86,7 +86,9 @@ TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
                    event["values"][sum + "/Value"].get<double>() > 998.0;
         },
         10.0);
-    EXPECT_FALSE(update.is_null()) << "no frame showed the sum with the new value";
+    ASSERT_FALSE(update.is_null()) << "no frame showed the sum with the new value";
+    EXPECT_NE(std::find(update["ran"].begin(), update["ran"].end(), sum), update["ran"].end())
+        << update["ran"];
     const std::string after = Save(session);
     EXPECT_NE(after, before);
 

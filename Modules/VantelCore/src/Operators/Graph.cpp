@@ -674,6 +674,7 @@ void Graph::Execute(ExecutionContext& context) {
         if (op->Outdated()) {
             op->Execute(context);
             Access::CountOperatorRun(context);
+            states[i]->NoteRun(context.GetFrameNumber() + 1);  // frames are counted from 1, 0 is never
         }
         if (!states[i]->MayHaveMarkedMembers()) {
             continue;  // no output or parameter has anything to hand on

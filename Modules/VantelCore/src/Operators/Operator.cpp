@@ -295,6 +295,10 @@ const glm::vec2& Operator::GetPosition() const {
     return implementation->position;
 }
 
+unsigned long long Operator::GetLastRunFrame() const {
+    return implementation->GetLastRunFrame();
+}
+
 void Operator::SetPosition(const glm::vec2& position) {
     if (IsSameValue(position, implementation->position)) {
         return;

@@ -76,6 +76,11 @@ TEST(Runner, FramesRunWhatIsOutdatedCountItAndLeaveNoMarksOrRecords) {
     EXPECT_EQ(sink.runs, 2);
     EXPECT_EQ(sink.lastFrameTime, 1.0);
     EXPECT_EQ(sink.result.Value(), 2.0);
+    // Each operator knows the last frame it ran in; the outer source, unchanged, stays at the first.
+    EXPECT_EQ(sink.GetLastRunFrame(), runner.GetFrameNumber());
+    EXPECT_EQ(source.GetLastRunFrame(), runner.GetFrameNumber());
+    EXPECT_EQ(root.GetOperators()[1]->GetLastRunFrame(), runner.GetFrameNumber() - 2);
+    EXPECT_EQ(root.GetOperators()[2]->GetLastRunFrame(), 0u);
 
     // Another graph keeps the count going; a frame without a graph runs nothing.
     Graph other;

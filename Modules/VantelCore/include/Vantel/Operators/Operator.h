@@ -65,6 +65,9 @@ public:
     // Records the rename while a transaction records and the operator is in a graph.
     void SetName(std::string_view name);
     const glm::vec2& GetPosition() const;
+    // How many frames the runner had run when the operator last ran, that frame included (the runner's
+    // GetFrameNumber() just after it); 0 when it never ran. An editor shows the operators that ran as active.
+    unsigned long long GetLastRunFrame() const;
     // Records the move while a transaction records and the operator is in a graph, then fires
     // PositionChangedEvent. Positions are compared bit for bit: -0 moves from 0, the same NaN does not move.
     void SetPosition(const glm::vec2& position);

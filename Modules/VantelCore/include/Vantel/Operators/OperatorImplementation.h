@@ -91,6 +91,9 @@ public:
     Event<Object*>& MemberRenamedEvent() { return memberRenamedEvent; }
     // Cleared by the runner after each frame.
     void ClearDirty() { dirty = false; }
+    // Set by the graph each time it runs the operator.
+    void NoteRun(unsigned long long frame) { lastRunFrame = frame; }
+    unsigned long long GetLastRunFrame() const { return lastRunFrame; }
 
     // A port or parameter of this operator calls this as it sets its change mark; joining the operator counts
     // too. While it stays false, none of them carries a mark, so a frame need not look at them.
@@ -153,6 +156,7 @@ private:
     // Beside `dirty`, so that an idle frame reads one cache line per operator.
     bool membersMarked = true;
     Graph* asGraph = nullptr;
+    unsigned long long lastRunFrame = 0;
 };
 
 inline auto& Access::GetImplementation(Operator& op) {
