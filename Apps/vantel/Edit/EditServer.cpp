@@ -41,6 +41,8 @@ public:
         handler = std::move(newHandler);
         subscribed = std::move(newSubscribed);
         server.set_payload_max_length(kMaxRequestBytes);
+        // Replies and events are small writes that a person waits for: no coalescing delay.
+        server.set_tcp_nodelay(true);
         server.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
             if (!IsAllowed(request)) {
                 Reply(response, 403,

@@ -87,18 +87,20 @@ json EditorType(const Vantel::Parameter& parameter) {
     return nullptr;
 }
 
-json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node);
+// Paths are built down the tree from the operator's, rather than walked up from each member: a large graph
+// has many members.
+json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node, const std::string& path);
 
-json ChildrenJson(Vantel::ParameterGroup& group) {
+json ChildrenJson(Vantel::ParameterGroup& group, const std::string& path) {
     json children = json::array();
     for (Vantel::ParameterNode* child : group.GetChildren()) {
-        children.push_back(NodeJson(group, *child));
+        children.push_back(NodeJson(group, *child, path + "/" + child->GetKey()));
     }
     return children;
 }
 
-json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node) {
-    json item = {{"key", node.GetKey()}, {"path", node.GetPath().ToString()}};
+json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node, const std::string& path) {
+    json item = {{"key", node.GetKey()}, {"path", path}};
     if (auto* parameter = dynamic_cast<Vantel::Parameter*>(&node)) {
         item["kind"] = "parameter";
         item["name"] = parameter->GetName();
@@ -113,7 +115,7 @@ json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node) {
         item["kind"] = dynamic_cast<Vantel::ParameterBundleList*>(&node) != nullptr ? "bundleList"
                        : dynamic_cast<Vantel::ParameterBundle*>(&node) != nullptr   ? "bundle"
                                                                                     : "group";
-        item["children"] = ChildrenJson(inner);
+        item["children"] = ChildrenJson(inner, path);
     }
     if (group.IsRowContinuation(&node)) {
         item["rowContinuation"] = true;
@@ -127,9 +129,9 @@ json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node) {
     return item;
 }
 
-json PortJson(Vantel::DataPort& port) {
+json PortJson(Vantel::DataPort& port, std::string path) {
     return {{"key", port.GetKey()},
-            {"path", port.GetPath().ToString()},
+            {"path", std::move(path)},
             {"name", port.GetName()},
             {"type", port.GetType()->GetName()},
             {"color", ColorJson(port.GetUIColor())},
@@ -179,28 +181,31 @@ json DescribeTypes() {
 }
 
 json DescribeOperator(Vantel::Operator& op) {
+    const std::string path = op.GetPath().ToString();
     json inputs = json::array();
     for (Vantel::DataInput* input : op.GetAllDataInputs()) {
-        json port = PortJson(*input);
-        if (Vantel::DataInputList* list = input->GetList()) {
+        Vantel::DataInputList* list = input->GetList();
+        json port =
+            PortJson(*input, list != nullptr ? input->GetPath().ToString() : path + "/" + input->GetKey());
+        if (list != nullptr) {
             port["list"] = list->GetPath().ToString();
         }
         inputs.push_back(std::move(port));
     }
     json outputs = json::array();
     for (Vantel::DataOutput* output : op.GetAllDataOutputs()) {
-        outputs.push_back(PortJson(*output));
+        outputs.push_back(PortJson(*output, path + "/" + output->GetKey()));
     }
     const glm::vec2& position = op.GetPosition();
     return {{"key", op.GetKey()},
-            {"path", op.GetPath().ToString()},
+            {"path", path},
             {"type", op.GetType()->GetName()},
             {"name", op.GetName()},
             {"position", json::array({position.x, position.y})},
             {"graph", op.GetType()->Inherits(Vantel::Graph::Type())},
             {"inputs", std::move(inputs)},
             {"outputs", std::move(outputs)},
-            {"parameters", ChildrenJson(op.GetParameterGroup())}};
+            {"parameters", ChildrenJson(op.GetParameterGroup(), path)}};
 }
 
 json DescribeGraph(Vantel::Graph& graph) {

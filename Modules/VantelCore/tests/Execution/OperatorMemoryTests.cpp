@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <new>
 #include <set>
@@ -92,6 +93,39 @@ TEST(OperatorMemory, BlocksAreDistinctRecycledAndAligned) {
     auto* placed = new (storage.data()) PayloadOperator<8>(9);
     EXPECT_TRUE(placed->Intact());
     placed->~PayloadOperator<8>();
+}
+
+// The arena's own behaviour, which a sanitizer build replaces by the plain heap so that it can watch each
+// block.
+TEST(OperatorMemory, TheArenaRecyclesBlocksAndCutsThemFromOneRun) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "under AddressSanitizer operators come from the plain heap";
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(memory_sanitizer)
+    GTEST_SKIP() << "under a sanitizer operators come from the plain heap";
+#endif
+#endif
+    // A block given back is the next one handed out of its size; giving back null changes nothing; blocks
+    // in a row come from one run, side by side (a few tries, since a run may end between two).
+    // A size no operator of the tests has, so that the free list of its class starts empty.
+    constexpr std::size_t kSize = 4000;
+    void* block = Operator::operator new(kSize);
+    Operator::operator delete(block, kSize);
+    Operator::operator delete(nullptr, kSize);
+    void* again = Operator::operator new(kSize);
+    EXPECT_EQ(again, block);
+    bool adjacent = false;
+    std::vector<void*> taken{again};
+    for (int i = 0; i < 4 && !adjacent; ++i) {
+        auto* first = static_cast<std::byte*>(Operator::operator new(kSize));
+        auto* second = static_cast<std::byte*>(Operator::operator new(kSize));
+        adjacent = std::abs(second - first) < 4 * static_cast<std::ptrdiff_t>(kSize);
+        taken.insert(taken.end(), {first, second});
+    }
+    EXPECT_TRUE(adjacent);
+    for (void* used : taken) {
+        Operator::operator delete(used, kSize);
+    }
 }
 
 TEST(OperatorMemory, ThreadsAllocateAndFreeAtOnce) {

@@ -88,6 +88,12 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     ASSERT_TRUE(graph.AddDataConnection({&first.out, &second.in}));
     EXPECT_FALSE(graph.CanAddDataConnection({&second.out, &first.in}, true));  // would close a cycle
 
+    // A connection against the order the operators were added in still counts for the cycle check.
+    AddOperator& third = Add<AddOperator>(graph);
+    AddOperator& fourth = Add<AddOperator>(graph);
+    ASSERT_TRUE(graph.AddDataConnection({&fourth.out, &third.in}));
+    EXPECT_FALSE(graph.CanAddDataConnection({&third.out, &fourth.in}, true));
+
     // A parameter connection closes a cycle just as well.
     EXPECT_FALSE(graph.AddParameterConnection({&second.result, &source.value, {{0, 0}}}, false));
 
