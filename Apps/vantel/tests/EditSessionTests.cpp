@@ -219,8 +219,9 @@ TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
     EXPECT_NE(ReadFile(fresh).find("Vantel.General.Graph"), std::string::npos);
 }
 
-// Random and malformed messages: every reply is well-formed, and afterwards undoing every accepted edit gives
-// the first saved bytes back, and redoing them the last, so the history and the model never drifted.
+// Two thousand random and malformed messages: every reply is well-formed, and afterwards undoing every
+// accepted edit gives the first saved bytes back, and redoing them the last, so the history and the model
+// never drifted.
 TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
     EditProcess session(kHost, project);
     const std::string before = Save(session);
@@ -250,7 +251,7 @@ TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
     const std::vector<json> values = {1.5, -2, "text", nullptr, json::array({1, 2}), json::object(), true};
     int accepted = 0;
     json clipboard = json::object();
-    for (int message = 0; message < 1500; ++message) {
+    for (int message = 0; message < 2000; ++message) {
         // The paths of the moment: every operator, port and parameter of the root graph.
         std::vector<std::string> paths = {"/", "/Nobody", "relative", ""};
         if (message % 25 == 0 || paths.size() < 8) {
