@@ -10,6 +10,7 @@
 
 #include <Vantel/Execution/ExecutionContext.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
@@ -55,5 +56,16 @@ public:
         out.Activate(std::make_shared<ValueData>(std::min(value, limit.Value())));
     }
 };
+
+// The core types and the two above, registered once per program.
+inline void RegisterBenchmarkTypes() {
+    static const bool registered = [] {
+        RegisterCoreTypes();
+        TypeLibrary::Get()->RegisterType(SourceOperator::Type());
+        TypeLibrary::Get()->RegisterType(ProcessOperator::Type());
+        return true;
+    }();
+    static_cast<void>(registered);
+}
 
 }  // namespace Vantel::Benchmarks

@@ -33,22 +33,12 @@ using Benchmarks::ProcessOperator;
 using Benchmarks::SourceOperator;
 using nlohmann::json;
 
-void RegisterTypes() {
-    static const bool registered = [] {
-        RegisterCoreTypes();
-        TypeLibrary::Get()->RegisterType(SourceOperator::Type());
-        TypeLibrary::Get()->RegisterType(ProcessOperator::Type());
-        return true;
-    }();
-    static_cast<void>(registered);
-}
-
 // A chain of `count` operators served by a live session: its loop on a thread of its own (the model's), and
 // a reader of its event stream that counts the "changed" updates.
 class LiveSession {
 public:
     explicit LiveSession(int count) : log(sink) {
-        RegisterTypes();
+        Benchmarks::RegisterBenchmarkTypes();
         Graph& root = *project.GetRootGraph();
         auto source = std::make_unique<SourceOperator>();
         DataOutput* previous = &source->out;

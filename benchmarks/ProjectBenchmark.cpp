@@ -31,21 +31,11 @@ namespace {
 using Benchmarks::ProcessOperator;
 using Benchmarks::SourceOperator;
 
-void RegisterTypes() {
-    static const bool registered = [] {
-        RegisterCoreTypes();
-        TypeLibrary::Get()->RegisterType(SourceOperator::Type());
-        TypeLibrary::Get()->RegisterType(ProcessOperator::Type());
-        return true;
-    }();
-    static_cast<void>(registered);
-}
-
 // Operator 0 is the source; each process takes the previous operator's data, every process after the first
 // has its Offset driven by the previous one's Gain, and each stores values of its own.
 struct ProjectFile {
     explicit ProjectFile(int count) : count(count) {
-        RegisterTypes();
+        Benchmarks::RegisterBenchmarkTypes();
         Graph& root = *project.GetRootGraph();
         auto source = std::make_unique<SourceOperator>();
         source->SetKey("Op0");

@@ -595,29 +595,23 @@ public:
 
     // ---- History ----
 
-    json Undo(const json&) {
-        if (undo.empty()) {
-            throw RequestError("there is nothing to undo");
-        }
-        Vantel::CommittedTransaction transaction = std::move(undo.back());
-        undo.pop_back();
-        const bool replayed = Vantel::UndoTransaction(project, transaction);
-        json result = {{"name", transaction.name}, {"replayed", replayed}};
-        redo.push_back(std::move(transaction));
-        ModelChanged({{"event", "changed"}, {"undone", result["name"]}});
-        return result;
-    }
+    json Undo(const json&) { return Replay(undo, redo, "undo", "undone", Vantel::UndoTransaction); }
 
-    json Redo(const json&) {
-        if (redo.empty()) {
-            throw RequestError("there is nothing to redo");
+    json Redo(const json&) { return Replay(redo, undo, "redo", "redone", Vantel::ApplyTransaction); }
+
+    // Takes the last transaction of `from`, replays it one way and keeps it on `to` for the other way.
+    json Replay(std::vector<Vantel::CommittedTransaction>& from,
+                std::vector<Vantel::CommittedTransaction>& to, const char* verb, const char* done,
+                bool (*replay)(Vantel::Project&, const Vantel::CommittedTransaction&)) {
+        if (from.empty()) {
+            throw RequestError(std::string("there is nothing to ") + verb);
         }
-        Vantel::CommittedTransaction transaction = std::move(redo.back());
-        redo.pop_back();
-        const bool replayed = Vantel::ApplyTransaction(project, transaction);
+        Vantel::CommittedTransaction transaction = std::move(from.back());
+        from.pop_back();
+        const bool replayed = replay(project, transaction);
         json result = {{"name", transaction.name}, {"replayed", replayed}};
-        undo.push_back(std::move(transaction));
-        ModelChanged({{"event", "changed"}, {"redone", result["name"]}});
+        to.push_back(std::move(transaction));
+        ModelChanged({{"event", "changed"}, {done, result["name"]}});
         return result;
     }
 
