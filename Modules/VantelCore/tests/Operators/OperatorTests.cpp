@@ -125,6 +125,11 @@ TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
     EXPECT_TRUE(op.MoveDataInput(&image, 2));
     EXPECT_EQ(op.GetAllDataInputs().back(), &image);
     EXPECT_EQ(reorders, 1);
+    DataOutput preview(&op, "Preview");
+    EXPECT_TRUE(op.MoveDataOutput(&preview, 0));
+    EXPECT_EQ(op.GetAllDataOutputs().front(), &preview);
+    EXPECT_FALSE(op.MoveDataOutput(&preview, 0));
+    EXPECT_EQ(reorders, 2);
 
     auto newData = std::make_shared<Data>();
     EXPECT_FALSE(op.Outdated());
