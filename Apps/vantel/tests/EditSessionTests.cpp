@@ -219,6 +219,31 @@ TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
     EXPECT_NE(ReadFile(fresh).find("Vantel.General.Graph"), std::string::npos);
 }
 
+// Pause, step and run reach every client as state updates; the library's log lines arrive as they happen.
+TEST_F(EditSession, RunStateAndLogLinesArePushed) {
+    EditProcess session(kHost, project);
+    EventReader events(session.GetPort(), session.GetToken());
+    EXPECT_EQ(session.Request({{"type", "step"}})["error"], "step while paused");
+    const json paused = Ok(session, {{"type", "pause"}});
+    EXPECT_EQ(paused["running"], false);
+    EXPECT_FALSE(
+        events.WaitFor([](const json& event) { return event["event"] == "state" && !event["running"]; }, 5.0)
+            .is_null());
+    const json stepped = Ok(session, {{"type", "step"}});
+    EXPECT_EQ(stepped["frame"], paused["frame"].get<unsigned long long>() + 1);
+
+    const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
+    Ok(session, {{"type", "setValue"}, {"path", loader + "/File"}, {"value", "missing.png"}});
+    Ok(session, {{"type", "run"}});
+    const json line = events.WaitFor(
+        [](const json& event) {
+            return event["event"] == "log" &&
+                   event["line"].get<std::string>().find("\"missing.png\"") != std::string::npos;
+        },
+        10.0);
+    EXPECT_FALSE(line.is_null()) << "the loader's warning did not arrive";
+}
+
 // Two thousand random and malformed messages: every reply is well-formed, and afterwards undoing every
 // accepted edit gives the first saved bytes back, and redoing them the last, so the history and the model
 // never drifted.
