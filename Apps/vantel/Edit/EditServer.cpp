@@ -75,6 +75,12 @@ public:
     }
 
     void Publish(const json& update) {
+        {
+            const std::lock_guard lock(mutex);
+            if (subscribers.empty()) {
+                return;  // nobody listens: spare the text
+            }
+        }
         const std::string event =
             "data: " + update.dump(-1, ' ', false, json::error_handler_t::replace) + "\n\n";
         {

@@ -4,13 +4,12 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "EditClient.h"
+#include "HostFiles.h"
 
 namespace {
 
@@ -22,12 +21,7 @@ using nlohmann::json;
 const fs::path kHost = VANTEL_HOST_PATH;
 const fs::path kExamples = VANTEL_EXAMPLES_DIR;
 
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
+using HostTesting::ReadFile;
 
 // The bundled example in a folder of its own, so that saving writes nowhere else.
 class EditSession : public ::testing::Test {

@@ -13,6 +13,8 @@
 #include <string>
 #include <vector>
 
+#include "HostFiles.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -26,12 +28,7 @@ const std::string kTestPlugin = (kTestPlugins / "libVantelTestPlugin.so").string
 const fs::path kData = VANTEL_HOST_TEST_DATA;
 const fs::path kExamples = VANTEL_EXAMPLES_DIR;
 
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
+using HostTesting::ReadFile;
 
 void WriteFile(const fs::path& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
