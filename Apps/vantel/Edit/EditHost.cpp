@@ -94,15 +94,15 @@ public:
 
 private:
     // On a server thread: hands the request to the loop's thread and waits for its reply.
-    json Submit(json request) {
-        auto reply = std::make_shared<std::promise<json>>();
-        std::future<json> answer = reply->get_future();
+    std::string Submit(json request) {
+        auto reply = std::make_shared<std::promise<std::string>>();
+        std::future<std::string> answer = reply->get_future();
         Vantel::Tasks::RunOnMainThread(
             [this, reply, request = std::move(request)] { reply->set_value(session.Handle(request)); });
         wakeup.Notify();
         while (answer.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) {
             if (ending) {
-                return {{"ok", false}, {"error", "the session is ending"}};
+                return json{{"ok", false}, {"error", "the session is ending"}}.dump();
             }
         }
         return answer.get();

@@ -133,7 +133,8 @@ private:
             Reply(response, 503, {{"ok", false}, {"error", "the session is ending"}});
             return;
         }
-        Reply(response, 200, handler(std::move(parsed)));
+        response.status = 200;
+        response.set_content(handler(std::move(parsed)), "application/json");
     }
 
     void OpenStream(httplib::Response& response) {

@@ -25,7 +25,8 @@ class EditServer {
 public:
     static constexpr std::size_t kMaxRequestBytes = 4 * 1024 * 1024;
 
-    using RequestHandler = std::function<nlohmann::json(nlohmann::json request)>;
+    // Gives the reply's JSON text.
+    using RequestHandler = std::function<std::string(nlohmann::json request)>;
 
     explicit EditServer(std::string token);
     ~EditServer();

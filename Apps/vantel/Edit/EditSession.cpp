@@ -1,6 +1,7 @@
 #include "EditSession.h"
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -128,11 +129,36 @@ void ForEachOperator(Vantel::Graph& graph, const std::function<void(Vantel::Oper
     }
 }
 
+// What the frame updates last sent of a parameter's value or an output's data, and the walk that last saw it.
+struct SentValue {
+    json value;
+    std::uint64_t walk = 0;
+};
+struct PreviewMark {
+    std::uint64_t serial = 0;
+    std::uint64_t walk = 0;
+};
+
+// Drops the entries of objects the last walk did not see, when its count shows that some went.
+template <typename Cache>
+void DropUnseen(Cache& cache, std::size_t seen, std::uint64_t walk) {
+    if (cache.size() != seen) {
+        std::erase_if(cache, [walk](const auto& item) { return item.second.walk != walk; });
+    }
+}
+
+// Replies are printed with replacement characters for text that is not UTF-8, rather than failing.
+std::string Print(const json& value) {
+    return value.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
 }  // namespace
 
 class EditSession::Implementation {
 public:
     using Handler = json (Implementation::*)(const json&);
+    // For replies written as text directly.
+    using TextHandler = std::string (Implementation::*)(const json&);
 
     Implementation(Vantel::Project& project, std::filesystem::path file, double fps, const LogTee& log)
         : project(project),
@@ -144,31 +170,36 @@ public:
         runner.SetGraph(project.GetRootGraph());
     }
 
-    json Handle(const json& request) {
-        json reply = {{"id", request.is_object() && request.contains("id") ? request["id"] : json(nullptr)}};
+    std::string Handle(const json& request) {
+        const json id = request.is_object() && request.contains("id") ? request["id"] : json(nullptr);
         try {
             if (!request.is_object()) {
                 throw RequestError("a request is a JSON object");
             }
-            const std::string type = Text(request, "type");
-            const auto handler = Handlers().find(type);
-            if (handler == Handlers().end()) {
-                throw RequestError("unknown request type '" + type + "'");
-            }
-            reply["result"] = (this->*handler->second)(request);
-            reply["ok"] = true;
+            // The reply is put together as text: a large result is written as text without a tree.
+            return "{\"id\":" + Print(id) +
+                   ",\"ok\":true,\"result\":" + Dispatch(Text(request, "type"), request) + "}";
         } catch (const std::exception& error) {
-            reply["ok"] = false;
-            reply["error"] = error.what();
+            return Print({{"id", id}, {"ok", false}, {"error", error.what()}});
         }
-        return reply;
+    }
+
+    std::string Dispatch(const std::string& type, const json& request) {
+        if (const auto writer = TextHandlers().find(type); writer != TextHandlers().end()) {
+            return (this->*writer->second)(request);
+        }
+        const auto handler = Handlers().find(type);
+        if (handler == Handlers().end()) {
+            throw RequestError("unknown request type '" + type + "'");
+        }
+        return Print((this->*handler->second)(request));
     }
 
     // ---- Reading ----
 
     json GetTypes(const json&) { return DescribeTypes(); }
 
-    json GetGraph(const json& request) {
+    std::string GetGraph(const json& request) {
         return DescribeGraph(request.contains("path") ? Find<Vantel::Graph>(request, "path")
                                                       : *project.GetRootGraph());
     }
@@ -693,33 +724,39 @@ public:
         }
         json values = json::object();
         json previews = json::object();
-        // Built again from what exists, so that entries of objects an edit or a frame took away go with them.
-        // A new object at a freed address may miss one update; a client reads the graph again after an edit.
-        std::unordered_map<const Vantel::Parameter*, json> known;
-        std::unordered_map<const Vantel::DataOutput*, std::uint64_t> shown;
-        known.swap(lastValues);
-        shown.swap(previewSerials);
         json ran = json::array();
+        // The caches are kept and updated in place: rebuilding them each update costs a large graph more than
+        // the frame does. Entries of objects an edit or a frame took away are dropped when the count shows
+        // that some went; a new object at a freed address may miss one update, and a client reads the graph
+        // again after an edit anyway.
+        ++walk;
+        std::size_t parameterCount = 0;
+        std::size_t outputCount = 0;
         ForEachOperator(*project.GetRootGraph(), [&](Vantel::Operator& op) {
             if (op.GetLastRunFrame() > sinceFrame && ran.size() < kMostRunListed) {
                 ran.push_back(op.GetPath().ToString());
             }
             for (Vantel::Parameter* parameter : op.GetAllParameters()) {
                 json value = DescribeValue(*parameter);
-                const auto found = known.find(parameter);
-                if (found == known.end() || found->second != value) {
+                auto [entry, added] = lastValues.try_emplace(parameter);
+                if (added || entry->second.value != value) {
                     values[parameter->GetPath().ToString()] = value;
+                    entry->second.value = std::move(value);
                 }
-                lastValues[parameter] = std::move(value);
+                entry->second.walk = walk;
+                ++parameterCount;
             }
             for (Vantel::DataOutput* output : op.GetAllDataOutputs()) {
-                const auto found = shown.find(output);
-                previewSerials[output] = found != shown.end() ? found->second : 0;
+                PreviewMark& mark = previewSerials[output];
+                mark.walk = walk;
+                ++outputCount;
                 if (withPreviews) {
-                    AddPreview(*output, previews);
+                    AddPreview(*output, mark, previews);
                 }
             }
         });
+        DropUnseen(lastValues, parameterCount, walk);
+        DropUnseen(previewSerials, outputCount, walk);
         const unsigned long long operatorsRun = runner.GetOperatorsRun();
         json update = {{"event", "frame"},
                        {"frame", runner.GetFrameNumber()},
@@ -757,10 +794,16 @@ public:
     std::function<void(const json&)> publisher;
 
 private:
+    static const std::unordered_map<std::string, TextHandler>& TextHandlers() {
+        static const std::unordered_map<std::string, TextHandler> handlers = {
+            {"getGraph", &Implementation::GetGraph},
+        };
+        return handlers;
+    }
+
     static const std::unordered_map<std::string, Handler>& Handlers() {
         static const std::unordered_map<std::string, Handler> handlers = {
             {"getTypes", &Implementation::GetTypes},
-            {"getGraph", &Implementation::GetGraph},
             {"getHistory", &Implementation::GetHistory},
             {"getState", &Implementation::GetState},
             {"addOperator", &Implementation::AddOperator},
@@ -866,16 +909,12 @@ private:
     }
 
     // A value that is new since the last preview, and can be shown as a picture, is sent as one.
-    void AddPreview(Vantel::DataOutput& output, json& previews) {
+    void AddPreview(Vantel::DataOutput& output, PreviewMark& mark, json& previews) {
         const std::shared_ptr<Vantel::Data>& data = output.GetData();
-        if (data == nullptr) {
+        if (data == nullptr || mark.serial == data->GetSerial()) {
             return;
         }
-        std::uint64_t& shown = previewSerials[&output];
-        if (shown == data->GetSerial()) {
-            return;
-        }
-        shown = data->GetSerial();
+        mark.serial = data->GetSerial();
         if (const Vantel::Image* image = data->GetPreviewImage()) {
             std::string preview = MakePreview(*image);
             if (!preview.empty()) {
@@ -920,10 +959,12 @@ private:
     std::uint64_t editStartLine = 0;
     Clock::time_point lastFrameUpdate{};
     Clock::time_point lastPreviews{};
-    std::unordered_map<const Vantel::DataOutput*, std::uint64_t> previewSerials;
+    std::unordered_map<const Vantel::DataOutput*, PreviewMark> previewSerials;
     unsigned long long publishedFrame = 0;
     unsigned long long publishedOperatorsRun = 0;
-    std::unordered_map<const Vantel::Parameter*, json> lastValues;
+    std::unordered_map<const Vantel::Parameter*, SentValue> lastValues;
+    // Counts the frame updates' walks over the model; each cache entry keeps the last walk that saw it.
+    std::uint64_t walk = 0;
 };
 
 EditSession::EditSession(Vantel::Project& project, std::filesystem::path file, double fps, const LogTee& log)
@@ -931,7 +972,7 @@ EditSession::EditSession(Vantel::Project& project, std::filesystem::path file, d
 
 EditSession::~EditSession() = default;
 
-nlohmann::json EditSession::Handle(const nlohmann::json& request) {
+std::string EditSession::Handle(const nlohmann::json& request) {
     return implementation->Handle(request);
 }
 

@@ -20,10 +20,10 @@ class LogTee;
 
 // EditSession
 //
-// Handle() answers one request: {"id": any, "type": "...", ...} gives {"id": same, "ok": true, "result": ...}
-// or {"id": same, "ok": false, "error": "..."}. Each edit is one committed transaction in the history; an
-// edit that is refused or fails part way is rolled back, so a refusal changes nothing. The README lists
-// every request. Frames run through RunDueFrame while the session runs.
+// Handle() answers one request: {"id": any, "type": "...", ...} gives the text of {"id": same, "ok": true,
+// "result": ...} or {"id": same, "ok": false, "error": "..."}. Each edit is one committed transaction in the
+// history; an edit that is refused or fails part way is rolled back, so a refusal changes nothing. The README
+// lists every request. Frames run through RunDueFrame while the session runs.
 class EditSession {
 public:
     // The project is not owned. `file` is where "save" writes; `log` gives the reason of a refusal.
@@ -32,7 +32,7 @@ public:
     EditSession(const EditSession&) = delete;
     EditSession& operator=(const EditSession&) = delete;
 
-    nlohmann::json Handle(const nlohmann::json& request);
+    std::string Handle(const nlohmann::json& request);
 
     // Gets every pushed update: {"event": "changed" | "frame" | "state", ...}.
     void SetPublisher(std::function<void(const nlohmann::json& update)> publisher);

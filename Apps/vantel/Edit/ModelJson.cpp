@@ -1,5 +1,7 @@
 #include "ModelJson.h"
 
+#include "JsonText.h"
+
 #include <memory>
 #include <string>
 
@@ -57,7 +59,7 @@ json DataTypeColor(const Vantel::DataTypeInfo& info) {
     return output != nullptr ? ColorJson(output->GetUIColor()) : json(nullptr);
 }
 
-json FlagNames(const Vantel::Parameter& parameter) {
+void WriteFlagNames(JsonText& out, const Vantel::Parameter& parameter) {
     static constexpr std::pair<Vantel::ParameterFlag, const char*> kNames[] = {
         {Vantel::ParameterFlag::MarksOutdated, "marksOutdated"},
         {Vantel::ParameterFlag::Output, "output"},
@@ -66,16 +68,17 @@ json FlagNames(const Vantel::Parameter& parameter) {
         {Vantel::ParameterFlag::NotSaved, "notSaved"},
         {Vantel::ParameterFlag::NotUndoable, "notUndoable"},
     };
-    json names = json::array();
+    out.BeginArray();
     for (const auto& [flag, name] : kNames) {
         if (parameter.HasParameterFlag(flag)) {
-            names.push_back(name);
+            out.String(name);
         }
     }
-    return names;
+    out.EndArray();
 }
 
-json EditorType(const Vantel::Parameter& parameter) {
+// Null for parameter types that have one way of editing only.
+const char* EditorTypeName(const Vantel::Parameter& parameter) {
     if (const auto* number = dynamic_cast<const Vantel::IntParameter*>(&parameter)) {
         static constexpr const char* kNames[] = {"number", "slider", "seed"};
         return kNames[static_cast<int>(number->GetEditorType())];
@@ -87,55 +90,180 @@ json EditorType(const Vantel::Parameter& parameter) {
     return nullptr;
 }
 
+const char* GroupKind(Vantel::ParameterNode& node) {
+    if (dynamic_cast<Vantel::ParameterBundleList*>(&node) != nullptr) {
+        return "bundleList";
+    }
+    return dynamic_cast<Vantel::ParameterBundle*>(&node) != nullptr ? "bundle" : "group";
+}
+
 // Paths are built down the tree from the operator's, rather than walked up from each member: a large graph
 // has many members.
-json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node, const std::string& path);
+void WriteNode(JsonText& out, Vantel::ParameterGroup& group, Vantel::ParameterNode& node,
+               const std::string& path);
 
-json ChildrenJson(Vantel::ParameterGroup& group, const std::string& path) {
-    json children = json::array();
+void WriteChildren(JsonText& out, Vantel::ParameterGroup& group, const std::string& path) {
+    out.BeginArray();
     for (Vantel::ParameterNode* child : group.GetChildren()) {
-        children.push_back(NodeJson(group, *child, path + "/" + child->GetKey()));
+        WriteNode(out, group, *child, path + "/" + child->GetKey());
     }
-    return children;
+    out.EndArray();
 }
 
-json NodeJson(Vantel::ParameterGroup& group, Vantel::ParameterNode& node, const std::string& path) {
-    json item = {{"key", node.GetKey()}, {"path", path}};
-    if (auto* parameter = dynamic_cast<Vantel::Parameter*>(&node)) {
-        item["kind"] = "parameter";
-        item["name"] = parameter->GetName();
-        item["type"] = parameter->GetType()->GetName();
-        item["value"] = DescribeValue(*parameter);
-        item["components"] = parameter->GetComponentCount();
-        item["flags"] = FlagNames(*parameter);
-        item["editorType"] = EditorType(*parameter);
-        item["addedByUser"] = parameter->IsAddedByUser();
+void WriteParameterMembers(JsonText& out, const Vantel::Parameter& parameter) {
+    out.Key("kind");
+    out.String("parameter");
+    out.Key("name");
+    out.String(parameter.GetName());
+    out.Key("type");
+    out.String(parameter.GetType()->GetName());
+    out.Key("value");
+    out.Value(DescribeValue(parameter));
+    out.Key("components");
+    out.Integer(parameter.GetComponentCount());
+    out.Key("flags");
+    WriteFlagNames(out, parameter);
+    out.Key("editorType");
+    if (const char* editor = EditorTypeName(parameter)) {
+        out.String(editor);
     } else {
-        auto& inner = static_cast<Vantel::ParameterGroup&>(node);
-        item["kind"] = dynamic_cast<Vantel::ParameterBundleList*>(&node) != nullptr ? "bundleList"
-                       : dynamic_cast<Vantel::ParameterBundle*>(&node) != nullptr   ? "bundle"
-                                                                                    : "group";
-        item["children"] = ChildrenJson(inner, path);
+        out.Null();
+    }
+    out.Key("addedByUser");
+    out.Boolean(parameter.IsAddedByUser());
+}
+
+void WriteNode(JsonText& out, Vantel::ParameterGroup& group, Vantel::ParameterNode& node,
+               const std::string& path) {
+    out.BeginObject();
+    out.Key("key");
+    out.String(node.GetKey());
+    out.Key("path");
+    out.String(path);
+    if (const auto* parameter = dynamic_cast<const Vantel::Parameter*>(&node)) {
+        WriteParameterMembers(out, *parameter);
+    } else {
+        out.Key("kind");
+        out.String(GroupKind(node));
+        out.Key("children");
+        WriteChildren(out, static_cast<Vantel::ParameterGroup&>(node), path);
     }
     if (group.IsRowContinuation(&node)) {
-        item["rowContinuation"] = true;
+        out.Key("rowContinuation");
+        out.Boolean(true);
     }
-    if (!group.GetRowLabel(&node).empty()) {
-        item["rowLabel"] = group.GetRowLabel(&node);
+    if (const std::string& label = group.GetRowLabel(&node); !label.empty()) {
+        out.Key("rowLabel");
+        out.String(label);
     }
     if (group.HasSeparatorAbove(&node)) {
-        item["separatorAbove"] = true;
+        out.Key("separatorAbove");
+        out.Boolean(true);
     }
-    return item;
+    out.EndObject();
 }
 
-json PortJson(Vantel::DataPort& port, std::string path) {
-    return {{"key", port.GetKey()},
-            {"path", std::move(path)},
-            {"name", port.GetName()},
-            {"type", port.GetType()->GetName()},
-            {"color", ColorJson(port.GetUIColor())},
-            {"addedByUser", port.IsAddedByUser()}};
+void WriteColor(JsonText& out, const Vantel::Color& color) {
+    out.BeginArray();
+    for (const float channel : {color.r, color.g, color.b, color.a}) {
+        out.Number(channel);
+    }
+    out.EndArray();
+}
+
+// `list` is the path of the data input list the port belongs to, or empty.
+void WritePort(JsonText& out, Vantel::DataPort& port, const std::string& path, const std::string& list) {
+    out.BeginObject();
+    out.Key("key");
+    out.String(port.GetKey());
+    out.Key("path");
+    out.String(path);
+    out.Key("name");
+    out.String(port.GetName());
+    out.Key("type");
+    out.String(port.GetType()->GetName());
+    out.Key("color");
+    WriteColor(out, port.GetUIColor());
+    out.Key("addedByUser");
+    out.Boolean(port.IsAddedByUser());
+    if (!list.empty()) {
+        out.Key("list");
+        out.String(list);
+    }
+    out.EndObject();
+}
+
+void WriteOperator(JsonText& out, Vantel::Operator& op) {
+    const std::string path = op.GetPath().ToString();
+    out.BeginObject();
+    out.Key("key");
+    out.String(op.GetKey());
+    out.Key("path");
+    out.String(path);
+    out.Key("type");
+    out.String(op.GetType()->GetName());
+    out.Key("name");
+    out.String(op.GetName());
+    out.Key("position");
+    out.BeginArray();
+    out.Number(op.GetPosition().x);
+    out.Number(op.GetPosition().y);
+    out.EndArray();
+    out.Key("graph");
+    out.Boolean(op.GetType()->Inherits(Vantel::Graph::Type()));
+    out.Key("inputs");
+    out.BeginArray();
+    for (Vantel::DataInput* input : op.GetAllDataInputs()) {
+        if (Vantel::DataInputList* list = input->GetList()) {
+            WritePort(out, *input, input->GetPath().ToString(), list->GetPath().ToString());
+        } else {
+            WritePort(out, *input, path + "/" + input->GetKey(), {});
+        }
+    }
+    out.EndArray();
+    out.Key("outputs");
+    out.BeginArray();
+    for (Vantel::DataOutput* output : op.GetAllDataOutputs()) {
+        WritePort(out, *output, path + "/" + output->GetKey(), {});
+    }
+    out.EndArray();
+    out.Key("parameters");
+    WriteChildren(out, op.GetParameterGroup(), path);
+    out.EndObject();
+}
+
+void WriteConnections(JsonText& out, Vantel::Graph& graph) {
+    out.Key("dataConnections");
+    out.BeginArray();
+    for (const Vantel::DataConnection& connection : graph.GetDataConnections()) {
+        out.BeginObject();
+        out.Key("output");
+        out.String(connection.output->GetPath().ToString());
+        out.Key("input");
+        out.String(connection.input->GetPath().ToString());
+        out.EndObject();
+    }
+    out.EndArray();
+    out.Key("parameterConnections");
+    out.BeginArray();
+    for (const auto& [endpoints, links] : graph.GetParameterConnections()) {
+        out.BeginObject();
+        out.Key("output");
+        out.String(endpoints.source->GetPath().ToString());
+        out.Key("input");
+        out.String(endpoints.target->GetPath().ToString());
+        out.Key("links");
+        out.BeginArray();
+        for (const Vantel::ComponentLink& link : links) {
+            out.BeginArray();
+            out.Integer(link.source);
+            out.Integer(link.target);
+            out.EndArray();
+        }
+        out.EndArray();
+        out.EndObject();
+    }
+    out.EndArray();
 }
 
 }  // namespace
@@ -180,59 +308,22 @@ json DescribeTypes() {
             {"dataTypes", std::move(dataTypes)}};
 }
 
-json DescribeOperator(Vantel::Operator& op) {
-    const std::string path = op.GetPath().ToString();
-    json inputs = json::array();
-    for (Vantel::DataInput* input : op.GetAllDataInputs()) {
-        Vantel::DataInputList* list = input->GetList();
-        json port =
-            PortJson(*input, list != nullptr ? input->GetPath().ToString() : path + "/" + input->GetKey());
-        if (list != nullptr) {
-            port["list"] = list->GetPath().ToString();
-        }
-        inputs.push_back(std::move(port));
-    }
-    json outputs = json::array();
-    for (Vantel::DataOutput* output : op.GetAllDataOutputs()) {
-        outputs.push_back(PortJson(*output, path + "/" + output->GetKey()));
-    }
-    const glm::vec2& position = op.GetPosition();
-    return {{"key", op.GetKey()},
-            {"path", path},
-            {"type", op.GetType()->GetName()},
-            {"name", op.GetName()},
-            {"position", json::array({position.x, position.y})},
-            {"graph", op.GetType()->Inherits(Vantel::Graph::Type())},
-            {"inputs", std::move(inputs)},
-            {"outputs", std::move(outputs)},
-            {"parameters", ChildrenJson(op.GetParameterGroup(), path)}};
-}
-
-json DescribeGraph(Vantel::Graph& graph) {
-    json operators = json::array();
+std::string DescribeGraph(Vantel::Graph& graph) {
+    JsonText out;
+    out.BeginObject();
+    out.Key("path");
+    out.String(graph.GetPath().ToString());
+    out.Key("name");
+    out.String(graph.GetName());
+    out.Key("operators");
+    out.BeginArray();
     for (Vantel::Operator* op : graph.GetOperators()) {
-        operators.push_back(DescribeOperator(*op));
+        WriteOperator(out, *op);
     }
-    json data = json::array();
-    for (const Vantel::DataConnection& connection : graph.GetDataConnections()) {
-        data.push_back({{"output", connection.output->GetPath().ToString()},
-                        {"input", connection.input->GetPath().ToString()}});
-    }
-    json parameters = json::array();
-    for (const auto& [endpoints, links] : graph.GetParameterConnections()) {
-        json linkList = json::array();
-        for (const Vantel::ComponentLink& link : links) {
-            linkList.push_back(json::array({link.source, link.target}));
-        }
-        parameters.push_back({{"output", endpoints.source->GetPath().ToString()},
-                              {"input", endpoints.target->GetPath().ToString()},
-                              {"links", std::move(linkList)}});
-    }
-    return {{"path", graph.GetPath().ToString()},
-            {"name", graph.GetName()},
-            {"operators", std::move(operators)},
-            {"dataConnections", std::move(data)},
-            {"parameterConnections", std::move(parameters)}};
+    out.EndArray();
+    WriteConnections(out, graph);
+    out.EndObject();
+    return out.Take();
 }
 
 }  // namespace VantelHost
