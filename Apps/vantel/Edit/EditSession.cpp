@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -102,6 +103,15 @@ bool Flag(const json& request, const char* name) {
         throw RequestError(std::string("'") + name + "' must be true or false");
     }
     return found->get<bool>();
+}
+
+// An int that a component number can be; a larger one would wrap round to another component.
+bool IsComponent(const json& value) {
+    return value.is_number_integer() &&
+           value.get<std::int64_t>() >= std::numeric_limits<std::int32_t>::min() &&
+           (value.is_number_unsigned()
+                ? value.get<std::uint64_t>() <= std::numeric_limits<std::int32_t>::max()
+                : value.get<std::int64_t>() <= std::numeric_limits<std::int32_t>::max());
 }
 
 glm::vec2 Position(const json& value) {
@@ -331,8 +341,7 @@ public:
                 throw RequestError("'links' must be a list of [source, target] component pairs");
             }
             for (const json& pair : list) {
-                if (!pair.is_array() || pair.size() != 2 || !pair[0].is_number_integer() ||
-                    !pair[1].is_number_integer()) {
+                if (!pair.is_array() || pair.size() != 2 || !IsComponent(pair[0]) || !IsComponent(pair[1])) {
                     throw RequestError("'links' must be a list of [source, target] component pairs");
                 }
                 links.push_back({pair[0].get<std::int32_t>(), pair[1].get<std::int32_t>()});

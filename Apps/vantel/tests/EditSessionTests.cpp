@@ -167,6 +167,11 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
          "[json.exception.type_error.302] type must be number, but is string"},
         {{{"type", "connectData"}, {"output", oscillator + "/Signal"}, {"input", oscillator + "/Frequency"}},
          oscillator + "/Frequency is neither a data input nor an input list"},
+        {{{"type", "connectParameter"},
+          {"output", oscillator + "/Frequency"},
+          {"input", oscillator + "/Amplitude"},
+          {"links", {{4294967296LL, 0}}}},
+         "'links' must be a list of [source, target] component pairs"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
     };
     for (const auto& row : rows) {

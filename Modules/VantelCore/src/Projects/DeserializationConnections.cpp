@@ -2,6 +2,8 @@
 #include <Vantel/Projects/Deserialization.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,11 +61,29 @@ std::string Describe(const std::string& outputText, const std::string& inputText
     return outputText + " -> " + inputText;
 }
 
+// A number no int holds is saturated, so that it names no component and the connection is refused, rather
+// than wrapping round to a component that exists (or, for a float, being undefined).
+std::int32_t ReadComponent(const json& value) {
+    constexpr std::int32_t low = std::numeric_limits<std::int32_t>::min();
+    constexpr std::int32_t high = std::numeric_limits<std::int32_t>::max();
+    if (value.is_number_float()) {
+        return static_cast<std::int32_t>(std::clamp(value.get<double>(), double{low}, double{high}));
+    }
+    if (value.is_number_unsigned()) {
+        return static_cast<std::int32_t>(std::min(value.get<std::uint64_t>(), std::uint64_t{high}));
+    }
+    if (value.is_number_integer()) {
+        return static_cast<std::int32_t>(
+            std::clamp(value.get<std::int64_t>(), std::int64_t{low}, std::int64_t{high}));
+    }
+    return value.get<std::int32_t>();  // booleans as before, anything else the file's type error
+}
+
 // The links in file order, each once.
 std::vector<ComponentLink> ReadLinks(const json& entry) {
     std::vector<ComponentLink> links;
     for (const json& pair : Detail::ArrayAt(entry, "links")) {
-        const ComponentLink link{pair.at(0).get<std::int32_t>(), pair.at(1).get<std::int32_t>()};
+        const ComponentLink link{ReadComponent(pair.at(0)), ReadComponent(pair.at(1))};
         if (std::find(links.begin(), links.end(), link) == links.end()) {
             links.push_back(link);
         }

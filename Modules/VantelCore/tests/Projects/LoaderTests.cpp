@@ -412,6 +412,22 @@ TEST(ConnectionPaths, StoredTextsResolveAsPathsDo) {
     EXPECT_EQ(project->GetRootGraph()->GetDataConnections().size(), 1u);
     EXPECT_EQ(project->GetRootGraph()->GetParameterConnections().size(), 1u);
 
+    // A component number no int holds names no component: the connection is refused, not wrapped round
+    // to component 0.
+    for (const char* component : {"4294967296", "-4294967296", "1e99", "-1e99"}) {
+        log.Clear();
+        project =
+            load(std::string(R"("parameterConnections": [{"output": "Source/Value", "input": "Add/Offset",
+            "links": [[)") +
+                 component + ", 0]]}]");
+        ASSERT_NE(project, nullptr);
+        EXPECT_EQ(log.Text(),
+                  "[Error] DeserializeParameterConnections: failed to add connection 'Source/Value -> "
+                  "Add/Offset'.\n")
+            << component;
+        EXPECT_TRUE(project->GetRootGraph()->GetParameterConnections().empty()) << component;
+    }
+
     // A text of the wrong type is the file's type error, as before.
     EXPECT_THROW(load(R"("dataConnections": [{"output": 5, "input": "Add/In"}])"), json::type_error);
     EXPECT_THROW(
