@@ -105,6 +105,8 @@ TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
         {{"run", "a.json", "--frames"}, "--frames needs a value"},
         {{"run", "a.json", "--frames", "-1"}, "--frames needs a whole number"},
         {{"run", "a.json", "--fps=0"}, "--fps needs a number of frames per second above 0"},
+        {{"edit", "a.json", "--port", "0"}, "--port needs a port number from 1 to 65535, not '0'"},
+        {{"edit", "a.json", "--port=65536"}, "--port needs a port number from 1 to 65535, not '65536'"},
         {{"check", "a.json", "--save", "b.json"}, "unknown option '--save' for 'check'"},
         {{"run", "a.json", "--force"}, "unknown option '--force' for 'run'"},
     };
