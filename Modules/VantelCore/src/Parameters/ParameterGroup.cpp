@@ -157,14 +157,15 @@ public:
         return found ? std::move(found.mapped()) : nullptr;
     }
 
-    // A dying group: every child is let go before the owned ones are destroyed.
+    // A dying group: every child is let go, and the lists emptied, before the owned ones are destroyed, so
+    // that nothing their destructors notify can reach a dying child through the group. The annotations
+    // only compare their keys and die with the group.
     void DetachAll() {
         for (ParameterNode* child : children) {
             child->SetParent(nullptr);
         }
         children.clear();
         constChildren.clear();
-        annotations.clear();
         owned.clear();
     }
 

@@ -181,6 +181,40 @@ TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
         "Set " + pt + R"( to ["a\xFFb\xC3",{"a\xFFb\xC3":"\n"},")" + "\xC3\xBC\"]");
     EXPECT_EQ(DescribeRecord(RenameRecord{o, bad, "\xE2\x82\xAC"}),
               "Rename " + ot + R"( from "a\xFFb\xC3" to ")" + "\xE2\x82\xAC\"");
+
+    // The edges of well-formed UTF-8 are the JSON library's: what it prints is kept, what it refuses is
+    // escaped byte by byte.
+    const struct {
+        const char* text;
+        bool kept;
+    } edges[] = {
+        {"\xC2\x80", true},          {"\xC1\xBF", false},          // overlong two-byte form
+        {"\xE0\xA0\x80", true},      {"\xE0\x9F\xBF", false},      // overlong three-byte form
+        {"\xED\x9F\xBF", true},      {"\xED\xA0\x80", false},      // a surrogate
+        {"\xF0\x90\x80\x80", true},  {"\xF0\x8F\xBF\xBF", false},  // overlong four-byte form
+        {"\xF1\x80\x80\x80", true},  {"\xF3\xBF\xBF\xBF", true},
+        {"\xF4\x8F\xBF\xBF", true},  {"\xF4\x90\x80\x80", false},  // above U+10FFFF
+        {"\xF5\x80\x80\x80", false}, {"\xE2\x82", false},          // cut short
+    };
+    for (const auto& edge : edges) {
+        const std::string text = edge.text;
+        std::string escaped;
+        for (const char c : text) {
+            static constexpr char kDigits[] = "0123456789ABCDEF";
+            const auto byte = static_cast<unsigned char>(c);
+            escaped += std::string("\\x") + kDigits[byte >> 4] + kDigits[byte & 0x0F];
+        }
+        EXPECT_EQ(DescribeRecord(RenameRecord{o, "x", text}),
+                  "Rename " + ot + R"( from "x" to ")" + (edge.kept ? text : escaped) + "\"")
+            << escaped;
+        bool printable = true;
+        try {
+            static_cast<void>(nlohmann::json(text).dump());
+        } catch (const nlohmann::json::type_error&) {
+            printable = false;
+        }
+        EXPECT_EQ(printable, edge.kept) << escaped;
+    }
 }
 
 // Both directions run the compound record before its nested records: its replay rebuilds the structure, and
