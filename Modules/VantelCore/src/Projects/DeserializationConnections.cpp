@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +16,7 @@
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Parameters/ValueParameterSupport.h"
 #include "Projects/DeserializationSupport.h"
 
 namespace Vantel::Deserialization {
@@ -64,17 +64,8 @@ std::string Describe(const std::string& outputText, const std::string& inputText
 // A number no int holds is saturated, so that it names no component and the connection is refused, rather
 // than wrapping round to a component that exists (or, for a float, being undefined).
 std::int32_t ReadComponent(const json& value) {
-    constexpr std::int32_t low = std::numeric_limits<std::int32_t>::min();
-    constexpr std::int32_t high = std::numeric_limits<std::int32_t>::max();
-    if (value.is_number_float()) {
-        return static_cast<std::int32_t>(std::clamp(value.get<double>(), double{low}, double{high}));
-    }
-    if (value.is_number_unsigned()) {
-        return static_cast<std::int32_t>(std::min(value.get<std::uint64_t>(), std::uint64_t{high}));
-    }
-    if (value.is_number_integer()) {
-        return static_cast<std::int32_t>(
-            std::clamp(value.get<std::int64_t>(), std::int64_t{low}, std::int64_t{high}));
+    if (value.is_number()) {
+        return ValueParameterSupport::ClampToInt32(ValueParameterSupport::ReadInt64(value));
     }
     return value.get<std::int32_t>();  // booleans as before, anything else the file's type error
 }
