@@ -102,6 +102,7 @@ EventReader::EventReader(int port, const std::string& token) {
         httplib::Client client("127.0.0.1", port);
         client.Get("/events?token=" + token, [this](const char* data, std::size_t length) {
             const std::lock_guard lock(mutex);
+            opened = true;
             pending.append(data, length);
             std::size_t end = 0;
             while ((end = pending.find("\n\n")) != std::string::npos) {
@@ -115,6 +116,10 @@ EventReader::EventReader(int port, const std::string& token) {
             return !stop.load();
         });
     });
+    // The server subscribes a stream before it writes anything to it (an idle stream gets a comment within a
+    // fraction of a second), so once bytes arrive no later update can be missed.
+    std::unique_lock lock(mutex);
+    arrived.wait_for(lock, std::chrono::seconds(10), [this] { return opened; });
 }
 
 EventReader::~EventReader() {

@@ -47,6 +47,7 @@ private:
 // Reads the event stream of a session on a thread of its own.
 class EventReader {
 public:
+    // Returns once the stream is open, so that every update published afterwards reaches the reader.
     EventReader(int port, const std::string& token);
     ~EventReader();
     EventReader(const EventReader&) = delete;
@@ -62,6 +63,7 @@ private:
     std::condition_variable arrived;
     std::vector<nlohmann::json> events;
     std::string pending;
+    bool opened = false;
 };
 
 }  // namespace EditTesting
