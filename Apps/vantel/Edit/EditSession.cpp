@@ -1,5 +1,6 @@
 #include "EditSession.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <limits>
@@ -698,9 +699,8 @@ public:
         }
         RunFrame();
         nextFrame += std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(period));
-        if (nextFrame < now) {  // late: start counting again rather than run frames back to back
-            nextFrame = now;
-        }
+        // Late: start counting again rather than run frames back to back.
+        nextFrame = std::max(nextFrame, now);
         return 0.0;
     }
 

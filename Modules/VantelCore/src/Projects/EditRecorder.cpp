@@ -27,9 +27,13 @@ bool IsRecording() {
     return Transaction::IsRecording();
 }
 
+// Edits record while a transaction records, and only those of operators in a project's tree.
+bool RecordsEditsOf(const Operator* op) {
+    return IsRecording() && IsInModel(op);
+}
+
 bool IsUndoable(Parameter& parameter) {
-    return IsRecording() && IsInModel(parameter.GetOperator()) &&
-           !parameter.HasParameterFlag(ParameterFlag::NotUndoable);
+    return RecordsEditsOf(parameter.GetOperator()) && !parameter.HasParameterFlag(ParameterFlag::NotUndoable);
 }
 
 bool IsBundle(ParameterNode& node) {
@@ -104,14 +108,14 @@ void ComponentWritten(Parameter& parameter, int component, double previous, doub
 // ---- Names and places ----
 
 void Renamed(Object& target, const Operator* owner, std::string_view previous, std::string_view next) {
-    if (!IsRecording() || !IsInModel(owner)) {
+    if (!RecordsEditsOf(owner)) {
         return;
     }
     Transaction::AddRecord(RenameRecord{target.GetPath(), std::string(previous), std::string(next)});
 }
 
 void OperatorMoved(Operator& op, const glm::vec2& previous, const glm::vec2& next) {
-    if (!IsRecording() || !IsInModel(&op)) {
+    if (!RecordsEditsOf(&op)) {
         return;
     }
     Transaction::AddRecord(OperatorPositionRecord{op.GetPath(), previous, next});
@@ -156,7 +160,7 @@ void ParameterConnectionRemoved(const ParameterConnectionEndpoints& endpoints,
 // ---- Data ports ----
 
 void DataInputAdded(DataInput& input, std::size_t index) {
-    if (!IsRecording() || !IsInModel(input.GetOperator())) {
+    if (!RecordsEditsOf(input.GetOperator())) {
         return;
     }
     Transaction::AddRecord(DataPortRecord{input.GetPath(), index, Serialization::SerializeDataInput(input),
@@ -164,7 +168,7 @@ void DataInputAdded(DataInput& input, std::size_t index) {
 }
 
 void DataOutputAdded(DataOutput& output, std::size_t index) {
-    if (!IsRecording() || !IsInModel(output.GetOperator())) {
+    if (!RecordsEditsOf(output.GetOperator())) {
         return;
     }
     Transaction::AddRecord(DataPortRecord{output.GetPath(), index, Serialization::SerializeDataOutput(output),
@@ -172,7 +176,7 @@ void DataOutputAdded(DataOutput& output, std::size_t index) {
 }
 
 PendingRemoval DataInputRemoving(DataInput& input, std::size_t index) {
-    if (!IsRecording() || !IsInModel(input.GetOperator())) {
+    if (!RecordsEditsOf(input.GetOperator())) {
         return {};
     }
     return PendingRemoval(std::make_unique<PendingRemoval::Held>(
@@ -181,7 +185,7 @@ PendingRemoval DataInputRemoving(DataInput& input, std::size_t index) {
 }
 
 PendingRemoval DataOutputRemoving(DataOutput& output, std::size_t index) {
-    if (!IsRecording() || !IsInModel(output.GetOperator())) {
+    if (!RecordsEditsOf(output.GetOperator())) {
         return {};
     }
     return PendingRemoval(std::make_unique<PendingRemoval::Held>(
@@ -190,7 +194,7 @@ PendingRemoval DataOutputRemoving(DataOutput& output, std::size_t index) {
 }
 
 void ListInputMoved(DataInput& input, std::size_t previous, std::size_t next) {
-    if (!IsRecording() || !IsInModel(input.GetOperator())) {
+    if (!RecordsEditsOf(input.GetOperator())) {
         return;
     }
     Transaction::AddRecord(ListInputMoveRecord{input.GetPath(), previous, next});
@@ -199,7 +203,7 @@ void ListInputMoved(DataInput& input, std::size_t previous, std::size_t next) {
 // ---- Parameter nodes ----
 
 void ParameterNodeAdded(ParameterNode& node) {
-    if (!IsRecording() || !IsInModel(node.GetOperator())) {
+    if (!RecordsEditsOf(node.GetOperator())) {
         return;
     }
     nlohmann::json serialized = Serialization::SerializeParameterNode(node);
@@ -211,7 +215,7 @@ void ParameterNodeAdded(ParameterNode& node) {
 }
 
 PendingRemoval ParameterNodeRemoving(ParameterNode& node, std::size_t index) {
-    if (!IsRecording() || !IsInModel(node.GetOperator())) {
+    if (!RecordsEditsOf(node.GetOperator())) {
         return {};
     }
     nlohmann::json serialized = Serialization::SerializeParameterNode(node);
@@ -224,7 +228,7 @@ PendingRemoval ParameterNodeRemoving(ParameterNode& node, std::size_t index) {
 }
 
 void ParameterNodeMoved(ParameterNode& node, std::size_t previous, std::size_t next) {
-    if (!IsRecording() || !IsInModel(node.GetOperator())) {
+    if (!RecordsEditsOf(node.GetOperator())) {
         return;
     }
     Transaction::AddRecord(ParameterNodeMoveRecord{node.GetPath(), previous, next});
@@ -255,7 +259,7 @@ struct StructureRebuild::State {
 };
 
 StructureRebuild::StructureRebuild(Operator& op) {
-    if (!IsRecording() || !IsInModel(&op)) {
+    if (!RecordsEditsOf(&op)) {
         return;
     }
     nlohmann::json before = Serialization::SerializeOwnStructure(op);

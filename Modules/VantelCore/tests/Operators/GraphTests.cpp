@@ -149,6 +149,8 @@ TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
     EXPECT_EQ(WholeValueLinks(a.result, target.offset), (std::vector<ComponentLink>{{0, 0}}));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {}}, false));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{0, 1}}}, false));
+    EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{1, 0}}}, false));
+    EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{-1, 0}}}, false));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{0, 0}, {0, 0}}}, false));
     EXPECT_FALSE(
         graph.AddParameterConnection({&a.offset, &target.result, {{0, 0}}}, false));  // output target

@@ -279,14 +279,34 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
     EXPECT_FALSE(group.HasSeparatorAbove(&c));
 }
 
+// The layout is part of the tree an editor shows: each change of it reaches the operator, once.
+TEST(ParameterGroup, LayoutChangesReachTheOperator) {
+    Testing::MixerOperator mixer;
+    ParameterGroup& group = mixer.GetParameterGroup();
+    int changes = 0;
+    EventSubscription subscription = mixer.ParameterTreeChangedEvent().Subscribe([&] { ++changes; });
+    group.MakeRow({&mixer.focus, &mixer.mix}, "Pair");
+    group.SetRowLabel(&mixer.mix, "Both");
+    group.SetSeparatorAbove(&mixer.mix, true);
+    group.SetRowContinuation(&mixer.mix, false);
+    EXPECT_EQ(changes, 4);
+    group.SetRowLabel(&mixer.focus, "Both");  // already so: no change
+    EXPECT_EQ(changes, 4);
+}
+
+// A node of a kind the library does not know detaches itself too.
+class BareNode : public ParameterNode {};
+
 TEST(ParameterGroup, DestructionDetachesBothWays) {
     auto group = std::make_unique<ParameterGroup>();
     NumberParameter member(nullptr, "Member");
     group->Add(&member);
     {
         NumberParameter shortLived(nullptr, "Short");
+        BareNode bare;
         group->Add(&shortLived);
-        EXPECT_EQ(group->GetChildCount(), 2u);
+        group->Add(&bare);
+        EXPECT_EQ(group->GetChildCount(), 3u);
     }
     EXPECT_EQ(group->GetChildCount(), 1u);
     group.reset();

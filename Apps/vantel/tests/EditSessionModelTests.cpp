@@ -1,0 +1,66 @@
+// The edit session in process, on the library's test operators: requests whose types the bundled example and
+// the Standard plug-in do not have.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/ParameterBundle.h>
+#include <Vantel/Projects/Project.h>
+
+#include "Edit/EditSession.h"
+#include "Edit/LogTee.h"
+#include "Support/ProjectOperators.h"
+
+namespace {
+
+using nlohmann::json;
+
+TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
+    Vantel::Testing::RegisterProjectTestTypes();
+    Vantel::Project project;
+    auto owned = std::make_unique<Vantel::Testing::MixerOperator>();
+    Vantel::Testing::MixerOperator& mixer = *owned;
+    project.GetRootGraph()->AddOperator(std::move(owned));
+    std::ostringstream sink;
+    VantelHost::LogTee log(sink);
+    VantelHost::EditSession session(project, std::filesystem::temp_directory_path() / "vantel-bundles.json",
+                                    60.0, log);
+    const auto ok = [&session](const json& request) {
+        const json reply = json::parse(session.Handle(request));
+        EXPECT_EQ(reply["ok"], true) << request.dump() << " -> " << reply.dump();
+        return reply["result"];
+    };
+    const auto keys = [&mixer] {
+        std::string text;
+        for (const Vantel::ParameterBundle* bundle : mixer.bands.GetBundles()) {
+            text += bundle->GetKey() + ";";
+        }
+        return text;
+    };
+
+    const std::string list = mixer.bands.GetPath().ToString();
+    const std::string first = ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
+    const std::string second = ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
+    const std::string added = keys();
+    ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
+    const std::string moved = keys();
+    EXPECT_NE(moved, added);
+    ok({{"type", "removeBundle"}, {"path", first}});
+    EXPECT_EQ(mixer.bands.GetBundles().size(), 1u);
+
+    ok({{"type", "undo"}});
+    EXPECT_EQ(keys(), moved);
+    ok({{"type", "undo"}});
+    EXPECT_EQ(keys(), added);
+    ok({{"type", "undo"}});
+    ok({{"type", "undo"}});
+    EXPECT_TRUE(mixer.bands.GetBundles().empty());
+}
+
+}  // namespace
