@@ -172,6 +172,7 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
           {"input", oscillator + "/Amplitude"},
           {"links", {{4294967296LL, 0}}}},
          "'links' must be a list of [source, target] component pairs"},
+        {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
     };
     for (const auto& row : rows) {

@@ -258,8 +258,15 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     Graph graph;
+    std::vector<Operator*> added;
+    std::vector<Operator*> removedOnes;
+    EventSubscription onAdd =
+        graph.OperatorAddedEvent().Subscribe([&](Operator* op) { added.push_back(op); });
+    EventSubscription onRemove =
+        graph.OperatorRemovedEvent().Subscribe([&](Operator* op) { removedOnes.push_back(op); });
     SourceOperator& source = Add<SourceOperator>(graph);
     AddOperator& sink = Add<AddOperator>(graph);
+    EXPECT_EQ(added, (std::vector<Operator*>{&source, &sink}));
     graph.AddDataConnection({&source.out, &sink.in});
     graph.AddParameterConnection({&source.value, &sink.offset, {{0, 0}}}, false);
     std::unique_ptr<Operator> removed = graph.RemoveOperator(&source);
@@ -270,6 +277,7 @@ TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     EXPECT_TRUE(graph.GetDataConnections().empty());
     EXPECT_EQ(graph.RemoveOperator(&source), nullptr);
     EXPECT_EQ(graph.GetOperators(), std::vector<Operator*>{&sink});
+    EXPECT_EQ(removedOnes, std::vector<Operator*>{&source});  // once, after it was let go
 }
 
 // An editor's "add node": create, name, place, add and connect in one transaction, naming before or after.

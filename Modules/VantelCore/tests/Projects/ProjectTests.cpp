@@ -15,6 +15,7 @@
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
 #include <Vantel/Parameters/FloatParameter.h>
+#include <Vantel/Parameters/ParameterGroup.h>
 #include <Vantel/Parameters/VectorParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
@@ -307,6 +308,20 @@ TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSaved) {
     EXPECT_FALSE(entry(driven, "Offset").contains("value"));
     EXPECT_EQ(entry(holder, partly->GetKey())["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
     EXPECT_FALSE(entry(holder, fully->GetKey()).contains("value"));
+}
+
+// Outside an operator's tree a plain group may hold groups; it is written as the array of its children.
+TEST(Project, APlainGroupIsWrittenAsItsScope) {
+    ParameterGroup outer;
+    NumberParameter first(nullptr, "First", 1.0);
+    outer.Add(&first);
+    auto inner = std::make_unique<ParameterGroup>();
+    NumberParameter second(nullptr, "Second", 2.0);
+    inner->Add(&second);
+    outer.Add(std::move(inner));
+    EXPECT_EQ(
+        Serialization::SerializeParameterNode(outer),
+        nlohmann::json::parse(R"([{"key": "First", "value": 1.0}, [{"key": "Second", "value": 2.0}]])"));
 }
 
 // A save replaces the old file only once the new text is whole on disk: whatever fails, the old file stays
