@@ -158,6 +158,10 @@ TEST(ReferenceParameters, JsonPathsAreRelativeToTheContextAndRoundTrip) {
     EXPECT_EQ(copy.targets.Value(), s.holder.targets.Value());
     s.nested.target = &s.deep.value;  // the nested graph is the context one level down
     EXPECT_EQ(s.nested.target.SerializeValue(), s.deep.GetKey() + "/Value");
+    // Moved into the nested graph, the holder's referent lies outside its context: no path names it.
+    s.holder.target = &s.sibling.value;
+    s.inner.AddOperator(s.root.RemoveOperator(&s.holder));
+    EXPECT_EQ(s.holder.target.SerializeValue(), json());
 
     // A root graph is its own context, and names itself with the empty path.
     auto owned = std::make_unique<PtrParameter>(nullptr, "Pick", nullptr);
