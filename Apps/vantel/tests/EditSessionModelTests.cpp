@@ -50,6 +50,8 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     const std::string added = keys();
     ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
     const std::string moved = keys();
+    EXPECT_EQ(json::parse(session.Handle({{"type", "moveBundle"}, {"path", first}, {"index", -1}}))["error"],
+              "'index' must be a whole number, 0 or more");
     ok({{"type", "removeBundle"}, {"path", first}});
     EXPECT_EQ(mixer.bands.GetBundles().size(), 1u);
 

@@ -209,13 +209,11 @@ TEST_F(EditSession, CtrlCKeepsUnsavedWorkInARecoveryFile) {
         << session.GetOutput();
     EXPECT_NE(ReadFile(recovery).find("\"Wobble\""), std::string::npos);
     fs::remove(recovery);
-
-    // Saved work needs no recovery file.
     EditProcess saved(kHost, project);
     Ok(saved, {{"type", "renameOperator"}, {"path", oscillator}, {"name", "Steady"}});
     Save(saved);
     EXPECT_EQ(saved.Stop(), 0);
-    EXPECT_FALSE(fs::exists(recovery)) << saved.GetOutput();
+    EXPECT_FALSE(fs::exists(recovery)) << saved.GetOutput();  // saved work needs none
 }
 
 // An editor's palette: every type with its docs, the operators' declared members, the data types' colours.
@@ -232,15 +230,11 @@ TEST_F(EditSession, TypesComeWithTheirDocsMembersAndColours) {
     };
     const json oscillator = find(types["operators"], "type", "Standard.Math.Oscillator");
     ASSERT_TRUE(oscillator.is_object()) << types["operators"].dump();
-    EXPECT_EQ(oscillator["name"], "Oscillator");
     EXPECT_EQ(oscillator["category"], "Math");
     EXPECT_NE(oscillator["doc"].get<std::string>().find("sine"), std::string::npos);
     EXPECT_TRUE(find(oscillator["parameters"], "name", "Frequency").is_object()) << oscillator.dump();
     EXPECT_TRUE(find(types["parameters"], "type", "Vantel.ColorParameter").is_object());
-    const json image = find(types["dataTypes"], "name", "Image");
-    ASSERT_TRUE(image.is_object()) << types["dataTypes"].dump();
-    ASSERT_TRUE(image["color"].is_array()) << image.dump();
-    EXPECT_EQ(image["color"].size(), 4u);
+    EXPECT_EQ(find(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
 }
 
 TEST_F(EditSession, ANewFileStartsAnEmptyProject) {

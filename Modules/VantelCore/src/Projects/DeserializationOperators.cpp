@@ -335,27 +335,23 @@ void PruneOrphanListInputs(Operator& op) {
 }
 
 void Detail::PruneListInputs(Operator& op, Context* context) {
-    for (const DataInputSlot& slot : std::vector<DataInputSlot>(op.GetAllDataInputSlots())) {
-        DataInputList* const* list = std::get_if<DataInputList*>(&slot);
-        if (list == nullptr) {
+    for (DataInput* input : std::vector<DataInput*>(op.GetAllDataInputs())) {
+        DataInputList* list = input->GetList();
+        if (list == nullptr || input->IsConnected()) {
             continue;
         }
-        for (DataInput* input : std::vector<DataInput*>((*list)->GetInputs())) {
-            if (input->IsConnected()) {
-                continue;
-            }
-            std::string reason = "PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" +
-                                 (*list)->GetKey() + "' in operator '" + op.GetName() +
-                                 "' has no connection and is removed. The file lost the connection to it, or "
-                                 "the connection could not be made (see the error above it); connecting the "
-                                 "source again recreates the input.";
-            LogWarning(reason);
-            if (context != nullptr) {
-                ContextAccess::NoteDropped(*context, DroppedEntry::Kind::ListInput, &op,
-                                           (*list)->GetKey() + "/" + input->GetKey(), std::move(reason));
-            }
-            Access::GetImplementation(**list)->RemoveInput(input);
+        std::string reason =
+            "PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" + list->GetKey() +
+            "' in operator '" + op.GetName() +
+            "' has no connection and is removed. The file lost the connection to it, or the "
+            "connection could not be made (see the error above it); connecting the source again "
+            "recreates the input.";
+        LogWarning(reason);
+        if (context != nullptr) {
+            ContextAccess::NoteDropped(*context, DroppedEntry::Kind::ListInput, &op,
+                                       list->GetKey() + "/" + input->GetKey(), std::move(reason));
         }
+        Access::GetImplementation(*list)->RemoveInput(input);
     }
 }
 

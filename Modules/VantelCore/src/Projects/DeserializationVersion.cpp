@@ -1,6 +1,7 @@
 // File versions: reading the version record of a document.
 #include <Vantel/Projects/Deserialization.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -30,8 +31,8 @@ T FieldOr(const json& record, const char* key, T fallback) {
         constexpr auto low = static_cast<std::int64_t>(std::numeric_limits<T>::min());
         constexpr auto high = static_cast<std::int64_t>(std::numeric_limits<T>::max());
         if (found->is_number_unsigned()) {
-            const auto value = found->template get<std::uint64_t>();
-            return value > static_cast<std::uint64_t>(high) ? static_cast<T>(high) : static_cast<T>(value);
+            return static_cast<T>(
+                std::min(found->template get<std::uint64_t>(), static_cast<std::uint64_t>(high)));
         }
         const auto value = found->template get<std::int64_t>();
         return static_cast<T>(value < low ? low : (value > high ? high : value));
