@@ -50,6 +50,10 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     const std::string added = keys();
     ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
     const std::string moved = keys();
+    const json bands =
+        json::parse(session.Handle({{"type", "getGraph"}}))["result"]["operators"][0]["parameters"][0];
+    EXPECT_EQ(bands["kind"], "bundleList");
+    EXPECT_EQ(bands["children"][0]["kind"], "bundle");
     EXPECT_EQ(json::parse(session.Handle({{"type", "moveBundle"}, {"path", first}, {"index", -1}}))["error"],
               "'index' must be a whole number, 0 or more");
     ok({{"type", "removeBundle"}, {"path", first}});

@@ -155,6 +155,12 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
     EditProcess session(kHost, project);
     const std::string before = Save(session);
     const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
+    const auto link = [&](const json& links) {
+        return json{{"type", "connectParameter"},
+                    {"output", oscillator + "/Frequency"},
+                    {"input", oscillator + "/Amplitude"},
+                    {"links", links}};
+    };
     const struct {
         json request;
         std::string error;
@@ -167,11 +173,8 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
          "[json.exception.type_error.302] type must be number, but is string"},
         {{{"type", "connectData"}, {"output", oscillator + "/Signal"}, {"input", oscillator + "/Frequency"}},
          oscillator + "/Frequency is neither a data input nor an input list"},
-        {{{"type", "connectParameter"},
-          {"output", oscillator + "/Frequency"},
-          {"input", oscillator + "/Amplitude"},
-          {"links", {{4294967296LL, 0}}}},
-         "'links' must be a list of [source, target] component pairs"},
+        {link({{4294967296LL, 0}}), "'links' must be a list of [source, target] component pairs"},
+        {link({{0, 0, 0}}), "'links' must be a list of [source, target] component pairs"},
         {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
     };

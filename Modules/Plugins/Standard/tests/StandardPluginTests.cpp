@@ -180,7 +180,9 @@ TEST(StandardPlugin, ArithmeticCoversEveryOperationAndDefinesTheInvalidOnes) {
     }
     // The result is the operator's to write: never saved, never connected into. An unchanged result sends no
     // new data downstream.
-    EXPECT_TRUE(Param<FloatParameter>(arithmetic, "Value").HasParameterFlag(ParameterFlag::Output));
+    const FloatParameter& value = Param<FloatParameter>(arithmetic, "Value");
+    EXPECT_TRUE(value.HasParameterFlag(ParameterFlag::Output) &&
+                value.HasParameterFlag(ParameterFlag::NotSaved));
     const DataOutput& result = *arithmetic.GetAllDataOutputs().front();
     const std::uint64_t serial = result.GetDataSerial();
     Param<FloatParameter>(arithmetic, "Value B") = 500.0;  // runs again; 10 to the 500th is 0, as before
