@@ -26,8 +26,11 @@ bool IsLetter(char c) {
     return IsUpper(c) || IsLower(c);
 }
 
-// Whether a blank goes before s[i] (i > 0).
+// Whether a blank goes before s[i].
 bool StartsWord(std::string_view s, std::size_t i) {
+    if (i == 0) {
+        return false;
+    }
     const char previous = s[i - 1];
     const char current = s[i];
     if (IsLower(previous) && IsUpper(current)) {
@@ -64,7 +67,7 @@ std::string DeriveDisplayName(std::string_view typeName) {
     }
     std::string result;
     for (std::size_t i = 0; i < last.size(); ++i) {
-        if (i > 0 && StartsWord(last, i)) {
+        if (StartsWord(last, i)) {
             result += ' ';
         }
         result += last[i];

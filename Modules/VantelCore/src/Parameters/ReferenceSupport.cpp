@@ -112,12 +112,12 @@ void VisitOperator(Operator& op, Visit& visit) {
     for (const DataInputSlot& slot : op.GetAllDataInputSlots()) {
         if (DataInput* const* input = std::get_if<DataInput*>(&slot)) {
             visit(**input);
-            continue;
-        }
-        DataInputList& list = *std::get<DataInputList*>(slot);
-        visit(list);
-        for (DataInput* input : list.GetInputs()) {
-            visit(*input);
+        } else {
+            DataInputList& list = *std::get<DataInputList*>(slot);
+            visit(list);
+            for (DataInput* listed : list.GetInputs()) {
+                visit(*listed);
+            }
         }
     }
     for (DataOutput* output : op.GetAllDataOutputs()) {

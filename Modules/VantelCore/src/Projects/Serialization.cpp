@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -38,8 +39,7 @@ using Detail::TreeWriter;
 // Output text, then input text, as std::pair and std::tuple compare them.
 bool TextsBefore(const std::string& output, const std::string& input, const std::string& otherOutput,
                  const std::string& otherInput) {
-    const int outputs = output.compare(otherOutput);
-    return outputs != 0 ? outputs < 0 : input < otherInput;
+    return std::tie(output, input) < std::tie(otherOutput, otherInput);
 }
 
 // A value that connections recompute after loading is not stored.

@@ -52,16 +52,6 @@ void AppendEncoded(void* context, void* data, int size) {
     encoded.insert(encoded.end(), bytes, bytes + size);
 }
 
-Pixels DropAlpha(const Pixels& pixels) {
-    Pixels opaque;
-    opaque.reserve(pixels.size() / 4 * 3);
-    for (std::size_t i = 0; i + 3 < pixels.size(); i += 4) {
-        opaque.insert(opaque.end(), pixels.begin() + static_cast<std::ptrdiff_t>(i),
-                      pixels.begin() + static_cast<std::ptrdiff_t>(i + 3));
-    }
-    return opaque;
-}
-
 const Pixels& NoPixels() {
     static const Pixels empty;
     return empty;
@@ -166,14 +156,9 @@ std::vector<std::uint8_t> Image::Encode(ImageFormat format) const {
 
     const auto width = static_cast<int>(state.width);
     const auto height = static_cast<int>(state.height);
-    auto channelCount = static_cast<int>(state.channelCount);
+    // The JPEG writer ignores an alpha channel by itself.
+    const auto channelCount = static_cast<int>(state.channelCount);
     const std::uint8_t* pixels = state.pixels->data();
-    Pixels opaque;
-    if (format == ImageFormat::Jpg && channelCount == 4) {
-        opaque = DropAlpha(*state.pixels);
-        pixels = opaque.data();
-        channelCount = 3;
-    }
 
     Pixels encoded;
     if (size / 2 > 1) {
