@@ -244,6 +244,7 @@ TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
     const fs::path fresh = folder / "Fresh.json";
     EditProcess session(kHost, fresh);
     EXPECT_TRUE(Ok(session, {{"type", "getGraph"}})["operators"].empty());
+    EXPECT_FALSE(fs::exists(fresh));  // until the first save
     Ok(session, {{"type", "addOperator"}, {"operatorType", "Vantel.General.Graph"}});
     Ok(session, {{"type", "save"}});
     EXPECT_NE(ReadFile(fresh).find("Vantel.General.Graph"), std::string::npos);
