@@ -33,9 +33,7 @@ struct ScalarPolicy<int> {
     static constexpr const char* kTypeSuffix = "IntParameter";
     static const std::vector<std::int64_t>& Numbers(const ParameterData& data) { return data.GetInts(); }
     static int FromNumber(std::int64_t number) { return ValueParameterSupport::ClampToInt32(number); }
-    static int FromJson(const nlohmann::json& element) {
-        return ValueParameterSupport::ClampToInt32(ValueParameterSupport::ReadInt64(element));
-    }
+    static int FromJson(const nlohmann::json& element) { return ValueParameterSupport::ReadInt32(element); }
     static int FromComponentWrite(double value) { return ValueParameterSupport::RoundToInt32(value); }
 };
 

@@ -92,6 +92,11 @@ inline std::int64_t ReadInt64(const nlohmann::json& value) {
     return value.get<std::int64_t>();  // the int64 conversion, unlike the others, refuses booleans
 }
 
+// As ReadInt64, then saturated at the int range.
+inline int ReadInt32(const nlohmann::json& value) {
+    return ClampToInt32(ReadInt64(value));
+}
+
 // Calls read(index, element) for the elements 0 to count - 1 that the array holds. A value that is not an
 // array throws the library's type error 305 "cannot use operator[] with a numeric argument with <type>".
 template <typename Read>

@@ -65,7 +65,7 @@ std::string Describe(const std::string& outputText, const std::string& inputText
 // than wrapping round to a component that exists (or, for a float, being undefined).
 std::int32_t ReadComponent(const json& value) {
     if (value.is_number()) {
-        return ValueParameterSupport::ClampToInt32(ValueParameterSupport::ReadInt64(value));
+        return ValueParameterSupport::ReadInt32(value);
     }
     return value.get<std::int32_t>();  // booleans as before, anything else the file's type error
 }

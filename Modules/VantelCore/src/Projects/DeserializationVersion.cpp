@@ -1,10 +1,11 @@
 // File versions: reading the version record of a document.
 #include <Vantel/Projects/Deserialization.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <string>
+#include <type_traits>
+
+#include "Parameters/ValueParameterSupport.h"
 
 namespace Vantel::Deserialization {
 namespace {
@@ -24,18 +25,9 @@ T FieldOr(const json& record, const char* key, T fallback) {
     } else if constexpr (std::is_same_v<T, bool>) {
         return found->is_boolean() ? found->template get<bool>() : fallback;
     } else {
-        if (!found->is_number_integer()) {
-            return fallback;
-        }
+        static_assert(std::is_same_v<T, std::int32_t>);
         // Saturated, so that a huge number still reads as a format this build does not know.
-        constexpr auto low = static_cast<std::int64_t>(std::numeric_limits<T>::min());
-        constexpr auto high = static_cast<std::int64_t>(std::numeric_limits<T>::max());
-        if (found->is_number_unsigned()) {
-            return static_cast<T>(
-                std::min(found->template get<std::uint64_t>(), static_cast<std::uint64_t>(high)));
-        }
-        const auto value = found->template get<std::int64_t>();
-        return static_cast<T>(value < low ? low : (value > high ? high : value));
+        return found->is_number_integer() ? ValueParameterSupport::ReadInt32(*found) : fallback;
     }
 }
 
