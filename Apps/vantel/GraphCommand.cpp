@@ -112,20 +112,14 @@ private:
             WriteContents(nested, depth + 1);
             Out() << indent << "}\n";
         }
+        // Every endpoint belongs to an operator of this graph, boundary mirrors included, so it has a node.
         for (const Vantel::DataConnection& connection : graph.GetDataConnections()) {
-            const auto output = ports.find(connection.output);
-            const auto input = ports.find(connection.input);
-            if (output != ports.end() && input != ports.end()) {
-                Out() << indent << output->second << " -> " << input->second << ";\n";
-            }
+            Out() << indent << ports.at(connection.output) << " -> " << ports.at(connection.input) << ";\n";
         }
         for (const auto& [endpoints, links] : graph.GetParameterConnections()) {
-            const auto source = nodes.find(endpoints.source->GetOperator());
-            const auto target = nodes.find(endpoints.target->GetOperator());
-            if (source != nodes.end() && target != nodes.end()) {
-                Out() << indent << source->second << " -> " << target->second << " [style=dashed, label="
-                      << Quoted(endpoints.source->GetKey() + " -> " + endpoints.target->GetKey()) << "];\n";
-            }
+            Out() << indent << nodes.at(endpoints.source->GetOperator()) << " -> "
+                  << nodes.at(endpoints.target->GetOperator()) << " [style=dashed, label="
+                  << Quoted(endpoints.source->GetKey() + " -> " + endpoints.target->GetKey()) << "];\n";
         }
     }
 

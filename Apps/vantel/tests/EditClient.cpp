@@ -60,8 +60,8 @@ EditProcess::~EditProcess() {
     }
 }
 
-int EditProcess::Stop() {
-    kill(pid, SIGINT);
+int EditProcess::Stop(int signal) {
+    kill(pid, signal);
     std::string line;
     while (!(line = ReadLine(outFd)).empty()) {
         output += line + "\n";

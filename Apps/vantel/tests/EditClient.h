@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <mutex>
@@ -27,8 +28,8 @@ public:
     const std::string& GetToken() const { return token; }
     // What the process printed on standard output after the address, once it has ended.
     std::string GetOutput() const { return output; }
-    // Sends SIGINT and returns the exit code.
-    int Stop();
+    // Sends `signal` and returns the exit code.
+    int Stop(int signal = SIGINT);
 
     // One request: the reply's JSON, or {"status": N} with the HTTP status when the reply is not JSON.
     nlohmann::json Request(const nlohmann::json& request);

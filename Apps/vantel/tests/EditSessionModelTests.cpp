@@ -2,10 +2,12 @@
 // the Standard plug-in do not have.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -56,7 +58,7 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     EXPECT_EQ(bands["children"][0]["kind"], "bundle");
     EXPECT_EQ(json::parse(session.Handle({{"type", "moveBundle"}, {"path", first}, {"index", -1}}))["error"],
               "'index' must be a whole number, 0 or more");
-    ok({{"type", "removeBundle"}, {"path", first}});
+    ok({{"type", "removeBundle"}, {"path", second}});  // the first: undo puts it back in front
     EXPECT_EQ(mixer.bands.GetBundles().size(), 1u);
 
     ok({{"type", "undo"}});
@@ -66,6 +68,37 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     ok({{"type", "undo"}});
     ok({{"type", "undo"}});
     EXPECT_TRUE(mixer.bands.GetBundles().empty());
+}
+
+TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyNamesFlags) {
+    Vantel::Testing::RegisterProjectTestTypes();
+    Vantel::Project project;
+    auto nested = std::make_unique<Vantel::Graph>();
+    auto owned = std::make_unique<Vantel::Testing::MixerOperator>();
+    Vantel::Testing::MixerOperator& mixer = *owned;
+    mixer.mix.SetParameterFlag(Vantel::ParameterFlag::Structural, true);
+    nested->AddOperator(std::move(owned));
+    project.GetRootGraph()->AddOperator(std::move(nested));
+    std::ostringstream sink;
+    VantelHost::LogTee log(sink);
+    VantelHost::EditSession session(project, std::filesystem::temp_directory_path() / "vantel-nested.json",
+                                    60.0, log);
+    std::vector<json> updates;
+    session.SetPublisher([&updates](const json& update) { updates.push_back(update); });
+
+    const json graph =
+        json::parse(session.Handle({{"type", "getGraph"}, {"path", mixer.GetGraph()->GetPath().ToString()}}));
+    const json& mix = graph["result"]["operators"][0]["parameters"][2];
+    EXPECT_EQ(mix["name"], "Mix");
+    EXPECT_EQ(mix["flags"], json::array({"marksOutdated", "structural"}));
+
+    session.Handle({{"type", "pause"}});
+    session.Handle({{"type", "step"}});
+    session.PublishFrameUpdate();
+    const auto frame = std::find_if(updates.begin(), updates.end(),
+                                    [](const json& update) { return update["event"] == "frame"; });
+    ASSERT_NE(frame, updates.end());
+    EXPECT_EQ((*frame)["values"][mixer.mix.GetPath().ToString()], 0.0);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <random>
@@ -202,11 +203,12 @@ TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
     EXPECT_EQ(session.Request({{"type", "getState"}})["ok"], true);
 }
 
-TEST_F(EditSession, CtrlCKeepsUnsavedWorkInARecoveryFile) {
+// Ctrl+C, or the system ending the session (SIGTERM), keeps unsaved work.
+TEST_F(EditSession, AnEndedSessionKeepsUnsavedWorkInARecoveryFile) {
     EditProcess session(kHost, project);
     const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
     Ok(session, {{"type", "renameOperator"}, {"path", oscillator}, {"name", "Wobble"}});
-    EXPECT_EQ(session.Stop(), 0);
+    EXPECT_EQ(session.Stop(SIGTERM), 0);
     const fs::path recovery = folder / "ImagePipeline.recovery.json";
     EXPECT_NE(session.GetOutput().find("unsaved changes kept in " + recovery.string()), std::string::npos)
         << session.GetOutput();

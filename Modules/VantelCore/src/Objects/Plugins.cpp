@@ -69,15 +69,16 @@ private:
     PluginRecord* const previous;
 };
 
-// What a load changed in a reused or new record, so that a load entry that throws can be taken back.
+// What a load changed in a reused or new record, so that a load entry that throws can be taken back. Only
+// AttachLibrary makes one, every field given.
 struct RecordMark {
-    std::size_t types = 0;
-    std::size_t recordedTypes = 0;
-    std::size_t dataTypeIds = 0;
-    PluginEntryPoint load = nullptr;
-    PluginEntryPoint unload = nullptr;
-    bool hadLibrary = false;
-    bool created = false;
+    std::size_t types;
+    std::size_t recordedTypes;
+    std::size_t dataTypeIds;
+    PluginEntryPoint load;
+    PluginEntryPoint unload;
+    bool hadLibrary;
+    bool created;
 };
 
 // Finds or makes the record of `name` and hands it the library and its entries.

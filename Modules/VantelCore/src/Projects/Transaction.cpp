@@ -149,8 +149,8 @@ public:
         return false;
     }
 
+    // After Finish: moves what was collected into the enclosing transaction's last compound record.
     void Attach() {
-        Finish();
         Normalize(records);
         if (records.empty()) {
             return;
@@ -199,10 +199,11 @@ Transaction::Transaction(std::string_view name) : implementation(std::make_uniqu
 }
 
 Transaction::~Transaction() {
-    if (!implementation->finished && implementation->enclosing != nullptr) {
+    const bool nestedAndOpen = !implementation->finished && implementation->enclosing != nullptr;
+    implementation->Finish();
+    if (nestedAndOpen) {
         implementation->Attach();
     }
-    implementation->Finish();
 }
 
 std::optional<CommittedTransaction> Transaction::Commit() {

@@ -258,7 +258,7 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
         {"Vantel.Vector3IntParameter", "Vector 3 Int"},
         {"Vantel.Transform3DParameter", "Transform 3D"},
         {"Example.Texture2DArray", "Texture 2D Array"},
-        {"Example.Blur2Pass", "Blur 2 Pass"},
+        {"Example.Blur9Pass", "Blur 9 Pass"},
         {"Example.Parameter", "Parameter"},
         {"Vantel.Operator", "Operator"},
         {"NoDots", "No Dots"},

@@ -299,14 +299,21 @@ TEST(ParameterGroup, DestructionDetachesBothWays) {
     auto group = std::make_unique<ParameterGroup>();
     NumberParameter member(nullptr, "Member");
     group->Add(&member);
+    std::string events;
+    const EventSubscription added = group->ChildAddedEvent().Subscribe(
+        [&events](ParameterNode* node) { events += "+" + node->GetKey(); });
+    const EventSubscription removed = group->ChildRemovedEvent().Subscribe(
+        [&events](ParameterNode* node) { events += "-" + node->GetKey(); });
     {
         NumberParameter shortLived(nullptr, "Short");
         BareNode bare;
+        bare.SetKey("Bare");
         group->Add(&shortLived);
         group->Add(&bare);
         EXPECT_EQ(group->GetChildCount(), 3u);
     }
     EXPECT_EQ(group->GetChildCount(), 1u);
+    EXPECT_EQ(events, "+Short+Bare-Bare-Short");
     group.reset();
     EXPECT_EQ(member.GetParent(), nullptr);
     EXPECT_EQ(member.GetIndex(), ParameterNode::npos);

@@ -274,13 +274,16 @@ TEST_F(UndoRedo, StructuralWritesRoundTrip) {
     ExpectRoundTrip(project, before, done);
 }
 
+// Only what the user added is replaced: a parameter the graph's type made itself stays.
 TEST_F(UndoRedo, StructureRecordRestoresUserParameters) {
     Graph* inner = &Add<Graph>(*graph);
+    inner->AddParameter(std::make_unique<Testing::NumberParameter>(nullptr, "Own"));
     const std::string before = Save(project);
-    inner->AddUserParameter(Testing::NumberParameter::Type(), false)->SetName("Level");
+    Parameter* level = inner->AddUserParameter(Testing::NumberParameter::Type(), false);
+    level->SetName("Level");
     const nlohmann::json structure = Serialization::SerializeOwnStructure(*inner);
     const std::string after = Save(project);
-    inner->RemoveParameter(inner->GetAllParameters().at(0));
+    inner->RemoveParameter(level);
     ASSERT_EQ(Save(project), before);
 
     const CommittedTransaction done{"Restructure",
