@@ -68,6 +68,20 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     ok({{"type", "undo"}});
     ok({{"type", "undo"}});
     EXPECT_TRUE(mixer.bands.GetBundles().empty());
+
+    // A list input whose source stayed behind is not pasted.
+    auto source = std::make_unique<Vantel::Testing::SourceOperator>();
+    Vantel::DataOutput& out = source->out;
+    project.GetRootGraph()->AddOperator(std::move(source));
+    ok({{"type", "connectData"},
+        {"output", out.GetPath().ToString()},
+        {"input", mixer.layers.GetPath().ToString()}});
+    const json clipboard = ok({{"type", "copy"}, {"paths", {mixer.GetPath().ToString()}}});
+    const std::string pasted = ok({{"type", "paste"}, {"clipboard", clipboard}})["paths"][0];
+    auto& copy =
+        dynamic_cast<Vantel::Testing::MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(pasted)));
+    EXPECT_EQ(mixer.layers.GetInputs().size(), 1u);
+    EXPECT_TRUE(copy.layers.GetInputs().empty());
 }
 
 TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyNamesFlags) {

@@ -34,7 +34,7 @@ TEST(JsonText, WhatItWritesReadsBackAsWritten) {
     }
     out.EndArray();
     out.Key("value");
-    out.Value(json{{"a", {1, 2}}});
+    out.Value(json{{"a", {1, 2}}, {"b", "\xC3\xBC"}});
     out.Key("text");
     out.BeginArray();
     out.String("quote \" backslash \\ newline \n bell \x07 caf\xC3\xA9");  // UTF-8 stays as it is
@@ -53,11 +53,13 @@ TEST(JsonText, WhatItWritesReadsBackAsWritten) {
         {"rows",
          {{{"index", -1}, {"cells", {0.0, true, nullptr}}},
           {{"index", 0}, {"cells", {0.1, false, nullptr}}}}},
-        {"value", {{"a", {1, 2}}}},
+        {"value", {{"a", {1, 2}}, {"b", "\xC3\xBC"}}},
         {"text", {"quote \" backslash \\ newline \n bell \x07 caf\xC3\xA9", "bad \xEF\xBF\xBD byte"}},
         {"numbers", {nullptr, nullptr, 1e300, double{0.1f}}}};  // JSON has no NaN or infinity
     const std::string text = out.Take();
-    EXPECT_NE(text.find("caf\xC3\xA9"), std::string::npos);  // UTF-8 as it is, not escaped
+    for (const char* kept : {"caf\xC3\xA9", "\"\xC3\xBC\""}) {
+        EXPECT_NE(text.find(kept), std::string::npos) << kept;  // UTF-8 as it is, not escaped
+    }
     EXPECT_EQ(json::parse(text), expected);
 }
 

@@ -381,10 +381,12 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
         fs::remove(pipeline.folder / "out.png");
         Param<FloatParameter>(*pipeline.work, "Radius") = 0.0;  // the image as it is
         pipeline.Frame();
+        LogCapture log;
         Param<StringParameter>(*pipeline.load, "File") = "";
         pipeline.Frame();
         Pipeline::Settle();
         pipeline.Frame();
+        EXPECT_EQ(log.Text(), "");  // no image is not an image of the wrong kind
         EXPECT_FALSE(pipeline.work->GetAllDataOutputs()[0]->HasData());
         EXPECT_FALSE(fs::exists(pipeline.folder / "out.png"));
     }

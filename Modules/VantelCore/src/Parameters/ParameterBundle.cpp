@@ -69,8 +69,9 @@ std::vector<const Parameter*> ParameterBundle::GetParameters() const {
     return parameters;
 }
 
+// A parameter has no children, so it is never one of the bundle's ancestors: no cycle check is needed.
 bool ParameterBundle::AcceptsChild(const ParameterNode& node) {
-    return ParameterGroup::AcceptsChild(node) && dynamic_cast<const Parameter*>(&node) != nullptr;
+    return dynamic_cast<const Parameter*>(&node) != nullptr;
 }
 
 }  // namespace Vantel

@@ -122,10 +122,8 @@ void ParameterBundleList::SetBundlesNumbered(bool numbered) {
     implementation->numbered = numbered;
 }
 
+// Bundles hold parameters only, so no bundle is one of the list's ancestors: no cycle check is needed.
 bool ParameterBundleList::AcceptsChild(const ParameterNode& node) {
-    if (!ParameterGroup::AcceptsChild(node)) {
-        return false;
-    }
     if (node.GetParent() != nullptr && node.GetParent() != this) {
         return false;
     }

@@ -12,10 +12,8 @@ ParameterRootGroup::~ParameterRootGroup() = default;
 
 VANTEL_DEFINE_OBJECT_TYPE(ParameterRootGroup, ParameterGroup, "Vantel.ParameterRootGroup")
 
+// The root has no ancestors, so no cycle check is needed.
 bool ParameterRootGroup::AcceptsChild(const ParameterNode& node) {
-    if (!ParameterGroup::AcceptsChild(node)) {
-        return false;
-    }
     return dynamic_cast<const Parameter*>(&node) != nullptr ||
            dynamic_cast<const ParameterBundleList*>(&node) != nullptr;
 }

@@ -419,11 +419,9 @@ private:
     }
 
     // Gives an existing node the stored values (a bundle: those of its parameters) and its stored place.
+    // The node was found in the project or made in one of its lists, so it belongs to an operator.
     static bool RestoreNode(ParameterNode& existing, std::size_t index, const json& node) {
         Operator* op = existing.GetOperator();
-        if (op == nullptr) {
-            return false;
-        }
         Deserialization::Context context;
         if (auto* bundle = dynamic_cast<ParameterBundle*>(&existing)) {
             std::vector<Deserialization::Detail::Unmatched> unmatched;

@@ -161,9 +161,7 @@ std::vector<std::uint8_t> Image::Encode(ImageFormat format) const {
     const std::uint8_t* pixels = state.pixels->data();
 
     Pixels encoded;
-    if (size / 2 > 1) {
-        encoded.reserve(size / 2);
-    }
+    encoded.reserve(size / 2);
     int written = 0;
     switch (format) {
         case ImageFormat::Png:

@@ -50,8 +50,8 @@ TEST(Runner, FramesRunWhatIsOutdatedCountItAndLeaveNoMarksOrRecords) {
     SourceOperator& source = Add<SourceOperator>(*nested);
     AddOperator& sink = Add<AddOperator>(*nested);
     ASSERT_TRUE(nested->AddDataConnection({&source.out, &sink.in}));
+    Add<SourceOperator>(root);  // first: once idle, it must not end the frame for those after it
     root.AddOperator(std::move(nested));
-    Add<SourceOperator>(root);
     root.AddOperator(std::make_unique<Graph>());  // empty: never outdated, never run
 
     Runner runner(std::make_unique<FixedClock>(0.5));
@@ -79,7 +79,7 @@ TEST(Runner, FramesRunWhatIsOutdatedCountItAndLeaveNoMarksOrRecords) {
     // Each operator knows the last frame it ran in; the outer source, unchanged, stays at the first.
     EXPECT_EQ(sink.GetLastRunFrame(), runner.GetFrameNumber());
     EXPECT_EQ(source.GetLastRunFrame(), runner.GetFrameNumber());
-    EXPECT_EQ(root.GetOperators()[1]->GetLastRunFrame(), runner.GetFrameNumber() - 2);
+    EXPECT_EQ(root.GetOperators()[0]->GetLastRunFrame(), runner.GetFrameNumber() - 2);
     EXPECT_EQ(root.GetOperators()[2]->GetLastRunFrame(), 0u);
 
     // Another graph keeps the count going; a frame without a graph runs nothing.
@@ -90,6 +90,29 @@ TEST(Runner, FramesRunWhatIsOutdatedCountItAndLeaveNoMarksOrRecords) {
     runner.SetGraph(nullptr);
     runner.Execute();
     EXPECT_EQ(runner.GetOperatorsRun(), 8u);
+}
+
+// Only the second output changes: the unchanged first must not keep it from being handed on.
+class SecondOutputOperator : public Operator {
+public:
+    DataOutput first{this, "First"};
+    DataOutput second{this, "Second"};
+    void Execute(ExecutionContext&) override { second.Activate(std::make_shared<NumberData>(3.0)); }
+};
+
+TEST(Runner, EveryChangedOutputIsHandedOn) {
+    Graph graph;
+    auto& producer = Add<SecondOutputOperator>(graph);
+    AddOperator& behindFirst = Add<AddOperator>(graph);
+    AddOperator& behindSecond = Add<AddOperator>(graph);
+    ASSERT_TRUE(graph.AddDataConnection({&producer.first, &behindFirst.in}));
+    ASSERT_TRUE(graph.AddDataConnection({&producer.second, &behindSecond.in}));
+    Runner runner(std::make_unique<FixedClock>(0.5));
+    runner.SetGraph(&graph);
+    runner.WaitForTick();
+    runner.Execute();
+    EXPECT_EQ(behindFirst.result.Value(), 0.0);
+    EXPECT_EQ(behindSecond.result.Value(), 3.0);
 }
 
 // An idle frame skips the ports and parameters of operators that had no mark; those that join an operator

@@ -111,7 +111,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
             {"type": "Vantel.Test.Source", "key": "Source", "name": "Source", "position": [1, "x"],
              "parameters": [{"key": "Value", "value": 4.0}, {"key": "Nope", "value": 3}]},
             {"type": "Vantel.Test.Gone", "key": "Gone", "name": "Gone"},
-            {"type": "Vantel.Test.Mixer", "key": "Mixer", "name": "Mixer",
+            {"type": "Vantel.Test.Mixer", "key": "Mixer", "name": "Mixer", "position": [1, 2, 3],
              "dataInputs": [{"key": "Ghost", "inputs": [{"key": "C"}]},
                             {"key": "Layers", "inputs": [{"key": "A"}, {"key": "B"}]}],
              "parameters": [{"key": "Extra", "type": "Vantel.Test.NumberParameter", "name": "Extra"},
@@ -137,6 +137,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "dropped.\n"
         "[Error] DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.\n"
         "[Error] DeserializeOperator: failed to deserialize an operator of graph 'Root'.\n"
+        "[Error] DeserializeOperator: the position of operator 'Mixer' is not two numbers, it is dropped.\n"
         "[Error] CreateListInputs: data input list 'Ghost' not found in operator 'Mixer', its inputs are "
         "dropped.\n"
         "[Error] CreateAddedMembers: operator 'Mixer' is not a graph, the added entry 'Extra' in "
@@ -181,6 +182,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         {Kind::Position, "/Source: position"},
         {Kind::ParameterValue, "/Source: Nope"},
         {Kind::Operator, "/: Gone"},
+        {Kind::Position, "/Mixer: position"},
         {Kind::ListInputs, "/Mixer: Ghost"},
         {Kind::AddedMember, "/Mixer: Extra"},
         {Kind::BundleList, "/Mixer: Missing"},
