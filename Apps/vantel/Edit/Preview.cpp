@@ -35,11 +35,10 @@ std::string MakePreview(const Vantel::Image& image) {
     const std::uint32_t width = image.GetWidth();
     const std::uint32_t height = image.GetHeight();
     const std::uint32_t channels = image.GetChannelCount();
-    const std::uint32_t longer = std::max(width, height);
-    const std::uint32_t outWidth =
-        longer <= kPreviewSide ? width : std::max(1u, width * kPreviewSide / longer);
-    const std::uint32_t outHeight =
-        longer <= kPreviewSide ? height : std::max(1u, height * kPreviewSide / longer);
+    // A picture that fits is kept at its size: the scale is then kPreviewSide / kPreviewSide.
+    const std::uint32_t longer = std::max({width, height, kPreviewSide});
+    const std::uint32_t outWidth = std::max(1u, width * kPreviewSide / longer);
+    const std::uint32_t outHeight = std::max(1u, height * kPreviewSide / longer);
     const std::vector<std::uint8_t>& pixels = image.GetPixelData();
     std::vector<std::uint8_t> small(static_cast<std::size_t>(outWidth) * outHeight * channels);
     for (std::uint32_t y = 0; y < outHeight; ++y) {

@@ -176,6 +176,10 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
          oscillator + "/Frequency is neither a data input nor an input list"},
         {link({{4294967296LL, 0}}), "'links' must be a list of [source, target] component pairs"},
         {link({{0, 0, 0}}), "'links' must be a list of [source, target] component pairs"},
+        {{{"type", "disconnectParameter"},
+          {"output", oscillator + "/Frequency"},
+          {"input", oscillator + "/Amplitude"}},
+         "there is no such connection"},
         {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
     };
@@ -192,6 +196,7 @@ TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
     EditProcess session(kHost, project);
     const std::string own = "http://127.0.0.1:" + std::to_string(session.GetPort());
     const std::string body = R"({"type": "getState"})";
+    EXPECT_EQ(session.GetToken().size(), 32u);  // 128 bits in hexadecimal
     EXPECT_EQ(session.Post(body, session.GetToken()), 200);
     EXPECT_EQ(session.Post(body, session.GetToken(), own), 200);
     EXPECT_EQ(session.Post(body, ""), 403);

@@ -142,9 +142,7 @@ class MainThreadQueue {
 public:
     void Post(std::function<void()> task) {
         std::lock_guard lock(mutex);
-        if (!closed) {
-            tasks.push_back(std::move(task));
-        }
+        tasks.push_back(std::move(task));
     }
 
     std::vector<std::function<void()>> TakeAll() {
@@ -152,18 +150,9 @@ public:
         return std::exchange(tasks, {});
     }
 
-    void Close() {
-        std::vector<std::function<void()>> dropped;
-        std::lock_guard lock(mutex);
-        closed = true;
-        dropped.swap(tasks);
-        // `dropped` is declared first, so it is destroyed after the lock is released.
-    }
-
 private:
     std::mutex mutex;
     std::vector<std::function<void()>> tasks;
-    bool closed = false;
 };
 
 unsigned GeneralThreadCount() {
@@ -187,7 +176,7 @@ void ShutDown(std::shared_ptr<Instance> instance) {
     if (!instance) {
         return;
     }
-    instance->mainThread.Close();
+    // What waits for the main thread goes with the instance: nothing reaches it once the global let it go.
     instance->general.Stop();
     instance->secondary.Stop();
 }
