@@ -486,12 +486,9 @@ public:
 
     json RemoveBundle(const json& request) {
         auto& bundle = Find<Vantel::ParameterBundle>(request, "path");
-        auto* list = dynamic_cast<Vantel::ParameterBundleList*>(bundle.GetParent());
-        if (list == nullptr) {
-            throw RequestError(Text(request, "path") + " is not in a bundle list");
-        }
+        Vantel::ParameterBundleList& list = *bundle.GetBundleList();  // only a list makes and holds bundles
         return Edit("Remove bundle", [&] {
-            if (!list->RemoveBundle(&bundle)) {
+            if (!list.RemoveBundle(&bundle)) {
                 Refuse("the bundle cannot be removed");
             }
             return json::object();
@@ -500,13 +497,10 @@ public:
 
     json MoveBundle(const json& request) {
         auto& bundle = Find<Vantel::ParameterBundle>(request, "path");
-        auto* list = dynamic_cast<Vantel::ParameterBundleList*>(bundle.GetParent());
+        Vantel::ParameterBundleList& list = *bundle.GetBundleList();
         const std::size_t index = Index(request, "index");
-        if (list == nullptr) {
-            throw RequestError(Text(request, "path") + " is not in a bundle list");
-        }
         return Edit("Move bundle", [&] {
-            if (!list->MoveBundle(&bundle, index)) {
+            if (!list.MoveBundle(&bundle, index)) {
                 Refuse("the bundle cannot move to " + std::to_string(index));
             }
             return json::object();

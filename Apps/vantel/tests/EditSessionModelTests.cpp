@@ -14,6 +14,7 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Projects/Project.h>
+#include <Vantel/Projects/Serialization.h>
 
 #include "Edit/EditSession.h"
 #include "Edit/LogTee.h"
@@ -82,6 +83,73 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
         dynamic_cast<Vantel::Testing::MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(pasted)));
     EXPECT_EQ(mixer.layers.GetInputs().size(), 1u);
     EXPECT_TRUE(copy.layers.GetInputs().empty());
+}
+
+// Each refusal names what was wrong and leaves no step in the history.
+TEST(EditSessionModel, RefusalsSayWhy) {
+    Vantel::Testing::RegisterProjectTestTypes();
+    Vantel::Project project;
+    Vantel::Graph& root = *project.GetRootGraph();
+    auto& mixer = Vantel::Testing::Add<Vantel::Testing::MixerOperator>(root);
+    auto& nested = Vantel::Testing::Add<Vantel::Graph>(root);
+    auto& inner = Vantel::Testing::Add<Vantel::Testing::SourceOperator>(nested);
+    auto& source = Vantel::Testing::Add<Vantel::Testing::SourceOperator>(root);
+    Vantel::DataInput* layer = root.AddDataConnection(source.out, mixer.layers);
+    mixer.bands.CreateBundle("Band", "Low");
+    std::ostringstream sink;
+    VantelHost::LogTee log(sink);
+    VantelHost::EditSession session(project, std::filesystem::temp_directory_path() / "vantel-refusals.json",
+                                    60.0, log);
+    const auto path = [](Vantel::Object& object) { return object.GetPath().ToString(); };
+    const std::string mix = path(mixer.mix);
+    const std::string low = path(mixer.bands) + "/Low";
+    const struct {
+        json request;
+        std::string error;
+    } rows[] = {
+        {json::array(), "a request is a JSON object"},
+        {{{"type", "getGraph"}, {"path", 5}}, "'path' must be a string"},
+        {{{"type", "getGraph"}, {"path", "Mixer"}}, "not an absolute path: 'Mixer'"},
+        {{{"type", "moveOperator"}, {"path", path(mixer)}}, "the request has no 'position'"},
+        {{{"type", "removeOperator"}, {"path", "/"}}, "the project's root graph cannot be removed"},
+        {{{"type", "setComponent"}, {"path", mix}, {"component", 0}, {"value", "x"}},
+         "'value' must be a number"},
+        {{{"type", "setComponent"}, {"path", mix}, {"component", 1}, {"value", 1}}, "Mix has no component 1"},
+        {{{"type", "connectData"},
+          {"output", path(mixer.out)},
+          {"input", path(mixer.layers)},
+          {"replace", 1}},
+         "'replace' must be true or false"},
+        {{{"type", "connectData"}, {"output", path(mixer.out)}, {"input", path(mixer.layers)}},
+         "the list does not take this output"},
+        {{{"type", "connectParameter"}, {"output", mix}, {"input", mix}}, "the connection is not allowed"},
+        {{{"type", "addUserPort"}, {"graph", path(nested)}, {"direction", "across"}},
+         "'direction' must be \"input\" or \"output\""},
+        {{{"type", "addUserPort"}, {"graph", path(nested)}, {"direction", "input"}, {"dataType", "Nope"}},
+         "no data type 'Nope'"},
+        {{{"type", "addUserParameter"}, {"graph", path(nested)}, {"parameterType", "Vantel.Test.Mixer"}},
+         "'Vantel.Test.Mixer' is not a parameter type"},
+        {{{"type", "moveListInput"}, {"path", path(mixer.out)}, {"index", 0}},
+         path(mixer.out) + " is a Vantel.DataOutput, not a Vantel.DataInput"},
+        {{{"type", "moveListInput"}, {"path", path(*layer)}, {"index", 5}}, "the input cannot move to 5"},
+        {{{"type", "removeListInput"}}, "the request has no 'path'"},
+        {{{"type", "moveBundle"}, {"path", low}, {"index", 2.5}},
+         "'index' must be a whole number, 0 or more"},
+        {{{"type", "moveBundle"}, {"path", low}, {"index", 7}}, "the bundle cannot move to 7"},
+        {{{"type", "copy"}, {"paths", {path(mixer), path(inner)}}},
+         "the operators to copy must be of one graph"},
+        {{{"type", "copy"}, {"paths", path(mixer)}}, "'paths' must be a list of operator paths"},
+        {{{"type", "paste"}, {"clipboard", 5}}, "'clipboard' must be what \"copy\" gave"},
+    };
+    const std::string before = Vantel::Serialization::SerializeProjectText(project);
+    for (const auto& row : rows) {
+        const json reply = json::parse(session.Handle(row.request));
+        EXPECT_EQ(reply["ok"], false) << row.request.dump();
+        // A refusal of the library's own comes with its log lines below the reason.
+        EXPECT_EQ(reply.value("error", "").substr(0, row.error.size()), row.error) << row.request.dump();
+    }
+    EXPECT_EQ(Vantel::Serialization::SerializeProjectText(project), before);
+    EXPECT_TRUE(json::parse(session.Handle({{"type", "getHistory"}}))["result"]["undo"].empty());
 }
 
 TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyNamesFlags) {
