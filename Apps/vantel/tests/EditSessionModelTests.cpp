@@ -69,6 +69,7 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     ok({{"type", "undo"}});
     ok({{"type", "undo"}});
     EXPECT_TRUE(mixer.bands.GetBundles().empty());
+    EXPECT_EQ(ok({{"type", "getHistory"}})["redo"].size(), 4u);
 
     // A list input whose source stayed behind is not pasted.
     auto source = std::make_unique<Vantel::Testing::SourceOperator>();
@@ -152,14 +153,18 @@ TEST(EditSessionModel, RefusalsSayWhy) {
     EXPECT_TRUE(json::parse(session.Handle({{"type", "getHistory"}}))["result"]["undo"].empty());
 }
 
-TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyNamesFlags) {
+TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLayoutFlagsAndLists) {
     Vantel::Testing::RegisterProjectTestTypes();
     Vantel::Project project;
     auto nested = std::make_unique<Vantel::Graph>();
     auto owned = std::make_unique<Vantel::Testing::MixerOperator>();
     Vantel::Testing::MixerOperator& mixer = *owned;
     mixer.mix.SetParameterFlag(Vantel::ParameterFlag::Structural, true);
+    mixer.GetParameterGroup().MakeRow({&mixer.focus, &mixer.mix}, "Pair");
+    mixer.GetParameterGroup().SetSeparatorAbove(&mixer.focus, true);
+    auto& source = Vantel::Testing::Add<Vantel::Testing::SourceOperator>(*nested);
     nested->AddOperator(std::move(owned));
+    Vantel::DataInput* layer = nested->AddDataConnection(source.out, mixer.layers);
     project.GetRootGraph()->AddOperator(std::move(nested));
     std::ostringstream sink;
     VantelHost::LogTee log(sink);
@@ -170,9 +175,17 @@ TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyNamesFlags) 
 
     const json graph =
         json::parse(session.Handle({{"type", "getGraph"}, {"path", mixer.GetGraph()->GetPath().ToString()}}));
-    const json& mix = graph["result"]["operators"][0]["parameters"][2];
+    const json& described = graph["result"]["operators"][1];
+    const json& focus = described["parameters"][1];
+    const json& mix = described["parameters"][2];
     EXPECT_EQ(mix["name"], "Mix");
     EXPECT_EQ(mix["flags"], json::array({"marksOutdated", "structural"}));
+    EXPECT_EQ(focus.value("rowLabel", ""), "Pair");
+    EXPECT_EQ(focus.value("separatorAbove", false), true);
+    EXPECT_EQ(mix.value("rowContinuation", false), true);
+    EXPECT_FALSE(mix.contains("separatorAbove"));
+    EXPECT_EQ(described["inputs"][0]["path"], layer->GetPath().ToString());
+    EXPECT_EQ(described["inputs"][0]["list"], mixer.layers.GetPath().ToString());
 
     session.Handle({{"type", "pause"}});
     session.Handle({{"type", "step"}});

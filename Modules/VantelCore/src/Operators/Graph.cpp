@@ -288,9 +288,6 @@ void Graph::Implementation::RebuildOrder() {
 }
 
 bool Graph::Implementation::IsUpstream(const Operator* of, const Operator* candidate) {
-    if (of == candidate) {
-        return true;
-    }
     if (!ranksValid) {
         RebuildOrder();
         orderDirty = false;

@@ -120,10 +120,7 @@ public:
             if (op == nullptr) {
                 return Missing(record.path);
             }
-            if (op->GetGraph() == nullptr) {
-                return false;
-            }
-            return op->GetGraph()->RemoveOperator(op) != nullptr;
+            return op->GetGraph()->RemoveOperator(op) != nullptr;  // a recorded operator is in a graph
         }
         auto* graph = Find<Graph>(record.path.GetParent());
         if (graph == nullptr) {
@@ -150,10 +147,8 @@ public:
         if (input == nullptr) {
             return Missing(record.input);
         }
-        Graph* graph = input->GetOperator() != nullptr ? input->GetOperator()->GetGraph() : nullptr;
-        if (graph == nullptr) {
-            return false;
-        }
+        // Found by its path, the port is on an operator in a graph: the root graph's own ports never connect.
+        Graph* graph = input->GetOperator()->GetGraph();
         const bool connected = input->IsConnected() && input->GetConnection().output == output;
         if ((record.presence == Presence::Added) == Forward()) {
             return (connected && Rebuilt(record.input)) ||
@@ -172,10 +167,7 @@ public:
         if (target == nullptr) {
             return Missing(record.input);
         }
-        Graph* graph = target->GetOperator() != nullptr ? target->GetOperator()->GetGraph() : nullptr;
-        if (graph == nullptr) {
-            return false;
-        }
+        Graph* graph = target->GetOperator()->GetGraph();
         const std::vector<ParameterConnection>& incoming = target->GetIncomingConnections();
         const bool connected =
             std::any_of(incoming.begin(), incoming.end(),
@@ -217,9 +209,6 @@ public:
         if (input == nullptr) {
             return Missing(record.path);
         }
-        if (input->GetList() == nullptr) {
-            return false;
-        }
         const std::size_t index =
             static_cast<std::size_t>(Forward() ? record.nextIndex : record.previousIndex);
         return input->GetList()->IndexOf(input) == index || input->GetList()->MoveInput(input, index);
@@ -250,12 +239,9 @@ public:
         if (node == nullptr) {
             return Missing(record.path);
         }
-        if (node->GetParent() == nullptr) {
-            return false;
-        }
         const std::size_t index =
             static_cast<std::size_t>(Forward() ? record.nextIndex : record.previousIndex);
-        ParameterGroup& group = *node->GetParent();
+        ParameterGroup& group = *node->GetParent();  // found by its path, so it is in a group
         return node->GetIndex() == index || group.Move(node, index);
     }
 

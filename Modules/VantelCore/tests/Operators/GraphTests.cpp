@@ -138,6 +138,13 @@ TEST(Graph, ListInputsExistWhileConnected) {
     EXPECT_FALSE(graph.CanAddDataConnection(a.out, mixer.numbers));
     EXPECT_NE(graph.AddDataConnection(Add<Counter>(graph).out, mixer.numbers), nullptr);
     EXPECT_EQ(mixer.numbers.GetUIColor(), (Color{0.0f, 0.5f, 1.0f, 1.0f}));
+
+    // A list an operator drops while it is connected (as a rebuild may) takes its connections along.
+    auto extra = std::make_unique<DataInputList>(&mixer, "Extra", DataInput::Type(), InputHandlers{});
+    ASSERT_NE(graph.AddDataConnection(a.out, *extra), nullptr);
+    extra.reset();
+    EXPECT_TRUE(a.out.GetConnections().empty());
+    EXPECT_EQ(graph.GetDataConnections().size(), 1u);  // the numbers' connection
 }
 
 TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
@@ -254,6 +261,11 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
     EXPECT_FALSE(graph.AddParameterConnection({&from.out, &crossed.in, {{1, 0}}}, false));
     EXPECT_TRUE(graph.AddParameterConnection({&number.value, &crossed.in, {{0, 0}}}, false));
     EXPECT_EQ(crossed.in.Value(), glm::dvec3(-2.0, 9.0, 7.0));
+
+    // Replacing takes over only the named component: the old source keeps its other link.
+    EXPECT_TRUE(graph.AddParameterConnection({&number.value, &crossed.in, {{0, 2}}}, true));
+    EXPECT_EQ(crossed.in.FindIncomingConnection(2)->source, &number.value);
+    EXPECT_EQ(crossed.in.FindIncomingConnection(1)->source, &from.out);
 }
 
 TEST(Graph, RemovingAnOperatorDisconnectsIt) {
@@ -336,6 +348,7 @@ TEST(Graph, UserPortsAndParameters) {
     EXPECT_TRUE(parameter->IsAddedByUser());
     EXPECT_TRUE(parameter->HasParameterFlag(ParameterFlag::Output));
     EXPECT_EQ(graph.AddUserDataOutput(nullptr), nullptr);
+    EXPECT_FALSE(graph.AddUserParameter(std::unique_ptr<Parameter>(), 0));
     EXPECT_EQ(graph.AddUserDataOutput(DataOutput::Type())->GetName(), "Vantel.DataOutput Output");
 }
 

@@ -120,6 +120,10 @@ TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
     // Plug-ins may detach directly: a port of another operator is in no slot of this one.
     EXPECT_FALSE(Access::GetImplementation(other)->DetachDataInput(&image));
     EXPECT_FALSE(Access::GetImplementation(other)->DetachDataOutput(&result));
+    EXPECT_FALSE(other.AddDataInput(std::unique_ptr<DataInput>()));
+    EXPECT_FALSE(other.AddDataOutput(std::unique_ptr<DataOutput>()));
+    EXPECT_FALSE(other.MoveDataInput(nullptr, 0));
+    EXPECT_FALSE(other.MoveDataOutput(nullptr, 0));
 
     int reorders = 0;
     EventSubscription subscription = op.DataPortsReorderedEvent().Subscribe([&] { ++reorders; });

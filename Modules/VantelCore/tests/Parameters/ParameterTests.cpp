@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
@@ -208,6 +209,12 @@ TEST(ParameterGroup, RefusesItselfAndAncestorsAndRootRefusesPlainGroups) {
     EXPECT_FALSE(root.Add(std::make_unique<ParameterGroup>()));
     ParameterBundleList list(&op, "Layers", {});
     EXPECT_EQ(list.GetParent(), &root);
+    ParameterBundleList second(root, "Second", {});
+    EXPECT_EQ(second.GetParent(), &root);
+    EXPECT_TRUE(root.MoveToBack(&list));
+    EXPECT_EQ(std::as_const(root).GetChild(1), &list);
+    EXPECT_EQ(std::as_const(root).GetChild(2), nullptr);
+    EXPECT_FALSE(ParameterGroup().MoveToBack(&list));
     NumberParameter direct(nullptr, "Loose");
     EXPECT_FALSE(list.Add(&direct));
     ParameterBundle* bundle = list.CreateBundle("Image", "First");

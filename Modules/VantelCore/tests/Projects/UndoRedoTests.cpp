@@ -86,6 +86,8 @@ TEST_F(UndoRedo, RenameAndPosition) {
         source->SetName("Start");
         source->value.SetName("Level");
         adder->out.SetName("Sum");
+        adder->in.SetName("Addend");
+        mixer->layers.SetName("Stack");
         mixer->SetPosition({10.0f, -2.0f});
     });
     ExpectRoundTrip(project, before, done);
@@ -136,6 +138,13 @@ TEST_F(UndoRedo, UserPortsComeBackAtTheirSlot) {
     ExpectRoundTrip(project, before, done);
     EXPECT_TRUE(UndoTransaction(project, done));
     EXPECT_TRUE(std::get<DataInput*>(adder->GetAllDataInputSlots().at(0))->IsAddedByUser());
+
+    // So does a list input that goes with its connection.
+    ASSERT_NE(graph->AddDataConnection(source->out, mixer->layers), nullptr);
+    ASSERT_NE(graph->AddDataConnection(adder->out, mixer->layers), nullptr);
+    before = Save(project);
+    done = Record("Disconnect", [&] { graph->DisconnectDataInput(*mixer->layers.GetInput(0)); });
+    ExpectRoundTrip(project, before, done);
 }
 
 TEST_F(UndoRedo, EveryRecordKindHasItsOwnDescription) {

@@ -45,6 +45,7 @@ private:
     // A dying graph: clears every operator's graph pointer before any operator is destroyed.
     void DetachAll();
     void RebuildOrder();
+    // Whether `candidate` feeds `of`, directly or through others; asked of two different operators.
     bool IsUpstream(const Operator* of, const Operator* candidate);
     // After a new connection from `producer` to `consumer`: the ranks stay valid when it follows them.
     void NoteConnection(const Operator* producer, const Operator* consumer);
