@@ -59,18 +59,6 @@ void ApplyBundles(Operator& op, ParameterGroup& scope, std::size_t index, const 
     Detail::RebuildStructure(op);
 }
 
-// A group is stored as the bare array of its children, so only its position can find it again.
-void ApplyGroup(Operator& op, ParameterGroup& scope, std::size_t index, const json& entry, Context& context,
-                Detail::References references, std::vector<Detail::Unmatched>& unmatched) {
-    ParameterNode* child = scope.GetChild(index);
-    auto* group = dynamic_cast<ParameterGroup*>(child);
-    if (group == nullptr || dynamic_cast<ParameterBundleList*>(child) != nullptr) {
-        unmatched.push_back({Ptr<ParameterGroup>(&scope), index, entry});
-        return;
-    }
-    Detail::ApplyScope(op, *group, entry, context, references, unmatched);
-}
-
 }  // namespace
 
 namespace Detail {
@@ -157,7 +145,8 @@ void ApplyEntry(Operator& op, ParameterGroup& scope, std::size_t index, const js
         return;  // a node the writer had no form for
     }
     if (entry.is_array()) {
-        ApplyGroup(op, scope, index, entry, context, references, unmatched);
+        // A plain group's form; an operator's tree holds none (its root takes parameters and bundle lists).
+        unmatched.push_back({Ptr<ParameterGroup>(&scope), index, entry});
         return;
     }
     static_cast<void>(

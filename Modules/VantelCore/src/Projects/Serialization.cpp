@@ -92,12 +92,9 @@ std::vector<std::pair<std::string, std::string>> SortedDataConnectionTexts(
     std::vector<std::pair<std::string, std::string>> pairs;
     pairs.reserve(connections.size());
     for (const DataConnection& connection : connections) {
-        const Operator* consumer = connection.input->GetOperator();
-        const Graph* graph = consumer != nullptr ? consumer->GetGraph() : nullptr;
-        if (graph == nullptr) {
-            continue;
-        }
-        pairs.emplace_back(RelativeText(*connection.output, *graph), RelativeText(*connection.input, *graph));
+        // A connection lives in the graph of its consumer.
+        const Graph& graph = *connection.input->GetOperator()->GetGraph();
+        pairs.emplace_back(RelativeText(*connection.output, graph), RelativeText(*connection.input, graph));
     }
     // Texts are short and move cheaply; sorting them in place leaves nothing to copy afterwards.
     std::sort(pairs.begin(), pairs.end());
@@ -126,13 +123,9 @@ std::vector<ParameterConnectionTexts> SortedParameterConnectionTexts(
     entries.reserve(connections.size());
     for (const auto* visit : visits) {
         const auto& [endpoints, links] = *visit;
-        const Operator* consumer = endpoints.target->GetOperator();
-        const Graph* graph = consumer != nullptr ? consumer->GetGraph() : nullptr;
-        if (graph == nullptr) {
-            continue;
-        }
+        const Graph& graph = *endpoints.target->GetOperator()->GetGraph();
         entries.push_back(
-            {RelativeText(*endpoints.source, *graph), RelativeText(*endpoints.target, *graph), &links});
+            {RelativeText(*endpoints.source, graph), RelativeText(*endpoints.target, graph), &links});
     }
     // Equal texts, which a consistent graph never has, fall back on the links' address as a tuple would.
     std::sort(entries.begin(), entries.end(),
