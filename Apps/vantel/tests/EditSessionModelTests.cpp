@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -23,22 +22,36 @@
 namespace {
 
 using nlohmann::json;
+using Vantel::Testing::AddOperator;
+using Vantel::Testing::MixerOperator;
+using Vantel::Testing::SourceOperator;
 
-TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
-    Vantel::Testing::RegisterProjectTestTypes();
-    Vantel::Project project;
-    auto owned = std::make_unique<Vantel::Testing::MixerOperator>();
-    Vantel::Testing::MixerOperator& mixer = *owned;
-    project.GetRootGraph()->AddOperator(std::move(owned));
-    std::ostringstream sink;
-    VantelHost::LogTee log(sink);
-    VantelHost::EditSession session(project, std::filesystem::temp_directory_path() / "vantel-bundles.json",
-                                    60.0, log);
-    const auto ok = [&session](const json& request) {
-        const json reply = json::parse(session.Handle(request));
+class EditSessionModel : public testing::Test {
+protected:
+    EditSessionModel() { Vantel::Testing::RegisterProjectTestTypes(); }
+
+    json Reply(const json& request) { return json::parse(session.Handle(request)); }
+    json Ok(const json& request) {
+        const json reply = Reply(request);
         EXPECT_EQ(reply["ok"], true) << request.dump() << " -> " << reply.dump();
-        return reply["result"];
-    };
+        return reply.value("result", json());
+    }
+    template <typename T>
+    static T& Add(Vantel::Graph& graph) {
+        return Vantel::Testing::Add<T>(graph);
+    }
+    static std::string PathOf(Vantel::Object& object) { return object.GetPath().ToString(); }
+
+    Vantel::Project project;
+    Vantel::Graph& root = *project.GetRootGraph();
+    std::ostringstream sink;
+    VantelHost::LogTee log{sink};
+    VantelHost::EditSession session{project, std::filesystem::temp_directory_path() / "vantel-model.json",
+                                    60.0, log};
+};
+
+TEST_F(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
+    auto& mixer = Add<MixerOperator>(root);
     const auto keys = [&mixer] {
         std::string text;
         for (const Vantel::ParameterBundle* bundle : mixer.bands.GetBundles()) {
@@ -47,63 +60,69 @@ TEST(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
         return text;
     };
 
-    const std::string list = mixer.bands.GetPath().ToString();
-    const std::string first = ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
-    const std::string second = ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
+    const std::string list = PathOf(mixer.bands);
+    const std::string first = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
+    const std::string second = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
     const std::string added = keys();
-    ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
+    Ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
     const std::string moved = keys();
-    const json bands =
-        json::parse(session.Handle({{"type", "getGraph"}}))["result"]["operators"][0]["parameters"][0];
+    const json bands = Ok({{"type", "getGraph"}})["operators"][0]["parameters"][0];
     EXPECT_EQ(bands["kind"], "bundleList");
     EXPECT_EQ(bands["children"][0]["kind"], "bundle");
-    EXPECT_EQ(json::parse(session.Handle({{"type", "moveBundle"}, {"path", first}, {"index", -1}}))["error"],
-              "'index' must be a whole number, 0 or more");
-    ok({{"type", "removeBundle"}, {"path", second}});  // the first: undo puts it back in front
+    Ok({{"type", "removeBundle"}, {"path", second}});  // the first: undo puts it back in front
     EXPECT_EQ(mixer.bands.GetBundles().size(), 1u);
 
-    ok({{"type", "undo"}});
+    Ok({{"type", "undo"}});
     EXPECT_EQ(keys(), moved);
-    ok({{"type", "undo"}});
+    Ok({{"type", "undo"}});
     EXPECT_EQ(keys(), added);
-    ok({{"type", "undo"}});
-    ok({{"type", "undo"}});
+    Ok({{"type", "undo"}});
+    Ok({{"type", "undo"}});
     EXPECT_TRUE(mixer.bands.GetBundles().empty());
-    EXPECT_EQ(ok({{"type", "getHistory"}})["redo"].size(), 4u);
+    EXPECT_EQ(Ok({{"type", "getHistory"}})["redo"].size(), 4u);
+}
+
+TEST_F(EditSessionModel, LinksReplacementListInputsAndPasteAreEdits) {
+    auto& first = Add<SourceOperator>(root);
+    auto& second = Add<SourceOperator>(root);
+    auto& adder = Add<AddOperator>(root);
+    auto& mixer = Add<MixerOperator>(root);
+    Ok({{"type", "connectParameter"},
+        {"output", PathOf(first.value)},
+        {"input", PathOf(mixer.mix)},
+        {"links", {{0, 0}}}});
+    EXPECT_EQ(mixer.mix.FindIncomingConnection(0)->source, &first.value);
+    Ok({{"type", "connectData"}, {"output", PathOf(first.out)}, {"input", PathOf(adder.in)}});
+    Ok({{"type", "connectData"},
+        {"output", PathOf(second.out)},
+        {"input", PathOf(adder.in)},
+        {"replace", true}});
+    EXPECT_EQ(adder.in.GetConnection().output, &second.out);
+    const json layer =
+        Ok({{"type", "connectData"}, {"output", PathOf(first.out)}, {"input", PathOf(mixer.layers)}});
+    Ok({{"type", "removeListInput"}, {"path", layer["input"]}});
+    EXPECT_EQ(mixer.layers.GetInputCount(), 0u);
+    EXPECT_EQ(Ok({{"type", "getHistory"}})["undo"].size(), 5u);
 
     // A list input whose source stayed behind is not pasted.
-    auto source = std::make_unique<Vantel::Testing::SourceOperator>();
-    Vantel::DataOutput& out = source->out;
-    project.GetRootGraph()->AddOperator(std::move(source));
-    ok({{"type", "connectData"},
-        {"output", out.GetPath().ToString()},
-        {"input", mixer.layers.GetPath().ToString()}});
-    const json clipboard = ok({{"type", "copy"}, {"paths", {mixer.GetPath().ToString()}}});
-    const std::string pasted = ok({{"type", "paste"}, {"clipboard", clipboard}})["paths"][0];
-    auto& copy =
-        dynamic_cast<Vantel::Testing::MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(pasted)));
-    EXPECT_EQ(mixer.layers.GetInputs().size(), 1u);
-    EXPECT_TRUE(copy.layers.GetInputs().empty());
+    Ok({{"type", "connectData"}, {"output", PathOf(first.out)}, {"input", PathOf(mixer.layers)}});
+    const json clipboard = Ok({{"type", "copy"}, {"paths", {PathOf(mixer)}}});
+    const std::string pasted = Ok({{"type", "paste"}, {"clipboard", clipboard}})["paths"][0];
+    auto& copy = dynamic_cast<MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(pasted)));
+    EXPECT_EQ(mixer.layers.GetInputCount(), 1u);
+    EXPECT_EQ(copy.layers.GetInputCount(), 0u);
 }
 
 // Each refusal names what was wrong and leaves no step in the history.
-TEST(EditSessionModel, RefusalsSayWhy) {
-    Vantel::Testing::RegisterProjectTestTypes();
-    Vantel::Project project;
-    Vantel::Graph& root = *project.GetRootGraph();
-    auto& mixer = Vantel::Testing::Add<Vantel::Testing::MixerOperator>(root);
-    auto& nested = Vantel::Testing::Add<Vantel::Graph>(root);
-    auto& inner = Vantel::Testing::Add<Vantel::Testing::SourceOperator>(nested);
-    auto& source = Vantel::Testing::Add<Vantel::Testing::SourceOperator>(root);
+TEST_F(EditSessionModel, RefusalsSayWhy) {
+    auto& mixer = Add<MixerOperator>(root);
+    auto& nested = Add<Vantel::Graph>(root);
+    auto& inner = Add<SourceOperator>(nested);
+    auto& source = Add<SourceOperator>(root);
     Vantel::DataInput* layer = root.AddDataConnection(source.out, mixer.layers);
     mixer.bands.CreateBundle("Band", "Low");
-    std::ostringstream sink;
-    VantelHost::LogTee log(sink);
-    VantelHost::EditSession session(project, std::filesystem::temp_directory_path() / "vantel-refusals.json",
-                                    60.0, log);
-    const auto path = [](Vantel::Object& object) { return object.GetPath().ToString(); };
-    const std::string mix = path(mixer.mix);
-    const std::string low = path(mixer.bands) + "/Low";
+    const std::string mix = PathOf(mixer.mix);
+    const std::string low = PathOf(mixer.bands) + "/Low";
     const struct {
         json request;
         std::string error;
@@ -111,71 +130,61 @@ TEST(EditSessionModel, RefusalsSayWhy) {
         {json::array(), "a request is a JSON object"},
         {{{"type", "getGraph"}, {"path", 5}}, "'path' must be a string"},
         {{{"type", "getGraph"}, {"path", "Mixer"}}, "not an absolute path: 'Mixer'"},
-        {{{"type", "moveOperator"}, {"path", path(mixer)}}, "the request has no 'position'"},
+        {{{"type", "moveOperator"}, {"path", PathOf(mixer)}}, "the request has no 'position'"},
         {{{"type", "removeOperator"}, {"path", "/"}}, "the project's root graph cannot be removed"},
         {{{"type", "setComponent"}, {"path", mix}, {"component", 0}, {"value", "x"}},
          "'value' must be a number"},
         {{{"type", "setComponent"}, {"path", mix}, {"component", 1}, {"value", 1}}, "Mix has no component 1"},
         {{{"type", "connectData"},
-          {"output", path(mixer.out)},
-          {"input", path(mixer.layers)},
+          {"output", PathOf(mixer.out)},
+          {"input", PathOf(mixer.layers)},
           {"replace", 1}},
          "'replace' must be true or false"},
-        {{{"type", "connectData"}, {"output", path(mixer.out)}, {"input", path(mixer.layers)}},
+        {{{"type", "connectData"}, {"output", PathOf(mixer.out)}, {"input", PathOf(mixer.layers)}},
          "the list does not take this output"},
         {{{"type", "connectParameter"}, {"output", mix}, {"input", mix}}, "the connection is not allowed"},
-        {{{"type", "addUserPort"}, {"graph", path(nested)}, {"direction", "across"}},
+        {{{"type", "addUserPort"}, {"graph", PathOf(nested)}, {"direction", "across"}},
          "'direction' must be \"input\" or \"output\""},
-        {{{"type", "addUserPort"}, {"graph", path(nested)}, {"direction", "input"}, {"dataType", "Nope"}},
+        {{{"type", "addUserPort"}, {"graph", PathOf(nested)}, {"direction", "input"}, {"dataType", "Nope"}},
          "no data type 'Nope'"},
-        {{{"type", "addUserParameter"}, {"graph", path(nested)}, {"parameterType", "Vantel.Test.Mixer"}},
+        {{{"type", "addUserParameter"}, {"graph", PathOf(nested)}, {"parameterType", "Vantel.Test.Mixer"}},
          "'Vantel.Test.Mixer' is not a parameter type"},
-        {{{"type", "moveListInput"}, {"path", path(mixer.out)}, {"index", 0}},
-         path(mixer.out) + " is a Vantel.DataOutput, not a Vantel.DataInput"},
-        {{{"type", "moveListInput"}, {"path", path(*layer)}, {"index", 5}}, "the input cannot move to 5"},
+        {{{"type", "moveListInput"}, {"path", PathOf(mixer.out)}, {"index", 0}},
+         PathOf(mixer.out) + " is a Vantel.DataOutput, not a Vantel.DataInput"},
+        {{{"type", "moveListInput"}, {"path", PathOf(*layer)}, {"index", 5}}, "the input cannot move to 5"},
         {{{"type", "removeListInput"}}, "the request has no 'path'"},
         {{{"type", "moveBundle"}, {"path", low}, {"index", 2.5}},
          "'index' must be a whole number, 0 or more"},
+        {{{"type", "moveBundle"}, {"path", low}, {"index", -1}}, "'index' must be a whole number, 0 or more"},
         {{{"type", "moveBundle"}, {"path", low}, {"index", 7}}, "the bundle cannot move to 7"},
-        {{{"type", "copy"}, {"paths", {path(mixer), path(inner)}}},
+        {{{"type", "copy"}, {"paths", {PathOf(mixer), PathOf(inner)}}},
          "the operators to copy must be of one graph"},
-        {{{"type", "copy"}, {"paths", path(mixer)}}, "'paths' must be a list of operator paths"},
+        {{{"type", "copy"}, {"paths", PathOf(mixer)}}, "'paths' must be a list of operator paths"},
         {{{"type", "paste"}, {"clipboard", 5}}, "'clipboard' must be what \"copy\" gave"},
     };
     const std::string before = Vantel::Serialization::SerializeProjectText(project);
     for (const auto& row : rows) {
-        const json reply = json::parse(session.Handle(row.request));
+        const json reply = Reply(row.request);
         EXPECT_EQ(reply["ok"], false) << row.request.dump();
         // A refusal of the library's own comes with its log lines below the reason.
         EXPECT_EQ(reply.value("error", "").substr(0, row.error.size()), row.error) << row.request.dump();
     }
     EXPECT_EQ(Vantel::Serialization::SerializeProjectText(project), before);
-    EXPECT_TRUE(json::parse(session.Handle({{"type", "getHistory"}}))["result"]["undo"].empty());
+    EXPECT_TRUE(Ok({{"type", "getHistory"}})["undo"].empty());
 }
 
-TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLayoutFlagsAndLists) {
-    Vantel::Testing::RegisterProjectTestTypes();
-    Vantel::Project project;
-    auto nested = std::make_unique<Vantel::Graph>();
-    auto owned = std::make_unique<Vantel::Testing::MixerOperator>();
-    Vantel::Testing::MixerOperator& mixer = *owned;
+TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLayoutFlagsAndLists) {
+    auto& nested = Add<Vantel::Graph>(root);
+    auto& source = Add<SourceOperator>(nested);
+    auto& mixer = Add<MixerOperator>(nested);
     mixer.mix.SetParameterFlag(Vantel::ParameterFlag::Structural, true);
     mixer.GetParameterGroup().MakeRow({&mixer.focus, &mixer.mix}, "Pair");
     mixer.GetParameterGroup().SetSeparatorAbove(&mixer.focus, true);
-    auto& source = Vantel::Testing::Add<Vantel::Testing::SourceOperator>(*nested);
-    nested->AddOperator(std::move(owned));
-    Vantel::DataInput* layer = nested->AddDataConnection(source.out, mixer.layers);
-    project.GetRootGraph()->AddOperator(std::move(nested));
-    std::ostringstream sink;
-    VantelHost::LogTee log(sink);
-    VantelHost::EditSession session(project, std::filesystem::temp_directory_path() / "vantel-nested.json",
-                                    60.0, log);
+    Vantel::DataInput* layer = nested.AddDataConnection(source.out, mixer.layers);
     std::vector<json> updates;
     session.SetPublisher([&updates](const json& update) { updates.push_back(update); });
 
-    const json graph =
-        json::parse(session.Handle({{"type", "getGraph"}, {"path", mixer.GetGraph()->GetPath().ToString()}}));
-    const json& described = graph["result"]["operators"][1];
+    const json described = Ok({{"type", "getGraph"}, {"path", PathOf(nested)}})["operators"][1];
     const json& focus = described["parameters"][1];
     const json& mix = described["parameters"][2];
     EXPECT_EQ(mix["name"], "Mix");
@@ -184,16 +193,16 @@ TEST(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLayou
     EXPECT_EQ(focus.value("separatorAbove", false), true);
     EXPECT_EQ(mix.value("rowContinuation", false), true);
     EXPECT_FALSE(mix.contains("separatorAbove"));
-    EXPECT_EQ(described["inputs"][0]["path"], layer->GetPath().ToString());
-    EXPECT_EQ(described["inputs"][0]["list"], mixer.layers.GetPath().ToString());
+    EXPECT_EQ(described["inputs"][0]["path"], PathOf(*layer));
+    EXPECT_EQ(described["inputs"][0]["list"], PathOf(mixer.layers));
 
-    session.Handle({{"type", "pause"}});
-    session.Handle({{"type", "step"}});
+    Ok({{"type", "pause"}});
+    Ok({{"type", "step"}});
     session.PublishFrameUpdate();
     const auto frame = std::find_if(updates.begin(), updates.end(),
                                     [](const json& update) { return update["event"] == "frame"; });
     ASSERT_NE(frame, updates.end());
-    EXPECT_EQ((*frame)["values"][mixer.mix.GetPath().ToString()], 0.0);
+    EXPECT_EQ((*frame)["values"][PathOf(mixer.mix)], 0.0);
 }
 
 }  // namespace
