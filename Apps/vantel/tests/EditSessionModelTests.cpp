@@ -143,6 +143,11 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
         {{{"type", "connectData"}, {"output", PathOf(mixer.out)}, {"input", PathOf(mixer.layers)}},
          "the list does not take this output"},
         {{{"type", "connectParameter"}, {"output", mix}, {"input", mix}}, "the connection is not allowed"},
+        {{{"type", "connectParameter"},
+          {"output", PathOf(source.value)},
+          {"input", mix},
+          {"links", {{2147483647, 0}}}},
+         "the connection is not allowed"},  // a component an int holds goes to the library
         {{{"type", "addUserPort"}, {"graph", PathOf(nested)}, {"direction", "across"}},
          "'direction' must be \"input\" or \"output\""},
         {{{"type", "addUserPort"}, {"graph", PathOf(nested)}, {"direction", "input"}, {"dataType", "Nope"}},

@@ -181,7 +181,14 @@ const std::string& DataInputList::GetName() const {
 }
 
 void DataInputList::SetName(std::string_view name) {
+    if (name == implementation->name) {
+        return;
+    }
+    EditRecorder::Renamed(*this, implementation->op, implementation->name, name);
     implementation->name = name;
+    if (implementation->op != nullptr) {
+        Access::GetImplementation(*implementation->op)->MemberRenamedEvent().Fire(this);
+    }
 }
 
 Operator* DataInputList::GetOperator() {

@@ -130,15 +130,13 @@ public:
                                             : static_cast<std::size_t>(found - constChildren.begin());
     }
 
-    // Appends the node, then moves it to `index` when that is before the end.
+    // Appends the node, then moves it to `index` (an index past the end leaves it last).
     void Attach(ParameterNode* node, std::size_t index) {
         node->SetParent(&group);
         children.push_back(node);
         constChildren.push_back(node);
         const std::size_t last = children.size() - 1;
-        if (index < last) {
-            Reposition(last, index);
-        }
+        Reposition(last, std::min(index, last));
     }
 
     // Only for a node that is a child.

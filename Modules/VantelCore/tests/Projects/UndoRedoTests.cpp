@@ -91,6 +91,9 @@ TEST_F(UndoRedo, RenameAndPosition) {
         mixer->SetPosition({10.0f, -2.0f});
     });
     ExpectRoundTrip(project, before, done);
+    // The file leaves out the names of declared members, so look at them.
+    EXPECT_TRUE(UndoTransaction(project, done));
+    EXPECT_EQ(source->value.GetName() + adder->in.GetName() + mixer->layers.GetName(), "ValueInLayers");
 }
 
 // What is set on an operator before it joins a graph rides in the add's own record; the root graph, in no

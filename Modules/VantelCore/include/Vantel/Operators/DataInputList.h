@@ -48,6 +48,7 @@ public:
     VANTEL_DECLARE_OBJECT_TYPE(DataInputList);
 
     const std::string& GetName() const;
+    // Recorded in a model, like a port's rename, and announced through the operator's MemberRenamedEvent.
     void SetName(std::string_view name);
     Operator* GetOperator();
     const Operator* GetOperator() const;
