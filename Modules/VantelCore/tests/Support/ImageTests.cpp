@@ -103,8 +103,14 @@ TEST(Image, BadBytesAndFilesGiveAnEmptyImage) {
     const Image original = Pattern(4);
     const Bytes png = original.Encode(ImageFormat::Png);
     const Bytes cut(png.begin(), png.end() - 20);
+    // A text chunk after the header, longer than the decoder's buffer, so that it is skipped in the file.
+    Bytes text{0, 0, 1, 44, 't', 'E', 'X', 't'};
+    text.resize(text.size() + 300 + 4, 'a');  // 300 bytes of text and a CRC the decoder does not check
+    Bytes annotated = png;
+    annotated.insert(annotated.begin() + 33, text.begin(), text.end());
 
     EXPECT_EQ(Image::LoadFromFile(write("whole.png", png)).GetPixelData(), original.GetPixelData());
+    EXPECT_EQ(Image::LoadFromFile(write("text.png", annotated)).GetPixelData(), original.GetPixelData());
     EXPECT_FALSE(Image::LoadFromFile(write("cut.png", cut)).IsValid());
     EXPECT_FALSE(Image::LoadFromFile(write("empty.png", {})).IsValid());
     EXPECT_FALSE(Image::LoadFromFile((folder / "missing.png").string()).IsValid());
@@ -120,9 +126,13 @@ TEST(Image, CopiesShareThePixelsUntilOneGetsNewOnes) {
     const Image original = Pattern(3);
     Image copy = original;
     EXPECT_EQ(copy.GetPixelData().data(), original.GetPixelData().data());
-    copy.SetPixelData(Bytes(45, 0));
+    const Bytes black(45, 0);
+    copy.SetPixelData(black);
     EXPECT_EQ(original.GetPixelData(), Pattern(3).GetPixelData());
-    EXPECT_EQ(copy.GetPixelData(), Bytes(45, 0));
+    EXPECT_EQ(copy.GetPixelData(), black);
+    const Image& same = copy;
+    copy = same;
+    EXPECT_EQ(copy.GetPixelData(), black);
 }
 
 }  // namespace
