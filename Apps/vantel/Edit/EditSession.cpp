@@ -24,6 +24,7 @@
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/TriggerParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
@@ -394,6 +395,12 @@ public:
             parameter.SetComponent(static_cast<int>(component), value);
             return json{{"value", parameter.SerializeValue()}};
         });
+    }
+
+    // A trigger is an action, not a value: it fires on the next frame and is no step of the history.
+    json FireTrigger(const json& request) {
+        Find<Vantel::TriggerParameter>(request, "path").Trigger();
+        return json::object();
     }
 
     // ---- User members, list inputs, bundles ----
@@ -825,6 +832,7 @@ private:
             {"disconnectParameter", &Implementation::DisconnectParameter},
             {"setValue", &Implementation::SetValue},
             {"setComponent", &Implementation::SetComponent},
+            {"trigger", &Implementation::FireTrigger},
             {"addUserPort", &Implementation::AddUserPort},
             {"addUserParameter", &Implementation::AddUserParameter},
             {"moveListInput", &Implementation::MoveListInput},
