@@ -1,0 +1,245 @@
+// The page's state: the graph on show, the path to it, the selection, the live values and previews, and the
+// edits, each one request of the protocol whose refusal is shown and changes nothing here.
+import { Api, RequestFailed } from './api';
+import type { LogView } from './logView';
+import type { Connection, GraphView, OperatorView, StateView, TypesView, Vec2 } from './protocol';
+
+export interface Crumb {
+  path: string;
+  label: string;
+}
+
+type Listener = () => void;
+
+export class Editor {
+  types: TypesView = { operators: [], parameters: [], dataTypes: [] };
+  graph: GraphView = { path: '/', name: '', operators: [], dataConnections: [], parameterConnections: [] };
+  crumbs: Crumb[] = [{ path: '/', label: 'Project' }];
+  selection = new Set<string>();
+  values = new Map<string, unknown>();
+  previews = new Map<string, string>();
+  state: StateView = { running: true, frame: 0, time: 0, canUndo: false, canRedo: false };
+  // Set when a graph has been read and drawn, for the page's own timing.
+  graphDrawnAt = 0;
+
+  private clipboard: unknown = null;
+  private pasteCount = 0;
+  private readonly graphListeners: Listener[] = [];
+  private readonly selectionListeners: Listener[] = [];
+  private readonly valueListeners: Listener[] = [];
+  private reloading: Promise<void> | null = null;
+  private reloadAgain = false;
+
+  constructor(
+    readonly api: Api,
+    readonly log: LogView,
+  ) {}
+
+  onGraph(listener: Listener): void {
+    this.graphListeners.push(listener);
+  }
+  onSelection(listener: Listener): void {
+    this.selectionListeners.push(listener);
+  }
+  onValues(listener: Listener): void {
+    this.valueListeners.push(listener);
+  }
+  notifyValues(): void {
+    this.valueListeners.forEach((l) => l());
+  }
+
+  get graphPath(): string {
+    return this.crumbs[this.crumbs.length - 1].path;
+  }
+
+  findOperator(path: string): OperatorView | undefined {
+    return this.graph.operators.find((op) => op.path === path);
+  }
+
+  // Sends one request; a refusal goes to the log and the toast, and comes back as undefined.
+  async send<T = unknown>(body: Record<string, unknown>): Promise<T | undefined> {
+    try {
+      return await this.api.request<T>(body);
+    } catch (error) {
+      const reason = error instanceof RequestFailed ? error.message : `cannot reach the session: ${String(error)}`;
+      this.log.error(`${String(body.type)}: ${reason}`);
+      return undefined;
+    }
+  }
+
+  // Re-reads the graph on show; calls that come while one read runs are folded into one more read.
+  async reload(): Promise<void> {
+    if (this.reloading) {
+      this.reloadAgain = true;
+      return this.reloading;
+    }
+    this.reloading = (async () => {
+      do {
+        this.reloadAgain = false;
+        const graph = await this.send<GraphView>({ type: 'getGraph', path: this.graphPath });
+        if (!graph) {
+          // The graph on show is gone (undone, removed): fall back to the project's root.
+          if (this.crumbs.length > 1) {
+            this.crumbs = [this.crumbs[0]];
+            this.reloadAgain = true;
+          }
+          continue;
+        }
+        this.graph = graph;
+        const present = new Set(graph.operators.map((op) => op.path));
+        const before = this.selection.size;
+        this.selection = new Set([...this.selection].filter((path) => present.has(path)));
+        this.graphListeners.forEach((l) => l());
+        if (before !== this.selection.size) {
+          this.selectionListeners.forEach((l) => l());
+        }
+      } while (this.reloadAgain);
+      this.reloading = null;
+    })();
+    return this.reloading;
+  }
+
+  async enter(path: string, label: string): Promise<void> {
+    const index = this.crumbs.findIndex((crumb) => crumb.path === path);
+    this.crumbs = index >= 0 ? this.crumbs.slice(0, index + 1) : [...this.crumbs, { path, label }];
+    this.select([]);
+    await this.reload();
+  }
+
+  select(paths: string[], add = false): void {
+    if (!add) {
+      this.selection.clear();
+    }
+    for (const path of paths) {
+      if (add && this.selection.has(path)) {
+        this.selection.delete(path);
+      } else {
+        this.selection.add(path);
+      }
+    }
+    this.selectionListeners.forEach((l) => l());
+  }
+
+  async addOperator(operatorType: string, position: Vec2): Promise<string | undefined> {
+    const info = this.types.operators.find((t) => t.type === operatorType);
+    const reply = await this.send<{ path: string }>({
+      type: 'addOperator',
+      graph: this.graphPath,
+      operatorType,
+      name: info?.name ?? '',
+      position: position.map(Math.round),
+    });
+    if (reply) {
+      await this.reload();
+      this.select([reply.path]);
+    }
+    return reply?.path;
+  }
+
+  async move(path: string, position: Vec2): Promise<void> {
+    await this.send({ type: 'moveOperator', path, position: position.map(Math.round) });
+  }
+
+  // An input takes one connection: dropping onto a connected input replaces what fed it.
+  async connect(output: string, input: string): Promise<boolean> {
+    const taken = this.graph.dataConnections.some((c) => c.input === input);
+    const reply = await this.send({ type: 'connectData', output, input, replace: taken });
+    return reply !== undefined;
+  }
+
+  async disconnect(connection: Connection): Promise<void> {
+    await this.send({ type: 'disconnectData', output: connection.output, input: connection.input });
+  }
+
+  async removeSelected(): Promise<void> {
+    for (const path of [...this.selection]) {
+      await this.send({ type: 'removeOperator', path });
+    }
+    this.select([]);
+  }
+
+  async copySelected(): Promise<boolean> {
+    if (this.selection.size === 0) {
+      return false;
+    }
+    const clipboard = await this.send({ type: 'copy', paths: [...this.selection] });
+    if (clipboard) {
+      this.clipboard = clipboard;
+      this.pasteCount = 0;
+    }
+    return clipboard !== undefined;
+  }
+
+  async paste(): Promise<void> {
+    if (!this.clipboard) {
+      this.log.add('paste: nothing copied yet', 'info');
+      return;
+    }
+    this.pasteCount += 1;
+    const offset = 30 * this.pasteCount;
+    const reply = await this.send<{ paths: string[] }>({
+      type: 'paste',
+      graph: this.graphPath,
+      clipboard: this.clipboard,
+      offset: [offset, offset],
+    });
+    if (reply) {
+      await this.reload();
+      this.select(reply.paths);
+    }
+  }
+
+  // Moves the selection into a new nested graph: the connections among the moved operators are kept, those
+  // to the rest of the graph are reported, since a graph's ports are chosen by the person afterwards.
+  async groupSelected(): Promise<void> {
+    const paths = [...this.selection];
+    if (paths.length === 0) {
+      return;
+    }
+    const crossing = this.graph.dataConnections.filter(
+      (c) => paths.some((p) => c.input.startsWith(p + '/')) !== paths.some((p) => c.output.startsWith(p + '/')),
+    );
+    const clipboard = await this.send({ type: 'copy', paths });
+    const ops = paths.map((p) => this.findOperator(p)).filter((op): op is OperatorView => !!op);
+    if (!clipboard || ops.length === 0) {
+      return;
+    }
+    const x = Math.min(...ops.map((op) => op.position[0]));
+    const y = Math.min(...ops.map((op) => op.position[1]));
+    const group = await this.send<{ path: string }>({
+      type: 'addOperator',
+      graph: this.graphPath,
+      operatorType: 'Vantel.General.Graph',
+      name: 'Group',
+      position: [x, y],
+    });
+    if (!group) {
+      return;
+    }
+    if (!(await this.send({ type: 'paste', graph: group.path, clipboard, offset: [0, 0] }))) {
+      return;
+    }
+    for (const path of paths) {
+      await this.send({ type: 'removeOperator', path });
+    }
+    for (const c of crossing) {
+      this.log.add(`group: the connection ${c.output} → ${c.input} crossed the group and was not kept`, 'warning');
+    }
+    await this.reload();
+    this.select([group.path]);
+  }
+
+  async undo(): Promise<void> {
+    await this.send({ type: 'undo' });
+  }
+  async redo(): Promise<void> {
+    await this.send({ type: 'redo' });
+  }
+
+  async save(): Promise<void> {
+    const reply = await this.send<{ file: string }>({ type: 'save' });
+    if (reply) {
+      this.log.add(`saved ${reply.file}`, 'info');
+    }
+  }
+}
