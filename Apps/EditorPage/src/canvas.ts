@@ -27,6 +27,9 @@ export class GraphCanvas {
   camera = { x: -40, y: -40, zoom: 1 };
   drawnOperators = 0;
   lastDrawMilliseconds = 0;
+  // When the graph last read from the session was first drawn, in the page's clock (0: page opened).
+  graphShownAt = 0;
+  private shownGraph: unknown = null;
 
   private readonly context: CanvasRenderingContext2D;
   private ports = new Map<string, PortPlace>();
@@ -153,7 +156,10 @@ export class GraphCanvas {
     this.drawGesture();
     this.drawnOperators = drawn;
     this.lastDrawMilliseconds = performance.now() - started;
-    this.editor.graphDrawnAt = performance.now();
+    if (this.shownGraph !== this.editor.graph) {
+      this.shownGraph = this.editor.graph;
+      this.graphShownAt = performance.now();
+    }
   }
 
   private drawGrid(): void {

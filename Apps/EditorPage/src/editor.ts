@@ -19,8 +19,6 @@ export class Editor {
   values = new Map<string, unknown>();
   previews = new Map<string, string>();
   state: StateView = { running: true, frame: 0, time: 0, canUndo: false, canRedo: false };
-  // Set when a graph has been read and drawn, for the page's own timing.
-  graphDrawnAt = 0;
 
   private clipboard: unknown = null;
   private pasteCount = 0;

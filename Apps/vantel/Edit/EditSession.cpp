@@ -217,9 +217,10 @@ public:
     }
 
     json GetHistory(const json&) {
+        // Both lists start with the step that undo or redo would replay next.
         json undoList = json::array();
-        for (const Vantel::CommittedTransaction& transaction : undo) {
-            undoList.push_back(Describe(transaction));
+        for (auto it = undo.rbegin(); it != undo.rend(); ++it) {
+            undoList.push_back(Describe(*it));
         }
         json redoList = json::array();
         for (auto it = redo.rbegin(); it != redo.rend(); ++it) {

@@ -11,15 +11,16 @@
 namespace VantelHost {
 namespace {
 
-// Only what the bundler writes; anything else is no part of the page.
+// Only what the bundler writes; anything else is no part of the page. Scripts go as application/javascript
+// with a charset, which the transport leaves uncompressed (see kJsonType in EditServer.cpp).
 constexpr std::pair<std::string_view, std::string_view> kContentTypes[] = {
     {".html", "text/html; charset=utf-8"},
-    {".js", "text/javascript; charset=utf-8"},
+    {".js", "application/javascript; charset=utf-8"},
     {".css", "text/css; charset=utf-8"},
     {".svg", "image/svg+xml"},
     {".png", "image/png"},
     {".ico", "image/x-icon"},
-    {".json", "application/json"},
+    {".json", "application/json; charset=utf-8"},
     {".woff2", "font/woff2"},
 };
 

@@ -89,6 +89,7 @@ TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
     const json history = Ok(session, {{"type", "getHistory"}});
     ASSERT_EQ(history["undo"].size(), 3u);
     EXPECT_EQ(history["undo"][1]["records"][0], "Connect " + oscillator + "/Signal to " + sum + "/A");
+    EXPECT_EQ(history["undo"][0]["name"], "Set Value B");  // the next to undo comes first
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
     }
