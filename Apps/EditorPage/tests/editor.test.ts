@@ -114,6 +114,9 @@ describe('the editor page', () => {
     await eventually(shown, (value) => expect(value).toBeLessThan(100));
     await page.keyboard.press('Control+Shift+Z');
     await eventually(shown, (value) => expect(value).toBeGreaterThanOrEqual(100));
+    if (shots) {
+      await page.screenshot({ path: join(shots, 'editor-example.png') });
+    }
     await page.locator('#history').click();
     await eventually(() => page.locator('.history-undo').allTextContents(), (steps) => expect(steps[0]).toBe('Set Value B'));
     await page.locator('#history').click();
@@ -122,9 +125,6 @@ describe('the editor page', () => {
     const loader = (await operatorOfType(page, 'Standard.Image.LoadImage')).path;
     await page.mouse.click((await operatorPoint(page, loader)).x, (await operatorPoint(page, loader)).y);
     await eventually(() => page.locator('img.preview').getAttribute('src'), (src) => expect(src).toMatch(/^data:image\/png;base64,/));
-    if (shots) {
-      await page.screenshot({ path: join(shots, 'editor-example.png') });
-    }
     const processAt = await operatorPoint(page, process);
     await page.mouse.dblclick(processAt.x, processAt.y);
     await eventually(() => page.locator('#crumbs').textContent(), (text) => expect(text).toBe('Project › Process'));
