@@ -40,3 +40,8 @@ fi
 export DEBIAN_FRONTEND=noninteractive
 $sudo apt-get update -qq
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# npm fetches the editor page's packages over HTTPS and is told to trust the system's certificate bundle: bring
+# that bundle up to date with the authorities an administrator added (/usr/local/share/ca-certificates).
+if command -v update-ca-certificates >/dev/null 2>&1; then
+    $sudo update-ca-certificates >/dev/null
+fi

@@ -426,12 +426,14 @@ export class GraphCanvas {
     this.gesture = { kind: 'none' };
     const world = this.toWorld(this.point(event));
     if (gesture.kind === 'move' && gesture.moved) {
+      const moves: [string, Vec2][] = [];
       for (const path of gesture.starts.keys()) {
         const op = this.editor.findOperator(path);
         if (op) {
-          await this.editor.move(path, op.position);
+          moves.push([path, op.position]);
         }
       }
+      await this.editor.move(moves);
     } else if (gesture.kind === 'connect') {
       await this.finishConnect(gesture.from, world, gesture.detached);
     } else if (gesture.kind === 'box') {

@@ -21,6 +21,7 @@ export class Editor {
   state: StateView = { running: true, frame: 0, time: 0, canUndo: false, canRedo: false };
 
   private clipboard: unknown = null;
+  private copying: Promise<unknown> = Promise.resolve();
   private pasteCount = 0;
   private readonly graphListeners: Listener[] = [];
   private readonly selectionListeners: Listener[] = [];
@@ -134,8 +135,20 @@ export class Editor {
     return reply?.path;
   }
 
-  async move(path: string, position: Vec2): Promise<void> {
-    await this.send({ type: 'moveOperator', path, position: position.map(Math.round) });
+  // Several edits as one step of the history, or one edit as itself.
+  async sendEdits(name: string, edits: Record<string, unknown>[]): Promise<unknown> {
+    if (edits.length === 1) {
+      return this.send(edits[0]);
+    }
+    return edits.length > 0 ? this.send({ type: 'batch', name, requests: edits }) : undefined;
+  }
+
+  // A drag of the selection is one step, however many operators it moved.
+  async move(moves: [string, Vec2][]): Promise<void> {
+    const edits = moves.map(([path, position]) => ({ type: 'moveOperator', path, position: position.map(Math.round) }));
+    if ((await this.sendEdits(`Move ${moves.length} operators`, edits)) === undefined) {
+      await this.reload();  // put back what the session refused to move
+    }
   }
 
   // An input takes one connection: dropping onto a connected input replaces what fed it.
@@ -150,9 +163,8 @@ export class Editor {
   }
 
   async removeSelected(): Promise<void> {
-    for (const path of [...this.selection]) {
-      await this.send({ type: 'removeOperator', path });
-    }
+    const paths = [...this.selection];
+    await this.sendEdits(`Delete ${paths.length} operators`, paths.map((path) => ({ type: 'removeOperator', path })));
     this.select([]);
   }
 
@@ -160,7 +172,8 @@ export class Editor {
     if (this.selection.size === 0) {
       return false;
     }
-    const clipboard = await this.send({ type: 'copy', paths: [...this.selection] });
+    this.copying = this.send({ type: 'copy', paths: [...this.selection] });
+    const clipboard = await this.copying;
     if (clipboard) {
       this.clipboard = clipboard;
       this.pasteCount = 0;
@@ -169,6 +182,8 @@ export class Editor {
   }
 
   async paste(): Promise<void> {
+    // Ctrl+V straight after Ctrl+C pastes what was just copied, not what was before.
+    await this.copying;
     if (!this.clipboard) {
       this.log.add('paste: nothing copied yet', 'info');
       return;
@@ -187,8 +202,9 @@ export class Editor {
     }
   }
 
-  // Moves the selection into a new nested graph: the connections among the moved operators are kept, those
-  // to the rest of the graph are reported, since a graph's ports are chosen by the person afterwards.
+  // Moves the selection into a new nested graph (two steps of the history: the graph, then the move). The
+  // connections among the moved operators are kept; those to the rest of the graph are reported, since a
+  // graph's ports are chosen by the person afterwards.
   async groupSelected(): Promise<void> {
     const paths = [...this.selection];
     if (paths.length === 0) {
@@ -214,11 +230,16 @@ export class Editor {
     if (!group) {
       return;
     }
-    if (!(await this.send({ type: 'paste', graph: group.path, clipboard, offset: [0, 0] }))) {
+    const moved = await this.send({
+      type: 'batch',
+      name: `Group ${paths.length} operators`,
+      requests: [
+        { type: 'paste', graph: group.path, clipboard, offset: [0, 0] },
+        ...paths.map((path) => ({ type: 'removeOperator', path })),
+      ],
+    });
+    if (!moved) {
       return;
-    }
-    for (const path of paths) {
-      await this.send({ type: 'removeOperator', path });
     }
     for (const c of crossing) {
       this.log.add(`group: the connection ${c.output} → ${c.input} crossed the group and was not kept`, 'warning');

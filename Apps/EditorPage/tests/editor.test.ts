@@ -74,7 +74,7 @@ describe('the editor page', () => {
     copyFileSync(join(examples, 'ImagePipeline/ImagePipeline.json'), join(folder, 'ImagePipeline.json'));
     copyFileSync(join(examples, 'ImagePipeline/input.png'), join(folder, 'input.png'));
     const file = join(folder, 'ImagePipeline.json');
-    const { page, errors } = await open(file);
+    const { page, session, errors } = await open(file);
     await page.waitForFunction(() => (window as any).vantelEditor?.canvas.drawnOperators === 4);
 
     // The palette opens with "/", finds by tag, and adds what Enter picks.
@@ -120,6 +120,26 @@ describe('the editor page', () => {
     await page.locator('#history').click();
     await eventually(() => page.locator('.history-undo').allTextContents(), (steps) => expect(steps[0]).toBe('Set Value B'));
     await page.locator('#history').click();
+
+    // Copy, paste and delete by keys; a drag of two selected operators is one step of the history.
+    const count = async () => (await graphOf(page)).operators.length;
+    const sumAt = await operatorPoint(page, sum);
+    await page.mouse.click(sumAt.x, sumAt.y);
+    await page.keyboard.press('Control+C');
+    await page.keyboard.press('Control+V');
+    await eventually(count, (n) => expect(n).toBe(6));
+    await page.keyboard.press('Delete');
+    await eventually(count, (n) => expect(n).toBe(5));
+    const oscillatorAt = await operatorPoint(page, oscillator);
+    await page.mouse.click(oscillatorAt.x, oscillatorAt.y);
+    await page.keyboard.down('Shift');
+    await page.mouse.click(sumAt.x, sumAt.y);
+    await page.keyboard.up('Shift');
+    await drag(page, sumAt, { x: sumAt.x + 40, y: sumAt.y + 60 });
+    await eventually(
+      () => session.request({ type: 'getHistory' }),
+      (history) => expect(history.result.undo[0]).toMatchObject({ name: 'Move 2 operators', records: [expect.any(String), expect.any(String)] }),
+    );
 
     // The loaded picture's live preview in the panel, then into the nested graph by double-click.
     const loader = (await operatorOfType(page, 'Standard.Image.LoadImage')).path;

@@ -178,6 +178,14 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
         {link({{0, 0, 0}}), "'links' must be a list of [source, target] component pairs"},
         {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
+        {{{"type", "batch"},
+          {"name", "Two"},
+          {"requests",
+           {{{"type", "moveOperator"}, {"path", oscillator}, {"position", {9, 9}}},
+            {{"type", "removeOperator"}, {"path", "/Nobody"}}}}},
+         "edit 2 of 2 (removeOperator): nothing answers to /Nobody"},
+        {{{"type", "batch"}, {"name", "Back"}, {"requests", {{{"type", "undo"}}}}},
+         "a batch holds edits only, not 'undo'"},
     };
     for (const auto& row : rows) {
         const json reply = session.Request(row.request);
@@ -186,6 +194,27 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
     }
     EXPECT_TRUE(Ok(session, {{"type", "getHistory"}})["undo"].empty());
     EXPECT_EQ(Save(session), before);
+}
+
+TEST_F(EditSession, ABatchOfEditsIsOneStepOfTheHistory) {
+    EditProcess session(kHost, project);
+    const std::string before = Save(session);
+    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
+    const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
+    const json moves = {{{"type", "moveOperator"}, {"path", oscillator}, {"position", {5, 5}}},
+                        {{"type", "moveOperator"}, {"path", loader}, {"position", {7, 7}}}};
+    EXPECT_EQ(
+        Ok(session, {{"type", "batch"}, {"name", "Move 2 operators"}, {"requests", moves}})["results"].size(),
+        2u);
+    const json history = Ok(session, {{"type", "getHistory"}});
+    ASSERT_EQ(history["undo"].size(), 1u);
+    EXPECT_EQ(history["undo"][0]["name"], "Move 2 operators");
+    EXPECT_EQ(history["undo"][0]["records"].size(), 2u);
+    const std::string after = Save(session);
+    Ok(session, {{"type", "undo"}});
+    EXPECT_EQ(Save(session), before);
+    Ok(session, {{"type", "redo"}});
+    EXPECT_EQ(Save(session), after);
 }
 
 TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
