@@ -30,6 +30,7 @@ export class GraphCanvas {
   // When the graph last read from the session was first drawn, in the page's clock (0: page opened).
   graphShownAt = 0;
   private shownGraph: unknown = null;
+  private framedPath = '';
 
   private readonly context: CanvasRenderingContext2D;
   private ports = new Map<string, PortPlace>();
@@ -48,6 +49,11 @@ export class GraphCanvas {
     this.resize();
     editor.onGraph(() => {
       this.indexPorts();
+      // A graph entered or left is shown whole; a graph re-read after an edit keeps the view.
+      if (editor.graph.path !== this.framedPath) {
+        this.framedPath = editor.graph.path;
+        this.frameAll();
+      }
       this.invalidate();
     });
     editor.onSelection(() => this.invalidate());
@@ -483,7 +489,7 @@ export class GraphCanvas {
   private doubleClick(event: MouseEvent): void {
     const op = this.operatorAt(this.toWorld(this.point(event)));
     if (op?.graph) {
-      void this.editor.enter(op.path, displayName(op)).then(() => this.frameAll());
+      void this.editor.enter(op.path, displayName(op));
     }
   }
 }

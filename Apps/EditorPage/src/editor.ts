@@ -202,30 +202,34 @@ export class Editor {
     }
   }
 
-  // Moves the selection into a new nested graph (two steps of the history: the graph, then the move). The
-  // connections among the moved operators are kept; those to the rest of the graph are reported, since a
-  // graph's ports are chosen by the person afterwards.
+  // Moves the selection into a new nested graph (two steps of the history: the graph, then the move), with
+  // the connections among the moved operators. A connection to the rest of the graph would need ports the
+  // person chooses, so a selection with one is refused, naming it, and nothing changes.
   async groupSelected(): Promise<void> {
     const paths = [...this.selection];
-    if (paths.length === 0) {
-      return;
-    }
-    const crossing = this.graph.dataConnections.filter(
-      (c) => paths.some((p) => c.input.startsWith(p + '/')) !== paths.some((p) => c.output.startsWith(p + '/')),
-    );
-    const clipboard = await this.send({ type: 'copy', paths });
     const ops = paths.map((p) => this.findOperator(p)).filter((op): op is OperatorView => !!op);
-    if (!clipboard || ops.length === 0) {
+    if (ops.length === 0) {
       return;
     }
-    const x = Math.min(...ops.map((op) => op.position[0]));
-    const y = Math.min(...ops.map((op) => op.position[1]));
+    const inside = (port: string) => paths.some((p) => port.startsWith(p + '/'));
+    const crossing = [...this.graph.dataConnections, ...this.graph.parameterConnections].filter(
+      (c) => inside(c.input) !== inside(c.output),
+    );
+    if (crossing.length > 0) {
+      const names = crossing.map((c) => `${c.output} → ${c.input}`).join(', ');
+      this.log.error(`group: these connections cross the selection's edge; select both ends or disconnect them first: ${names}`);
+      return;
+    }
+    const clipboard = await this.send({ type: 'copy', paths });
+    if (!clipboard) {
+      return;
+    }
     const group = await this.send<{ path: string }>({
       type: 'addOperator',
       graph: this.graphPath,
       operatorType: 'Vantel.General.Graph',
       name: 'Group',
-      position: [x, y],
+      position: [Math.min(...ops.map((op) => op.position[0])), Math.min(...ops.map((op) => op.position[1]))],
     });
     if (!group) {
       return;
@@ -238,14 +242,10 @@ export class Editor {
         ...paths.map((path) => ({ type: 'removeOperator', path })),
       ],
     });
-    if (!moved) {
-      return;
+    if (moved) {
+      await this.reload();
+      this.select([group.path]);
     }
-    for (const c of crossing) {
-      this.log.add(`group: the connection ${c.output} → ${c.input} crossed the group and was not kept`, 'warning');
-    }
-    await this.reload();
-    this.select([group.path]);
   }
 
   async undo(): Promise<void> {

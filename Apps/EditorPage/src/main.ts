@@ -128,7 +128,6 @@ async function start(): Promise<void> {
     toolbar.showState(state);
   }
   await editor.reload();
-  canvas.frameAll();
   // For the browser test and for a person at the console: what is drawn, and how to reach it.
   Object.assign(window, { vantelEditor: { editor, canvas } });
 }

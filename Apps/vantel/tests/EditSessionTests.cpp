@@ -217,6 +217,26 @@ TEST_F(EditSession, ABatchOfEditsIsOneStepOfTheHistory) {
     EXPECT_EQ(Save(session), after);
 }
 
+TEST_F(EditSession, ATriggerFiresOnTheNextFrameAndIsNoStepOfTheHistory) {
+    EditProcess session(kHost, project);
+    EventReader events(session.GetPort(), session.GetToken());
+    const std::string counter = Ok(session, {{"type", "addOperator"},
+                                             {"graph", "/"},
+                                             {"operatorType", "Standard.Math.Counter"},
+                                             {"position", {0, 300}}})["path"];
+    Ok(session, {{"type", "setValue"}, {"path", counter + "/Start"}, {"value", -50.0}});
+    Ok(session, {{"type", "trigger"}, {"path", counter + "/Reset"}});
+    const json reset = events.WaitFor(
+        [&](const json& event) {
+            return event["event"] == "frame" && event["values"].contains(counter + "/Value") &&
+                   event["values"][counter + "/Value"].get<double>() < -40.0;
+        },
+        10.0);
+    EXPECT_FALSE(reset.is_null()) << "the reset never showed";
+    EXPECT_EQ(Ok(session, {{"type", "getHistory"}})["undo"].size(), 2u);
+    EXPECT_EQ(session.Request({{"type", "trigger"}, {"path", counter + "/Start"}})["ok"], false);
+}
+
 TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
     EditProcess session(kHost, project);
     const std::string own = "http://127.0.0.1:" + std::to_string(session.GetPort());
