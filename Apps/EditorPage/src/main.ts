@@ -48,6 +48,8 @@ function bindKeys(editor: Editor, palette: Palette): void {
     } else if (key === 'delete' || key === 'backspace') {
       event.preventDefault();
       void editor.removeSelected();
+    } else if (key === 'escape') {
+      editor.select([]);
     } else if (key === '/') {
       event.preventDefault();
       palette.open();

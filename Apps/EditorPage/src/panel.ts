@@ -217,9 +217,9 @@ export class Panel {
       parameterType.append(new Option(t.name, t.type));
     }
     const addPort = (direction: string) => () =>
-      void this.editor.send({ type: 'addUserPort', graph, direction, dataType: dataType.value }).then(() => this.editor.reload());
+      void this.editor.send({ type: 'addUserPort', graph, direction, dataType: dataType.value });
     const addParameter = (output: boolean) => () =>
-      void this.editor.send({ type: 'addUserParameter', graph, parameterType: parameterType.value, output }).then(() => this.editor.reload());
+      void this.editor.send({ type: 'addUserParameter', graph, parameterType: parameterType.value, output });
     const ports = element('div', 'row');
     ports.append(dataType, button('+ input', 'Add an input port', addPort('input')), button('+ output', 'Add an output port', addPort('output')));
     const parameters = element('div', 'row');
