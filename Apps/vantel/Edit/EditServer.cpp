@@ -24,11 +24,11 @@ constexpr const char* kJsonType = "application/json; charset=utf-8";
 
 // Updates a slow reader has not taken yet; past this the oldest are dropped, and the client re-reads.
 constexpr std::size_t kMaxQueuedUpdates = 1024;
+// What "/" answers when the host has no page beside it (a build configured without it).
 constexpr const char* kNoPage =
     "<!doctype html><title>vantel edit</title><p>The edit session is running, but the editor page is not "
     "built beside the host (bin/editor/index.html): build the target vantel-editor-page. The protocol is "
     "POST /api and GET /events.</p>";
-
 // How often a waiting event stream looks whether the server is stopping.
 constexpr auto kStreamPoll = std::chrono::milliseconds(200);
 
