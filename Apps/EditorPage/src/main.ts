@@ -60,6 +60,9 @@ function bindKeys(editor: Editor, palette: Palette): void {
 async function start(): Promise<void> {
   const token = new URLSearchParams(location.search).get('token') ?? '';
   const log = new LogView(byId('log'), byId('toast'));
+  // A fault of the page itself is shown like the library's, not left in the console.
+  window.addEventListener('error', (event) => log.error(`page: ${event.message}`));
+  window.addEventListener('unhandledrejection', (event) => log.error(`page: ${String(event.reason)}`));
   const editor = new Editor(new Api(token), log);
   const canvas = new GraphCanvas(byId<HTMLCanvasElement>('graph'), editor);
   const panel = new Panel(byId('panel'), editor);

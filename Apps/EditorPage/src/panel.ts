@@ -167,6 +167,10 @@ export class Panel {
     const source = this.editor.graph.parameterConnections.find((c) => c.input === p.path);
     const control = makeControl(this.editor, p);
     this.controls.set(p.path, control);
+    // Frame updates carry only changes: the newest value seen beats the one read with the graph.
+    if (this.editor.values.has(p.path)) {
+      control.update(this.editor.values.get(p.path));
+    }
     cell.append(control.element);
     if (source) {
       control.element.classList.add('driven');
