@@ -22,6 +22,7 @@ function button(text: string, title: string, action: () => void): HTMLButtonElem
 export class Panel {
   private controls = new Map<string, Control>();
   private previews = new Map<string, HTMLImageElement>();
+  private renderOnBlur = false;
 
   constructor(
     private readonly root: HTMLElement,
@@ -47,7 +48,18 @@ export class Panel {
   render(): void {
     // A control being typed into keeps its text: the panel is rebuilt once it loses focus.
     if (this.root.contains(document.activeElement) && document.activeElement !== document.body) {
-      this.root.addEventListener('focusout', () => this.render(), { once: true });
+      if (!this.renderOnBlur) {
+        this.renderOnBlur = true;
+        const leave = (event: FocusEvent) => {
+          if (this.root.contains(event.relatedTarget as Node | null)) {
+            return;  // Tab to the next field: still editing
+          }
+          this.root.removeEventListener('focusout', leave);
+          this.renderOnBlur = false;
+          this.render();
+        };
+        this.root.addEventListener('focusout', leave);
+      }
       return;
     }
     this.controls.clear();
