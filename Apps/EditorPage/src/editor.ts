@@ -56,12 +56,13 @@ export class Editor {
   }
 
   // Sends one request; a refusal goes to the log and the toast, and comes back as undefined.
-  async send<T = unknown>(body: Record<string, unknown>): Promise<T | undefined> {
+  // `what` names the edit in the refusal; by default the request's type.
+  async send<T = unknown>(body: Record<string, unknown>, what = String(body.type)): Promise<T | undefined> {
     try {
       return await this.api.request<T>(body);
     } catch (error) {
       const reason = error instanceof RequestFailed ? error.message : `cannot reach the session: ${String(error)}`;
-      this.log.error(`${String(body.type)}: ${reason}`);
+      this.log.error(`${what}: ${reason}`);
       return undefined;
     }
   }
@@ -154,7 +155,8 @@ export class Editor {
   // An input takes one connection: dropping onto a connected input replaces what fed it.
   async connect(output: string, input: string): Promise<boolean> {
     const taken = this.graph.dataConnections.some((c) => c.input === input);
-    const reply = await this.send({ type: 'connectData', output, input, replace: taken });
+    const short = (path: string) => path.split('/').slice(-2).join('/');
+    const reply = await this.send({ type: 'connectData', output, input, replace: taken }, `connect ${short(output)} → ${short(input)}`);
     return reply !== undefined;
   }
 
