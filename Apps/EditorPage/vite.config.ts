@@ -10,6 +10,9 @@ export default defineConfig({
     target: 'es2022',
     reportCompressedSize: false,
   },
+  // The test runner's own server listens on the loopback by address: a bare system may have no /etc/hosts
+  // to name "localhost".
+  server: { host: '127.0.0.1' },
   test: {
     include: ['tests/**/*.test.ts'],
     testTimeout: 120000,
