@@ -96,8 +96,13 @@ function intControl(editor: Editor, p: ParameterNodeView): Control {
   if (p.editorType === 'slider') {
     const slider = document.createElement('input');
     slider.type = 'range';
-    slider.min = '0';
-    slider.max = '100';
+    // The library gives an Int no bounds: the slider spans 0..100, or twice the value's size past that.
+    const span = (value: unknown) => {
+      const size = Math.max(100, Math.abs(Number(value)) * 2);
+      slider.min = Number(value) < 0 ? String(-size) : '0';
+      slider.max = String(size);
+    };
+    span(p.value);
     slider.value = String(p.value);
     const shown = document.createElement('span');
     shown.textContent = String(p.value);
@@ -110,6 +115,7 @@ function intControl(editor: Editor, p: ParameterNodeView): Control {
       element: box,
       update(value) {
         if (!isEditing(box)) {
+          span(value);
           slider.value = String(value);
           shown.textContent = String(value);
         }
@@ -206,32 +212,45 @@ function triggerControl(editor: Editor, p: ParameterNodeView): Control {
   return { element: button, update: () => undefined };
 }
 
-// The objects a reference may name are those of the graph on show; the library refuses others and says why.
+// The objects a reference may name, as the library lists them; the value goes by absolute path.
 function referenceControl(editor: Editor, p: ParameterNodeView): Control {
   const menu = document.createElement('select');
-  const none = document.createElement('option');
-  none.value = '';
-  none.textContent = '(none)';
-  menu.append(none);
-  for (const op of editor.graph.operators) {
-    const item = document.createElement('option');
-    item.value = op.path;
-    item.textContent = op.name || op.key;
-    menu.append(item);
+  menu.append(new Option('(none)', ''));
+  for (const path of p.allowed ?? []) {
+    menu.append(new Option(path, path));
   }
-  const show = (value: unknown) => {
-    const text = typeof value === 'string' ? value : '';
-    if (text && ![...menu.options].some((o) => o.value === text)) {
-      const item = document.createElement('option');
-      item.value = text;
-      item.textContent = text;
-      menu.append(item);
-    }
-    menu.value = text;
+  menu.value = p.referent ?? '';
+  menu.addEventListener('change', () =>
+    void editor.send({ type: 'setReference', path: p.path, target: menu.value || null }),
+  );
+  // Frame values are the library's relative form; the menu is re-read with the graph after each change.
+  return { element: menu, update: () => undefined };
+}
+
+// A 3D transform is a 4x4 matrix, by columns; a changed field sends the whole matrix.
+function transformControl(editor: Editor, p: ParameterNodeView): Control {
+  const box = document.createElement('div');
+  box.className = 'numbers numbers-16';
+  const fields: HTMLInputElement[] = [];
+  const send = () => {
+    const columns = [0, 1, 2, 3].map((c) => [0, 1, 2, 3].map((r) => Number(fields[c * 4 + r].value) || 0));
+    void editor.send({ type: 'setValue', path: p.path, value: columns });
   };
-  show(p.value);
-  menu.addEventListener('change', () => void editor.send({ type: 'setValue', path: p.path, value: menu.value || null }));
-  return { element: menu, update: (value) => !isEditing(menu) && show(value) };
+  // Shown row by row, as a matrix is written; stored column by column.
+  const order = [0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15];
+  const cells = componentsOf(p.value);
+  for (let i = 0; i < 16; i += 1) {
+    fields.push(numberField(cells[i] ?? 0, false, send));
+  }
+  order.forEach((index) => box.append(fields[index]));
+  return {
+    element: box,
+    update(value) {
+      if (!isEditing(box)) {
+        componentsOf(value).forEach((v, i) => fields[i] && (fields[i].value = String(Number(v.toFixed(5)))));
+      }
+    },
+  };
 }
 
 function readOnlyControl(p: ParameterNodeView): Control {
@@ -251,8 +270,9 @@ export function makeControl(editor: Editor, p: ParameterNodeView): Control {
     case 'Vantel.Vector2Parameter':
     case 'Vantel.Vector3Parameter':
     case 'Vantel.Vector4Parameter':
-    case 'Vantel.Transform3DParameter':
       return numbersControl(editor, p, false);
+    case 'Vantel.Transform3DParameter':
+      return transformControl(editor, p);
     case 'Vantel.IntParameter':
       return intControl(editor, p);
     case 'Vantel.Vector2IntParameter':

@@ -29,6 +29,8 @@ export interface ParameterNodeView {
   editorType?: string | null;
   addedByUser?: boolean;
   options?: ParameterOption[];
+  referent?: string | null;
+  allowed?: string[];
   children?: ParameterNodeView[];
   rowContinuation?: boolean;
   rowLabel?: string;

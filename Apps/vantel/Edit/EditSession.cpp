@@ -25,6 +25,7 @@
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/PtrParameter.h>
 #include <Vantel/Parameters/TriggerParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
@@ -411,6 +412,22 @@ public:
         });
     }
 
+    // A reference is set by the absolute path the graph reply lists among its allowed objects (null: none).
+    json SetReference(const json& request) {
+        auto& reference = Find<Vantel::PtrParameter>(request, "path");
+        const json& target = Field(request, "target");
+        Vantel::Object* object =
+            target.is_null() ? nullptr : &FindPath<Vantel::Object>(Text(request, "target"));
+        if (object != nullptr && !reference.PassesFilter(object)) {
+            throw RequestError(Text(request, "target") + " is not among the objects " + reference.GetName() +
+                               " may refer to");
+        }
+        return Edit("Set " + reference.GetName(), [&] {
+            reference.SetValue(object);
+            return json{{"value", reference.SerializeValue()}};
+        });
+    }
+
     // A trigger is an action, not a value: it fires on the next frame and is no step of the history.
     json FireTrigger(const json& request) {
         Find<Vantel::TriggerParameter>(request, "path").Trigger();
@@ -421,11 +438,10 @@ public:
 
     static bool IsBatchable(const std::string& type) {
         static const std::unordered_set<std::string> kEdits = {
-            "addOperator",   "removeOperator",  "moveOperator",     "renameOperator",
-            "connectData",   "disconnectData",  "connectParameter", "disconnectParameter",
-            "setValue",      "setComponent",    "addUserPort",      "addUserParameter",
-            "moveListInput", "removeListInput", "addBundle",        "removeBundle",
-            "moveBundle",    "paste",
+            "addOperator",    "removeOperator",   "moveOperator",        "renameOperator", "connectData",
+            "disconnectData", "connectParameter", "disconnectParameter", "setValue",       "setComponent",
+            "setReference",   "addUserPort",      "addUserParameter",    "moveListInput",  "removeListInput",
+            "addBundle",      "removeBundle",     "moveBundle",          "paste",
         };
         return kEdits.contains(type);
     }
@@ -887,6 +903,7 @@ private:
             {"disconnectParameter", &Implementation::DisconnectParameter},
             {"setValue", &Implementation::SetValue},
             {"setComponent", &Implementation::SetComponent},
+            {"setReference", &Implementation::SetReference},
             {"trigger", &Implementation::FireTrigger},
             {"batch", &Implementation::Batch},
             {"addUserPort", &Implementation::AddUserPort},

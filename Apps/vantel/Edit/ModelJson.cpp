@@ -22,6 +22,7 @@
 #include <Vantel/Parameters/ParameterGroup.h>
 #include <Vantel/Parameters/ParameterInfo.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Parameters/PtrParameter.h>
 #include <Vantel/Parameters/StringParameter.h>
 
 namespace VantelHost {
@@ -128,6 +129,22 @@ void WriteEnumOptions(JsonText& out, const Vantel::EnumParameter& choice) {
     out.EndArray();
 }
 
+// The referent and the objects a reference may name, by absolute path, for an editor's picker.
+void WriteReferenceChoices(JsonText& out, const Vantel::PtrParameter& reference) {
+    out.Key("referent");
+    if (Vantel::Object* referent = reference.Value()) {
+        out.String(referent->GetPath().ToString());
+    } else {
+        out.Null();
+    }
+    out.Key("allowed");
+    out.BeginArray();
+    for (Vantel::Object* object : reference.GetAllowedObjects()) {
+        out.String(object->GetPath().ToString());
+    }
+    out.EndArray();
+}
+
 void WriteParameterMembers(JsonText& out, const Vantel::Parameter& parameter) {
     out.Key("kind");
     out.String("parameter");
@@ -151,6 +168,9 @@ void WriteParameterMembers(JsonText& out, const Vantel::Parameter& parameter) {
     out.Boolean(parameter.IsAddedByUser());
     if (const auto* choice = dynamic_cast<const Vantel::EnumParameter*>(&parameter)) {
         WriteEnumOptions(out, *choice);
+    }
+    if (const auto* reference = dynamic_cast<const Vantel::PtrParameter*>(&parameter)) {
+        WriteReferenceChoices(out, *reference);
     }
 }
 

@@ -237,6 +237,25 @@ TEST_F(EditSession, ATriggerFiresOnTheNextFrameAndIsNoStepOfTheHistory) {
     EXPECT_EQ(session.Request({{"type", "trigger"}, {"path", counter + "/Start"}})["ok"], false);
 }
 
+TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
+    EditProcess session(kHost, project);
+    const std::string process = FindOperator(session, "Vantel.General.Graph");
+    const std::string reference = Ok(session, {{"type", "addUserParameter"},
+                                               {"graph", process},
+                                               {"parameterType", "Vantel.PtrParameter"},
+                                               {"output", false}})["path"];
+    const json reply =
+        session.Request({{"type", "setReference"}, {"path", reference}, {"target", "/Oscillator [8bs]"}});
+    EXPECT_EQ(reply["error"], "/Oscillator [8bs] is not among the objects Reference may refer to");
+    const json graph = Ok(session, {{"type", "getGraph"}});
+    const json listed = graph["/operators/2/parameters"_json_pointer].back();
+    EXPECT_EQ(listed["path"], reference);
+    EXPECT_EQ(listed["allowed"], json::array());  // a user reference starts with no filter
+    EXPECT_TRUE(listed["referent"].is_null());
+    EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
+              nullptr);
+}
+
 TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
     EditProcess session(kHost, project);
     const std::string own = "http://127.0.0.1:" + std::to_string(session.GetPort());
