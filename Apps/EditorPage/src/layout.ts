@@ -18,16 +18,14 @@ export function hasImageOutput(op: OperatorView): boolean {
   return op.outputs.some((port) => port.type.includes('Image'));
 }
 
-export function nodeBox(op: OperatorView): NodeBox {
+// Without building a box: the renderer asks this of every operator in every frame.
+export function nodeHeight(op: OperatorView): number {
   const rows = Math.max(op.inputs.length, op.outputs.length, 1);
-  const hasPreview = hasImageOutput(op);
-  return {
-    x: op.position[0],
-    y: op.position[1],
-    width: kNodeWidth,
-    height: kHeaderHeight + rows * kPortRow + 6 + (hasPreview ? kPreviewHeight : 0),
-    hasPreview,
-  };
+  return kHeaderHeight + rows * kPortRow + 6 + (hasImageOutput(op) ? kPreviewHeight : 0);
+}
+
+export function nodeBox(op: OperatorView): NodeBox {
+  return { x: op.position[0], y: op.position[1], width: kNodeWidth, height: nodeHeight(op), hasPreview: hasImageOutput(op) };
 }
 
 export function inputAnchor(op: OperatorView, index: number): Vec2 {

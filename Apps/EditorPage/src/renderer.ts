@@ -2,7 +2,7 @@
 // the gesture under way. Only what lies in view is drawn, and below a readable zoom only the boxes.
 import { portColor } from './colors';
 import type { Editor } from './editor';
-import { displayName, inputAnchor, kHeaderHeight, kNodeWidth, nodeBox, outputAnchor } from './layout';
+import { displayName, inputAnchor, kHeaderHeight, kNodeWidth, nodeBox, nodeHeight, outputAnchor } from './layout';
 import type { Connection, OperatorView, PortView, Vec2 } from './protocol';
 
 export const kDetailZoom = 0.35;
@@ -60,8 +60,8 @@ export class GraphRenderer {
     this.drawConnections(view);
     let drawn = 0;
     for (const op of this.editor.graph.operators) {
-      const box = nodeBox(op);
-      if (box.x > view.right || box.y > view.bottom || box.x + box.width < view.left || box.y + box.height < view.top) {
+      const [left, top] = op.position;
+      if (left > view.right || top > view.bottom || left + kNodeWidth < view.left || top + nodeHeight(op) < view.top) {
         continue;
       }
       this.drawNode(op);
