@@ -1,5 +1,5 @@
 # Front door: each target installs what is missing, then wraps the CMake presets.
-.PHONY: deps run test test-tsan fuzz bench lint format clean
+.PHONY: deps run edit test test-browser test-tsan fuzz bench lint format clean
 
 deps:
 	@bash tools/install-deps.sh
@@ -12,10 +12,24 @@ run: deps
 	./build/release/bin/vantel run examples/ImagePipeline/ImagePipeline.json --frames 60
 	@echo "vantel: wrote examples/ImagePipeline/output.png"
 
+# The editor on a copy of the example (build/edit-example, kept between runs): open the address it prints.
+edit: deps
+	cmake --preset release
+	cmake --build --preset release
+	mkdir -p build/edit-example
+	cp -n examples/ImagePipeline/ImagePipeline.json examples/ImagePipeline/input.png build/edit-example/
+	./build/release/bin/vantel edit build/edit-example/ImagePipeline.json
+
 test: deps
 	cmake --preset dev
 	cmake --build --preset dev
 	ctest --preset dev
+
+# The editor page in Debian's headless Chromium, driven by playwright-core, against the dev build's host.
+test-browser: deps
+	cmake --preset dev
+	cmake --build --preset dev --target vantel VantelStandard vantel-editor-page
+	cd Apps/EditorPage && VANTEL_HOST=$(CURDIR)/build/dev/bin/vantel npm test --silent
 
 # The threaded code's tests under ThreadSanitizer; Tasks::Shutdown's scenario needs an executable of its own.
 test-tsan: deps

@@ -6,7 +6,12 @@ packages=(
     build-essential cmake ninja-build git pkg-config clang-format python3
     nlohmann-json3-dev libyaml-cpp-dev libglm-dev libstb-dev libabsl-dev
     libgtest-dev libgmock-dev libbenchmark-dev libcpp-httplib-dev
+    chromium fonts-dejavu-core
 )
+# The editor page is built with Node and npm; a Node installed some other way (with its own npm) is kept.
+if ! command -v node >/dev/null 2>&1 || ! command -v npm >/dev/null 2>&1; then
+    packages+=(nodejs npm)
+fi
 if [ "${VANTEL_FUZZ:-0}" = 1 ]; then
     packages+=(clang libclang-rt-14-dev)
 fi
@@ -35,3 +40,8 @@ fi
 export DEBIAN_FRONTEND=noninteractive
 $sudo apt-get update -qq
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# npm fetches the editor page's packages over HTTPS and is told to trust the system's certificate bundle: bring
+# that bundle up to date with the authorities an administrator added (/usr/local/share/ca-certificates).
+if command -v update-ca-certificates >/dev/null 2>&1; then
+    $sudo update-ca-certificates >/dev/null
+fi

@@ -11,6 +11,7 @@
 #include "EditServer.h"
 #include "EditSession.h"
 #include "LogTee.h"
+#include "PageFiles.h"
 
 namespace VantelHost {
 namespace {
@@ -55,6 +56,7 @@ public:
     }
 
     int Start(int port) {
+        server.SetPageFolder(GetPageFolder());
         // A client that opens the event stream gets every value and preview with the next frame update.
         const auto subscribed = [this] {
             Vantel::Tasks::RunOnMainThread([this] { session.ResendAll(); });

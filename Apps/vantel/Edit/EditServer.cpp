@@ -11,19 +11,30 @@
 
 #include <httplib.h>
 
+#include "PageFiles.h"
+
 namespace VantelHost {
 namespace {
 
 using nlohmann::json;
 
+// Replies name their charset, which also keeps the transport from compressing them: on the loopback its
+// slowest-and-smallest compression costs far more time than the bytes it saves (seconds for a large graph).
+constexpr const char* kJsonType = "application/json; charset=utf-8";
+
 // Updates a slow reader has not taken yet; past this the oldest are dropped, and the client re-reads.
 constexpr std::size_t kMaxQueuedUpdates = 1024;
+// What "/" answers when the host has no page beside it (a build configured without it).
+constexpr const char* kNoPage =
+    "<!doctype html><title>vantel edit</title><p>The edit session is running, but the editor page is not "
+    "built beside the host (bin/editor/index.html): build the target vantel-editor-page. The protocol is "
+    "POST /api and GET /events.</p>";
 // How often a waiting event stream looks whether the server is stopping.
 constexpr auto kStreamPoll = std::chrono::milliseconds(200);
 
 void Reply(httplib::Response& response, int status, const json& body) {
     response.status = status;
-    response.set_content(body.dump(), "application/json");
+    response.set_content(body.dump(), kJsonType);
 }
 
 // One open event stream's queue.
@@ -44,7 +55,10 @@ public:
         // Replies and events are small writes that a person waits for: no coalescing delay.
         server.set_tcp_nodelay(true);
         server.set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
-            if (!IsAllowed(request)) {
+            // The page's assets carry no token (the page names them by path), so they need only the Host
+            // rule.
+            const bool asset = request.method == "GET" && request.path.rfind("/assets/", 0) == 0;
+            if (!(asset ? IsOwnAddress(request) : IsAllowed(request))) {
                 Reply(response, 403,
                       {{"ok", false}, {"error", "refused: not this session's token, host or origin"}});
                 return httplib::Server::HandlerResponse::Handled;
@@ -56,11 +70,11 @@ public:
         });
         server.Get("/events",
                    [this](const httplib::Request&, httplib::Response& response) { OpenStream(response); });
-        server.Get("/", [](const httplib::Request&, httplib::Response& response) {
-            response.set_content(
-                "<!doctype html><title>vantel edit</title><p>The edit session is running. "
-                "Its protocol is POST /api and GET /events.</p>",
-                "text/html");
+        server.Get("/", [this](const httplib::Request& request, httplib::Response& response) {
+            ServePage(request, response);
+        });
+        server.Get(R"(/assets/.+)", [this](const httplib::Request& request, httplib::Response& response) {
+            ServePage(request, response);
         });
         if (wantedPort == 0) {
             port = server.bind_to_any_port("127.0.0.1");
@@ -105,14 +119,16 @@ public:
     }
 
     const std::string token;
+    std::filesystem::path pageFolder;
 
 private:
     bool IsAllowed(const httplib::Request& request) const {
         const std::string given = request.has_param("token") ? request.get_param_value("token")
                                                              : request.get_header_value("X-Vantel-Token");
-        if (given != token) {
-            return false;
-        }
+        return given == token && IsOwnAddress(request);
+    }
+
+    bool IsOwnAddress(const httplib::Request& request) const {
         // A page elsewhere can make a browser send requests here; only the session's own names pass.
         const std::string self = std::to_string(port);
         const std::string host = request.get_header_value("Host");
@@ -121,6 +137,19 @@ private:
         }
         const std::string origin = request.get_header_value("Origin");
         return origin.empty() || origin == "http://127.0.0.1:" + self || origin == "http://localhost:" + self;
+    }
+
+    void ServePage(const httplib::Request& request, httplib::Response& response) const {
+        const std::optional<std::filesystem::path> file = FindPageFile(pageFolder, request.path);
+        const std::optional<std::string> text = file ? ReadPageFile(*file) : std::nullopt;
+        if (!text) {
+            response.status = 404;
+            response.set_content(request.path == "/" ? kNoPage : "no such file", "text/html; charset=utf-8");
+            return;
+        }
+        // The bundler names assets by their content; the index names them, so it is always read afresh.
+        response.set_header("Cache-Control", request.path == "/" ? "no-store" : "max-age=86400");
+        response.set_content(*text, GetPageContentType(*file));
     }
 
     void HandleApi(const httplib::Request& request, httplib::Response& response) {
@@ -134,7 +163,7 @@ private:
             return;
         }
         response.status = 200;
-        response.set_content(handler(std::move(parsed)), "application/json");
+        response.set_content(handler(std::move(parsed)), kJsonType);
     }
 
     void OpenStream(httplib::Response& response) {
@@ -191,6 +220,10 @@ EditServer::EditServer(std::string token)
 
 EditServer::~EditServer() {
     Stop();
+}
+
+void EditServer::SetPageFolder(std::filesystem::path folder) {
+    implementation->pageFolder = std::move(folder);
 }
 
 int EditServer::Start(int port, RequestHandler handler, std::function<void()> subscribed) {

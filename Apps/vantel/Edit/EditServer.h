@@ -1,6 +1,7 @@
 // EditServer.h: the edit session's local connection: HTTP for requests, server-sent events for updates.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -17,7 +18,8 @@ namespace VantelHost {
 //
 //   POST /api?token=T          one request of the edit protocol, JSON in and out
 //   GET  /events?token=T       the pushed updates, one JSON object per server-sent event
-//   GET  /?token=T             a page that says how to reach the session
+//   GET  /?token=T             the editor page (its index.html), or a note when it is not built
+//   GET  /assets/...           the page's scripts and styles: no token, but the same Host and Origin rule
 //
 // The server's threads never touch the model: each request goes to the handler given to Start, which hands
 // it to the main thread and waits for the reply.
@@ -33,6 +35,8 @@ public:
     EditServer(const EditServer&) = delete;
     EditServer& operator=(const EditServer&) = delete;
 
+    // The built editor page to serve at "/"; call before Start. Without one "/" says how to build it.
+    void SetPageFolder(std::filesystem::path folder);
     // Binds to `port` (0: a free one) and serves on a thread of its own. Returns the port, or -1 when the
     // port could not be bound. `subscribed` runs on a server thread when an event stream opens.
     int Start(int port, RequestHandler handler, std::function<void()> subscribed);

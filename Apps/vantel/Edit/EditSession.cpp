@@ -8,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,8 @@
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
+#include <Vantel/Parameters/PtrParameter.h>
+#include <Vantel/Parameters/TriggerParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
@@ -37,6 +40,18 @@
 
 namespace VantelHost {
 namespace {
+
+// Holds a flag up for the life of a scope, however the scope ends.
+class FlagScope {
+public:
+    explicit FlagScope(bool& flag) : flag(flag) { flag = true; }
+    ~FlagScope() { flag = false; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+
+private:
+    bool& flag;
+};
 
 using nlohmann::json;
 using Clock = std::chrono::steady_clock;
@@ -216,9 +231,10 @@ public:
     }
 
     json GetHistory(const json&) {
+        // Both lists start with the step that undo or redo would replay next.
         json undoList = json::array();
-        for (const Vantel::CommittedTransaction& transaction : undo) {
-            undoList.push_back(Describe(transaction));
+        for (auto it = undo.rbegin(); it != undo.rend(); ++it) {
+            undoList.push_back(Describe(*it));
         }
         json redoList = json::array();
         for (auto it = redo.rbegin(); it != redo.rend(); ++it) {
@@ -393,6 +409,68 @@ public:
         return Edit("Set " + parameter.GetName(), [&] {
             parameter.SetComponent(static_cast<int>(component), value);
             return json{{"value", parameter.SerializeValue()}};
+        });
+    }
+
+    // A reference is set by the absolute path the graph reply lists among its allowed objects (null: none).
+    json SetReference(const json& request) {
+        auto& reference = Find<Vantel::PtrParameter>(request, "path");
+        const json& target = Field(request, "target");
+        Vantel::Object* object =
+            target.is_null() ? nullptr : &FindPath<Vantel::Object>(Text(request, "target"));
+        if (object != nullptr && !reference.PassesFilter(object)) {
+            throw RequestError(Text(request, "target") + " is not among the objects " + reference.GetName() +
+                               " may refer to");
+        }
+        return Edit("Set " + reference.GetName(), [&] {
+            reference.SetValue(object);
+            return json{{"value", reference.SerializeValue()}};
+        });
+    }
+
+    // A trigger is an action, not a value: it fires on the next frame and is no step of the history.
+    json FireTrigger(const json& request) {
+        Find<Vantel::TriggerParameter>(request, "path").Trigger();
+        return json::object();
+    }
+
+    // ---- Several edits as one ----
+
+    static bool IsBatchable(const std::string& type) {
+        static const std::unordered_set<std::string> kEdits = {
+            "addOperator",    "removeOperator",   "moveOperator",        "renameOperator", "connectData",
+            "disconnectData", "connectParameter", "disconnectParameter", "setValue",       "setComponent",
+            "setReference",   "addUserPort",      "addUserParameter",    "moveListInput",  "removeListInput",
+            "addBundle",      "removeBundle",     "moveBundle",          "paste",
+        };
+        return kEdits.contains(type);
+    }
+
+    // One step of the history for several edits made in order (an editor's drag of a selection, its delete):
+    // all of them, or, when one is refused, none.
+    json Batch(const json& request) {
+        const json& requests = Field(request, "requests");
+        if (!requests.is_array() || requests.empty()) {
+            throw RequestError("'requests' must be a non-empty list of edits");
+        }
+        for (const json& each : requests) {
+            if (!each.is_object() || !IsBatchable(Text(each, "type"))) {
+                throw RequestError("a batch holds edits only, not '" + Text(each, "type") + "'");
+            }
+        }
+        return Edit(Text(request, "name"), [&] {
+            const FlagScope batch(inBatch);
+            json results = json::array();
+            for (std::size_t i = 0; i < requests.size(); ++i) {
+                const std::string type = Text(requests[i], "type");
+                try {
+                    results.push_back(json::parse(Dispatch(type, requests[i])));
+                } catch (const std::exception& error) {
+                    throw RequestError("edit " + std::to_string(i + 1) + " of " +
+                                       std::to_string(requests.size()) + " (" + type + "): " + error.what());
+                }
+            }
+            return json{{"results", std::move(results)}};
         });
     }
 
@@ -819,6 +897,9 @@ private:
             {"disconnectParameter", &Implementation::DisconnectParameter},
             {"setValue", &Implementation::SetValue},
             {"setComponent", &Implementation::SetComponent},
+            {"setReference", &Implementation::SetReference},
+            {"trigger", &Implementation::FireTrigger},
+            {"batch", &Implementation::Batch},
             {"addUserPort", &Implementation::AddUserPort},
             {"addUserParameter", &Implementation::AddUserParameter},
             {"moveListInput", &Implementation::MoveListInput},
@@ -883,6 +964,9 @@ private:
 
     // Runs `change` in one transaction. A change that throws is rolled back: what it recorded is undone.
     json Edit(const std::string& name, const std::function<json()>& change) {
+        if (inBatch) {
+            return change();  // a part of the batch's transaction, which rolls back as a whole
+        }
         editStartLine = log.GetNextLineNumber();
         json result;
         std::optional<std::string> failure;
@@ -960,6 +1044,7 @@ private:
     Clock::time_point nextFrame = Clock::now();
     double lastFrameMilliseconds = 0.0;
     std::uint64_t editStartLine = 0;
+    bool inBatch = false;  // while a batch runs, its edits join its transaction
     Clock::time_point lastFrameUpdate{};
     Clock::time_point lastPreviews{};
     std::unordered_map<const Vantel::DataOutput*, PreviewMark> previewSerials;

@@ -14,6 +14,7 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Operators/OperatorInfo.h>
+#include <Vantel/Parameters/EnumParameter.h>
 #include <Vantel/Parameters/IntParameter.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundle.h>
@@ -21,6 +22,7 @@
 #include <Vantel/Parameters/ParameterGroup.h>
 #include <Vantel/Parameters/ParameterInfo.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Parameters/PtrParameter.h>
 #include <Vantel/Parameters/StringParameter.h>
 
 namespace VantelHost {
@@ -110,6 +112,39 @@ void WriteChildren(JsonText& out, Vantel::ParameterGroup& group, const std::stri
     out.EndArray();
 }
 
+// An editor offers these as a menu; a label missing from the type shows the value itself.
+void WriteEnumOptions(JsonText& out, const Vantel::EnumParameter& choice) {
+    const std::vector<std::string>& values = choice.GetPossibleValues();
+    const std::vector<std::string>& labels = choice.GetLabels();
+    out.Key("options");
+    out.BeginArray();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        out.BeginObject();
+        out.Key("value");
+        out.String(values[i]);
+        out.Key("label");
+        out.String(i < labels.size() && !labels[i].empty() ? labels[i] : values[i]);
+        out.EndObject();
+    }
+    out.EndArray();
+}
+
+// The referent and the objects a reference may name, by absolute path, for an editor's picker.
+void WriteReferenceChoices(JsonText& out, const Vantel::PtrParameter& reference) {
+    out.Key("referent");
+    if (Vantel::Object* referent = reference.Value()) {
+        out.String(referent->GetPath().ToString());
+    } else {
+        out.Null();
+    }
+    out.Key("allowed");
+    out.BeginArray();
+    for (Vantel::Object* object : reference.GetAllowedObjects()) {
+        out.String(object->GetPath().ToString());
+    }
+    out.EndArray();
+}
+
 void WriteParameterMembers(JsonText& out, const Vantel::Parameter& parameter) {
     out.Key("kind");
     out.String("parameter");
@@ -131,6 +166,12 @@ void WriteParameterMembers(JsonText& out, const Vantel::Parameter& parameter) {
     }
     out.Key("addedByUser");
     out.Boolean(parameter.IsAddedByUser());
+    if (const auto* choice = dynamic_cast<const Vantel::EnumParameter*>(&parameter)) {
+        WriteEnumOptions(out, *choice);
+    }
+    if (const auto* reference = dynamic_cast<const Vantel::PtrParameter*>(&parameter)) {
+        WriteReferenceChoices(out, *reference);
+    }
 }
 
 void WriteNode(JsonText& out, Vantel::ParameterGroup& group, Vantel::ParameterNode& node,

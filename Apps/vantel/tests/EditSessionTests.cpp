@@ -90,6 +90,7 @@ TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
     const json history = Ok(session, {{"type", "getHistory"}});
     ASSERT_EQ(history["undo"].size(), 3u);
     EXPECT_EQ(history["undo"][1]["records"][0], "Connect " + oscillator + "/Signal to " + sum + "/A");
+    EXPECT_EQ(history["undo"][0]["name"], "Set Value B");  // the next to undo comes first
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
     }
@@ -182,6 +183,14 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
          "there is no such connection"},
         {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
+        {{{"type", "batch"},
+          {"name", "Two"},
+          {"requests",
+           {{{"type", "moveOperator"}, {"path", oscillator}, {"position", {9, 9}}},
+            {{"type", "removeOperator"}, {"path", "/Nobody"}}}}},
+         "edit 2 of 2 (removeOperator): nothing answers to /Nobody"},
+        {{{"type", "batch"}, {"name", "Back"}, {"requests", {{{"type", "undo"}}}}},
+         "a batch holds edits only, not 'undo'"},
     };
     for (const auto& row : rows) {
         const json reply = session.Request(row.request);
@@ -190,6 +199,66 @@ TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
     }
     EXPECT_TRUE(Ok(session, {{"type", "getHistory"}})["undo"].empty());
     EXPECT_EQ(Save(session), before);
+}
+
+TEST_F(EditSession, ABatchOfEditsIsOneStepOfTheHistory) {
+    EditProcess session(kHost, project);
+    const std::string before = Save(session);
+    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
+    const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
+    const json moves = {{{"type", "moveOperator"}, {"path", oscillator}, {"position", {5, 5}}},
+                        {{"type", "moveOperator"}, {"path", loader}, {"position", {7, 7}}}};
+    EXPECT_EQ(
+        Ok(session, {{"type", "batch"}, {"name", "Move 2 operators"}, {"requests", moves}})["results"].size(),
+        2u);
+    const json history = Ok(session, {{"type", "getHistory"}});
+    ASSERT_EQ(history["undo"].size(), 1u);
+    EXPECT_EQ(history["undo"][0]["name"], "Move 2 operators");
+    EXPECT_EQ(history["undo"][0]["records"].size(), 2u);
+    const std::string after = Save(session);
+    Ok(session, {{"type", "undo"}});
+    EXPECT_EQ(Save(session), before);
+    Ok(session, {{"type", "redo"}});
+    EXPECT_EQ(Save(session), after);
+}
+
+TEST_F(EditSession, ATriggerFiresOnTheNextFrameAndIsNoStepOfTheHistory) {
+    EditProcess session(kHost, project);
+    EventReader events(session.GetPort(), session.GetToken());
+    const std::string counter = Ok(session, {{"type", "addOperator"},
+                                             {"graph", "/"},
+                                             {"operatorType", "Standard.Math.Counter"},
+                                             {"position", {0, 300}}})["path"];
+    Ok(session, {{"type", "setValue"}, {"path", counter + "/Start"}, {"value", -50.0}});
+    Ok(session, {{"type", "trigger"}, {"path", counter + "/Reset"}});
+    const json reset = events.WaitFor(
+        [&](const json& event) {
+            return event["event"] == "frame" && event["values"].contains(counter + "/Value") &&
+                   event["values"][counter + "/Value"].get<double>() < -40.0;
+        },
+        10.0);
+    EXPECT_FALSE(reset.is_null()) << "the reset never showed";
+    EXPECT_EQ(Ok(session, {{"type", "getHistory"}})["undo"].size(), 2u);
+    EXPECT_EQ(session.Request({{"type", "trigger"}, {"path", counter + "/Start"}})["ok"], false);
+}
+
+TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
+    EditProcess session(kHost, project);
+    const std::string process = FindOperator(session, "Vantel.General.Graph");
+    const std::string reference = Ok(session, {{"type", "addUserParameter"},
+                                               {"graph", process},
+                                               {"parameterType", "Vantel.PtrParameter"},
+                                               {"output", false}})["path"];
+    const json reply =
+        session.Request({{"type", "setReference"}, {"path", reference}, {"target", "/Oscillator [8bs]"}});
+    EXPECT_EQ(reply["error"], "/Oscillator [8bs] is not among the objects Reference may refer to");
+    const json graph = Ok(session, {{"type", "getGraph"}});
+    const json listed = graph["/operators/2/parameters"_json_pointer].back();
+    EXPECT_EQ(listed["path"], reference);
+    EXPECT_EQ(listed["allowed"], json::array());  // a user reference starts with no filter
+    EXPECT_TRUE(listed["referent"].is_null());
+    EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
+              nullptr);
 }
 
 TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
