@@ -491,6 +491,7 @@ TEST(EnumParameter, NewPossibleValuesResolveTheKeptChoiceWithoutRecording) {
         mode.SetPossibleValues({"x", "y", "z"});
         EXPECT_EQ(mode.Value(), "b");
         EXPECT_EQ(mode.GetIndex(), -1);
+        EXPECT_EQ(mode.GetData(), ParameterData("b", -1));  // read, so that new choices must renew it
         Transaction transaction("Options");
         mode.SetPossibleValues({"z", "b"}, {"Zed"});
         EXPECT_EQ(

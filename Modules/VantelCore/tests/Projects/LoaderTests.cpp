@@ -115,6 +115,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
              "dataInputs": [{"key": "Ghost", "inputs": [{"key": "C"}]},
                             {"key": "Layers", "inputs": [{"key": "A"}, {"key": "B"}]}],
              "parameters": [{"key": "Extra", "type": "Vantel.Test.NumberParameter", "name": "Extra"},
+                            {"key": "More", "type": "Vantel.Test.NumberParameter", "name": "More"},
                             {"key": "Missing", "bundles": []}, {"key": "Mix", "value": 0.25},
                             {"key": "Focus", "value": "Nowhere"}]},
             {"type": "Vantel.Test.Mirror", "key": "Copy", "name": "Copy",
@@ -141,6 +142,8 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "[Error] CreateListInputs: data input list 'Ghost' not found in operator 'Mixer', its inputs are "
         "dropped.\n"
         "[Error] CreateAddedMembers: operator 'Mixer' is not a graph, the added entry 'Extra' in "
+        "\"parameters\" is dropped.\n"
+        "[Error] CreateAddedMembers: operator 'Mixer' is not a graph, the added entry 'More' in "
         "\"parameters\" is dropped.\n"
         "[Error] CreateBundles: bundle list 'Missing' not found in operator 'Mixer', its bundles are "
         "dropped.\n"
@@ -185,6 +188,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         {Kind::Position, "/Mixer: position"},
         {Kind::ListInputs, "/Mixer: Ghost"},
         {Kind::AddedMember, "/Mixer: Extra"},
+        {Kind::AddedMember, "/Mixer: More"},
         {Kind::BundleList, "/Mixer: Missing"},
         {Kind::ParameterValue, "/Mixer: Focus"},  // refused by the parameter itself
         {Kind::ParameterValue, "/Copy: Bogus"},
