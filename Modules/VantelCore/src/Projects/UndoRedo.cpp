@@ -419,9 +419,9 @@ private:
             Deserialization::Detail::ApplyValue(*parameter, node["value"], context,
                                                 Deserialization::Detail::References::Defer);
         }
-        ParameterGroup* group = existing.GetParent();
-        if (group != nullptr && index < group->GetChildCount() && existing.GetIndex() != index) {
-            group->Move(&existing, index);
+        ParameterGroup& group = *existing.GetParent();
+        if (index < group.GetChildCount() && existing.GetIndex() != index) {
+            group.Move(&existing, index);
         }
         Deserialization::Detail::RebuildStructure(*op);
         context.ResolveReferences();

@@ -165,12 +165,16 @@ TEST(ValueParameters, EveryTypeTakesEveryOtherTypesData) {
         for (std::size_t column = 0; column < Targets().size(); ++column) {
             const std::unique_ptr<Parameter> target = Targets()[column]();
             SCOPED_TRACE(std::string(row.source) + " -> " + target->GetType()->GetName());
+            const json before = Observe(*target);
+            const bool marked = target->HasValueChanged();  // an enum's choice was set as it was made
             target->SetFromData(source->GetData());
             json cell = expected[column];
             if (dynamic_cast<Transform3DParameter*>(target.get()) != nullptr) {
                 cell.insert(cell.end(), 16 - cell.size(), 0);
             }
             EXPECT_EQ(Observe(*target), cell);
+            EXPECT_EQ(target->HasValueChanged(),
+                      marked || cell != before);  // a new value is marked, the same not
         }
     }
     // Only texts that name no choice leave an enum unresolved; a detached parameter's path is the root.
