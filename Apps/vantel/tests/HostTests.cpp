@@ -107,6 +107,7 @@ TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
         {{"run", "a.json", "--fps=0"}, "--fps needs a number of frames per second above 0"},
         {{"edit", "a.json", "--port", "0"}, "--port needs a port number from 1 to 65535, not '0'"},
         {{"edit", "a.json", "--port=65536"}, "--port needs a port number from 1 to 65535, not '65536'"},
+        {{"edit", "a.json", "--port=80x"}, "--port needs a port number from 1 to 65535, not '80x'"},
         {{"check", "a.json", "--save", "b.json"}, "unknown option '--save' for 'check'"},
         {{"run", "a.json", "--force"}, "unknown option '--force' for 'run'"},
     };

@@ -155,6 +155,7 @@ TEST(Graph, ParameterConnectionsTakeOverExactlyTheNamedComponents) {
 
     EXPECT_EQ(WholeValueLinks(a.result, target.offset), (std::vector<ComponentLink>{{0, 0}}));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {}}, false));
+    EXPECT_FALSE(graph.AddParameterConnection({nullptr, &target.offset, {{0, 0}}}, false));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{0, 1}}}, false));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{1, 0}}}, false));
     EXPECT_FALSE(graph.AddParameterConnection({&a.result, &target.offset, {{-1, 0}}}, false));
