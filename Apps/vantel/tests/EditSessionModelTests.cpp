@@ -123,11 +123,37 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
     mixer.bands.CreateBundle("Band", "Low");
     const std::string mix = PathOf(mixer.mix);
     const std::string low = PathOf(mixer.bands) + "/Low";
+    const auto link = [&](const json& links) {
+        return json{
+            {"type", "connectParameter"}, {"output", PathOf(source.value)}, {"input", mix}, {"links", links}};
+    };
     const struct {
         json request;
         std::string error;
     } rows[] = {
         {json::array(), "a request is a JSON object"},
+        {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
+        {{{"type", "removeOperator"}, {"path", "/Nobody"}}, "nothing answers to /Nobody"},
+        {{{"type", "moveOperator"}, {"path", PathOf(mixer)}, {"position", "left"}},
+         "'position' must be [x, y]"},
+        {{{"type", "addOperator"}, {"operatorType", "Vantel.FloatParameter"}},
+         "'Vantel.FloatParameter' is not an operator type that can be made"},
+        {{{"type", "setValue"}, {"path", mix}, {"value", "fast"}}, "[json.exception.type_error.302]"},
+        {{{"type", "connectData"}, {"output", PathOf(mixer.out)}, {"input", mix}},
+         mix + " is neither a data input nor an input list"},
+        {link({{4294967296LL, 0}}), "'links' must be a list of [source, target] component pairs"},
+        {link({{0, 0, 0}}), "'links' must be a list of [source, target] component pairs"},
+        {{{"type", "disconnectParameter"}, {"output", PathOf(source.value)}, {"input", mix}},
+         "there is no such connection"},
+        {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
+        {{{"type", "batch"},
+          {"name", "Two"},
+          {"requests",
+           {{{"type", "moveOperator"}, {"path", PathOf(mixer)}, {"position", {9, 9}}},
+            {{"type", "removeOperator"}, {"path", "/Nobody"}}}}},
+         "edit 2 of 2 (removeOperator): nothing answers to /Nobody"},
+        {{{"type", "batch"}, {"name", "Back"}, {"requests", {{{"type", "undo"}}}}},
+         "a batch holds edits only, not 'undo'"},
         {{{"type", "getGraph"}, {"path", 5}}, "'path' must be a string"},
         {{{"type", "getGraph"}, {"path", "Mixer"}}, "not an absolute path: 'Mixer'"},
         {{{"type", "moveOperator"}, {"path", PathOf(mixer)}}, "the request has no 'position'"},

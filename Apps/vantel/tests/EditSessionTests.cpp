@@ -153,54 +153,6 @@ TEST_F(EditSession, ImageOutputsArriveAsSmallPngPreviews) {
               0u);
 }
 
-TEST_F(EditSession, ARefusedEditSaysWhyAndChangesNothing) {
-    EditProcess session(kHost, project);
-    const std::string before = Save(session);
-    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
-    const auto link = [&](const json& links) {
-        return json{{"type", "connectParameter"},
-                    {"output", oscillator + "/Frequency"},
-                    {"input", oscillator + "/Amplitude"},
-                    {"links", links}};
-    };
-    const struct {
-        json request;
-        std::string error;
-    } rows[] = {
-        {{{"type", "removeOperator"}, {"path", "/Nobody"}}, "nothing answers to /Nobody"},
-        {{{"type", "moveOperator"}, {"path", oscillator}, {"position", "left"}}, "'position' must be [x, y]"},
-        {{{"type", "addOperator"}, {"operatorType", "Vantel.FloatParameter"}},
-         "'Vantel.FloatParameter' is not an operator type that can be made"},
-        {{{"type", "setValue"}, {"path", oscillator + "/Frequency"}, {"value", "fast"}},
-         "[json.exception.type_error.302] type must be number, but is string"},
-        {{{"type", "connectData"}, {"output", oscillator + "/Signal"}, {"input", oscillator + "/Frequency"}},
-         oscillator + "/Frequency is neither a data input nor an input list"},
-        {link({{4294967296LL, 0}}), "'links' must be a list of [source, target] component pairs"},
-        {link({{0, 0, 0}}), "'links' must be a list of [source, target] component pairs"},
-        {{{"type", "disconnectParameter"},
-          {"output", oscillator + "/Frequency"},
-          {"input", oscillator + "/Amplitude"}},
-         "there is no such connection"},
-        {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
-        {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
-        {{{"type", "batch"},
-          {"name", "Two"},
-          {"requests",
-           {{{"type", "moveOperator"}, {"path", oscillator}, {"position", {9, 9}}},
-            {{"type", "removeOperator"}, {"path", "/Nobody"}}}}},
-         "edit 2 of 2 (removeOperator): nothing answers to /Nobody"},
-        {{{"type", "batch"}, {"name", "Back"}, {"requests", {{{"type", "undo"}}}}},
-         "a batch holds edits only, not 'undo'"},
-    };
-    for (const auto& row : rows) {
-        const json reply = session.Request(row.request);
-        EXPECT_EQ(reply["ok"], false) << row.request.dump();
-        EXPECT_EQ(reply["error"], row.error) << row.request.dump();
-    }
-    EXPECT_TRUE(Ok(session, {{"type", "getHistory"}})["undo"].empty());
-    EXPECT_EQ(Save(session), before);
-}
-
 TEST_F(EditSession, ABatchOfEditsIsOneStepOfTheHistory) {
     EditProcess session(kHost, project);
     const std::string before = Save(session);
