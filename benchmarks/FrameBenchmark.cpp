@@ -1,7 +1,7 @@
 // FrameBenchmark.cpp: what one runner frame costs on large graphs, against the same checks over flat arrays.
 //
-//   build/bench/bin/FrameBenchmark                                     # every case, then idle/baseline
-//   ratios build/bench/bin/FrameBenchmark --benchmark_filter='Idle|Baseline'
+//   build/bench/bin/FrameBenchmark                                     # every case, then the ratios
+//   build/bench/bin/FrameBenchmark --benchmark_filter='AllRun|BusyBaseline'
 #include <algorithm>
 #include <atomic>
 #include <cmath>
@@ -267,7 +267,50 @@ void Baseline(benchmark::State& state, Shape shape, int count) {
     ReportCounters(state, count, allocationCount.load(std::memory_order_relaxed) - before);
 }
 
-// The console table, then the idle frame's CPU time over the baseline's for each shape and size.
+// The busy baseline: the benchmark operators' arithmetic over flat arrays, one virtual call per operator in
+// execution order, each value handed on by pointer to the operator that reads it.
+struct FlatValueOperator {
+    virtual ~FlatValueOperator() = default;
+    virtual void Run(double time) = 0;
+    double out = 0.0;
+};
+struct FlatSource final : FlatValueOperator {
+    void Run(double time) override { out = amplitude * std::sin(frequency * time + phase); }
+    double frequency = 1.0;
+    double amplitude = 1.0;
+    double phase = 0.0;
+};
+struct FlatProcess final : FlatValueOperator {
+    void Run(double) override { out = std::min(*in * gain + offset, limit); }
+    const double* in = nullptr;
+    double gain = 1.0;
+    double offset = 0.0;
+    double limit = 1e6;
+};
+
+void BusyBaseline(benchmark::State& state, Shape shape, int count) {
+    FlatSource source;
+    std::vector<FlatProcess> processes(static_cast<std::size_t>(count - 1));
+    std::vector<FlatValueOperator*> order{&source};
+    for (std::size_t i = 0; i < processes.size(); ++i) {
+        processes[i].in = shape == Shape::FanOut || i == 0 ? &source.out : &processes[i - 1].out;
+        order.push_back(&processes[i]);
+    }
+    double time = 0.0;
+    const std::uint64_t before = allocationCount.load(std::memory_order_relaxed);
+    for (auto _ : state) {
+        time += 1.0 / 60.0;
+        for (FlatValueOperator* op : order) {
+            op->Run(time);
+        }
+        benchmark::DoNotOptimize(processes.back().out);
+        benchmark::ClobberMemory();
+    }
+    ReportCounters(state, count, allocationCount.load(std::memory_order_relaxed) - before);
+}
+
+// The console table, then each frame's CPU time over its baseline's for each shape and size: the idle frame
+// over the flat checks, every operator running over the flat arithmetic.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
@@ -279,28 +322,38 @@ public:
         ConsoleReporter::ReportRuns(runs);
     }
     void Finalize() override {
-        for (const auto& [name, idle] : cpuTimes) {
-            const std::size_t at = name.find("/Idle/");
-            if (at == std::string::npos) {
-                continue;
-            }
-            const std::string baselineName = name.substr(0, at) + "/Baseline/" + name.substr(at + 6);
-            const auto baseline = cpuTimes.find(baselineName);
-            if (baseline != cpuTimes.end() && baseline->second > 0.0) {
-                GetOutputStream() << "Idle/baseline " << name << ": " << idle / baseline->second << "\n";
-            }
-        }
+        PrintRatios("/Idle/", "/Baseline/");
+        PrintRatios("/AllRun/", "/BusyBaseline/");
         ConsoleReporter::Finalize();
     }
 
 private:
+    void PrintRatios(const std::string& measured, const std::string& against) {
+        for (const auto& [name, time] : cpuTimes) {
+            const std::size_t at = name.find(measured);
+            if (at == std::string::npos) {
+                continue;
+            }
+            const std::string baselineName = name.substr(0, at) + against + name.substr(at + measured.size());
+            const auto baseline = cpuTimes.find(baselineName);
+            if (baseline != cpuTimes.end() && baseline->second > 0.0) {
+                GetOutputStream() << measured.substr(1, measured.size() - 2) << "/"
+                                  << against.substr(1, against.size() - 2) << " " << name << ": "
+                                  << time / baseline->second << "\n";
+            }
+        }
+    }
+
     std::map<std::string, double> cpuTimes;
 };
 
 void RegisterAll() {
     using Case = void (*)(benchmark::State&, Shape, int);
-    const std::pair<const char*, Case> cases[] = {
-        {"Idle", Idle}, {"Baseline", Baseline}, {"OneSourceChanged", OneSourceChanged}, {"AllRun", AllRun}};
+    const std::pair<const char*, Case> cases[] = {{"Idle", Idle},
+                                                  {"Baseline", Baseline},
+                                                  {"OneSourceChanged", OneSourceChanged},
+                                                  {"AllRun", AllRun},
+                                                  {"BusyBaseline", BusyBaseline}};
     for (const auto& [shapeName, shape] :
          {std::pair{"Chain", Shape::Chain}, std::pair{"FanOut", Shape::FanOut}}) {
         for (int count : {1000, 10000, 100000}) {
