@@ -14,6 +14,7 @@
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPool.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/FloatParameter.h>
 
@@ -25,18 +26,19 @@ public:
     const double value;
 };
 
-// Publishes a new value each time it runs.
+// Publishes a new value each time it runs, from a pool.
 class SourceOperator : public Operator {
 public:
     FloatParameter frequency{this, "Frequency", 1.0};
     FloatParameter amplitude{this, "Amplitude", 1.0};
     FloatParameter phase{this, "Phase", 0.0};
     DataOutput out{this, "Out"};
+    DataPool<ValueData> values;
 
     VANTEL_OBJECT_TYPE(SourceOperator, Operator, "Vantel.Benchmark.Source");
     void Execute(ExecutionContext& context) override {
         const double angle = frequency.Value() * context.GetTime() + phase.Value();
-        out.Activate(std::make_shared<ValueData>(amplitude.Value() * std::sin(angle)));
+        out.Activate(values.Make(amplitude.Value() * std::sin(angle)));
     }
 };
 
@@ -48,12 +50,13 @@ public:
     FloatParameter offset{this, "Offset", 0.0};
     FloatParameter limit{this, "Limit", 1e6};
     DataOutput out{this, "Out"};
+    DataPool<ValueData> values;
 
     VANTEL_OBJECT_TYPE(ProcessOperator, Operator, "Vantel.Benchmark.Process");
     void Execute(ExecutionContext&) override {
         const auto* data = static_cast<const ValueData*>(in.GetData().get());
         const double value = (data != nullptr ? data->value : 0.0) * gain.Value() + offset.Value();
-        out.Activate(std::make_shared<ValueData>(std::min(value, limit.Value())));
+        out.Activate(values.Make(std::min(value, limit.Value())));
     }
 };
 

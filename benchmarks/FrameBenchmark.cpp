@@ -6,14 +6,17 @@
 #include <atomic>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <Vantel/Execution/Clock.h>
 #include <Vantel/Execution/ExecutionContext.h>
@@ -42,6 +45,10 @@ void* operator new(std::size_t size) {
 void* operator new[](std::size_t size) {
     return ::operator new(size);
 }
+// g++ sees these malloc and free calls inlined into new and delete expressions and takes them for a mismatch.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+#endif
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -117,6 +124,32 @@ FrameGraph& GraphFor(Shape shape, int count) {
         current = std::make_unique<FrameGraph>(shape, count);
     }
     return *current;
+}
+
+// The process's resident memory in bytes (Linux), or 0 where that cannot be read.
+double ResidentBytes() {
+    std::FILE* statm = std::fopen("/proc/self/statm", "r");
+    if (statm == nullptr) {
+        return 0.0;
+    }
+    unsigned long long pages = 0;
+    unsigned long long resident = 0;
+    const bool read = std::fscanf(statm, "%llu %llu", &pages, &resident) == 2;
+    std::fclose(statm);
+    return read ? static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) : 0.0;
+}
+
+// What an operator of the chain costs in resident memory, its ports, parameters, connection and first
+// values included. Registered first, so that no freed memory of an earlier graph is reused and hides some.
+void MemoryPerOperator(benchmark::State& state, Shape shape, int count) {
+    double perOperator = 0.0;
+    for (auto _ : state) {
+        const double before = ResidentBytes();
+        std::optional<FrameGraph> graph(std::in_place, shape, count);
+        perOperator = (ResidentBytes() - before) / count;
+        benchmark::DoNotOptimize(&*graph);
+    }
+    state.counters["bytes/op"] = perOperator;
 }
 
 void ReportCounters(benchmark::State& state, int count, std::uint64_t allocations) {
@@ -348,6 +381,10 @@ private:
 };
 
 void RegisterAll() {
+    benchmark::RegisterBenchmark("Frame/Chain/MemoryPerOperator/100000", MemoryPerOperator, Shape::Chain,
+                                 100000)
+        ->Iterations(1)
+        ->Unit(benchmark::kMillisecond);
     using Case = void (*)(benchmark::State&, Shape, int);
     const std::pair<const char*, Case> cases[] = {{"Idle", Idle},
                                                   {"Baseline", Baseline},

@@ -13,7 +13,7 @@ VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ImageData, Data, "Standard.ImageData")
 VANTEL_DEFINE_OBJECT_TYPE(ImageOutput, DataOutput, "Standard.ImageOutput")
 
 void ImageOutput::Write(Vantel::Image image) {
-    Activate(std::make_shared<ImageData>(std::move(image)));
+    Activate(pool.Make(std::move(image)));
 }
 
 ImageInput::ImageInput() {

@@ -7,6 +7,7 @@
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPool.h>
 #include <Vantel/Support/Image.h>
 
 namespace VantelStandard {
@@ -33,6 +34,10 @@ public:
     VANTEL_DECLARE_OBJECT_TYPE(ImageOutput);
 
     void Write(Vantel::Image image);
+
+private:
+    // The value's own block is reused; its pixels are the image handed in.
+    Vantel::DataPool<ImageData> pool;
 };
 
 // Accepts only image outputs.

@@ -20,7 +20,7 @@ void NumberOutput::Write(double value) {
     if (current != nullptr && current->GetValue() == value) {
         return;
     }
-    Activate(std::make_shared<NumberData>(value));
+    Activate(pool.Make(value));
 }
 
 NumberInput::NumberInput() {

@@ -7,6 +7,7 @@
 #include <Vantel/Operators/Data.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/DataPool.h>
 
 namespace VantelStandard {
 
@@ -32,6 +33,10 @@ public:
     // Writes a new number, or nothing when it equals the number already written, so that a constant keeps
     // the operators downstream idle.
     void Write(double value);
+
+private:
+    // A number written every frame reuses the memory of one its readers let go of.
+    Vantel::DataPool<NumberData> pool;
 };
 
 // Accepts only number outputs.

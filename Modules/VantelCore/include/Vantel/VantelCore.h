@@ -28,12 +28,14 @@
 
 #include <Vantel/Operators/ComponentLink.h>
 #include <Vantel/Operators/Data.h>
+#include <Vantel/Operators/DataBlocks.h>
 #include <Vantel/Operators/DataConnection.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataInputListImplementation.h>
 #include <Vantel/Operators/DataOutput.h>
 #include <Vantel/Operators/DataPort.h>
+#include <Vantel/Operators/DataPool.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/DataTypeInfo.h>
 #include <Vantel/Operators/Graph.h>

@@ -17,13 +17,23 @@ public:
     std::vector<EventSubscription> subscriptions;
 };
 
-Object::Object() : implementation(std::make_unique<Implementation>()) {}
+namespace {
+
+// What an object without a block answers; built at compile time, so reading it costs no guard.
+constinit const std::string kNoKey;
+
+}  // namespace
+
+Object::Object() = default;
 
 Object::Object(std::string_view key) : Object() {
     SetKey(key);
 }
 
 Object::~Object() {
+    if (implementation == nullptr) {
+        return;  // nobody ever subscribed, shared a Ptr or set a key
+    }
     // The event may be looked at by its subscribers, so it fires while everything is still in place.
     implementation->destructionEvent.Fire();
     implementation->subscriptions.clear();
@@ -41,12 +51,19 @@ const ObjectType* Object::GetType() const {
     return Object::Type();
 }
 
+Object::Implementation& Object::Block() const {
+    if (implementation == nullptr) {
+        implementation = std::make_unique<Implementation>();
+    }
+    return *implementation;
+}
+
 const std::string& Object::GetKey() const {
-    return implementation->key;
+    return implementation != nullptr ? implementation->key : kNoKey;
 }
 
 void Object::SetKey(std::string_view key) {
-    if (!key.empty() && key == implementation->key) {
+    if (!key.empty() && key == GetKey()) {
         return;
     }
     if (!Path::IsValidKey(key)) {
@@ -54,11 +71,11 @@ void Object::SetKey(std::string_view key) {
         return;
     }
     if (GetParentObjectImplementation() != nullptr) {
-        LogError("Object::SetKey: refusing to change the key of an attached object ('" + implementation->key +
-                 "' -> '" + std::string(key) + "'), the key is its identity.");
+        LogError("Object::SetKey: refusing to change the key of an attached object ('" + GetKey() + "' -> '" +
+                 std::string(key) + "'), the key is its identity.");
         return;
     }
-    implementation->key = key;
+    Block().key = key;
 }
 
 Object* Object::GetParentObject() {
@@ -109,11 +126,11 @@ Path Object::GetRelativePath(const Object& ancestor) {
 }
 
 void Object::AttachSubscription(EventSubscription&& subscription) {
-    implementation->subscriptions.push_back(std::move(subscription));
+    Block().subscriptions.push_back(std::move(subscription));
 }
 
 const Event<>& Object::DestructionEvent() const {
-    return implementation->destructionEvent;
+    return Block().destructionEvent;
 }
 
 Object* Object::GetParentObjectImplementation() {
@@ -125,10 +142,11 @@ Object* Object::FindChildImplementation(std::string_view) {
 }
 
 std::shared_ptr<Object*> Object::GetObjectPtr() {
-    if (!implementation->cell) {
-        implementation->cell = std::make_shared<Object*>(this);
+    Implementation& block = Block();
+    if (!block.cell) {
+        block.cell = std::make_shared<Object*>(this);
     }
-    return implementation->cell;
+    return block.cell;
 }
 
 }  // namespace Vantel

@@ -9,9 +9,27 @@ namespace {
 
 std::atomic<std::uint64_t> nextSerial{1};
 
+// Each thread takes its serials from the shared counter a batch at a time, so that a frame that publishes
+// thousands of values touches the shared counter rarely. Serials stay unique and rise on each thread.
+constexpr std::uint64_t kSerialBatch = 1024;
+
+struct SerialBatch {
+    std::uint64_t next = 0;
+    std::uint64_t end = 0;
+};
+
+std::uint64_t TakeSerial() {
+    thread_local SerialBatch batch;
+    if (batch.next == batch.end) {
+        batch.next = nextSerial.fetch_add(kSerialBatch, std::memory_order_relaxed);
+        batch.end = batch.next + kSerialBatch;
+    }
+    return batch.next++;
+}
+
 }  // namespace
 
-Data::Data() : serial(nextSerial.fetch_add(1, std::memory_order_relaxed)) {}
+Data::Data() : serial(TakeSerial()) {}
 
 Data::~Data() = default;
 

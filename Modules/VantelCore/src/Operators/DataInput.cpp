@@ -4,6 +4,7 @@
 #include <Vantel/Operators/DataInputList.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 
 namespace Vantel {
 
@@ -45,7 +46,7 @@ const ObjectType* DataInput::GetAcceptedOutputType() const {
 }
 
 void DataInput::Receive(const std::shared_ptr<Data>& data) {
-    implementation->Store(data);
+    implementation->Store(data, Operator::Implementation::kInputs);
 }
 
 void DataInput::Clear() {

@@ -5,6 +5,7 @@
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
+#include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Support/Logging.h>
 
 #include "Projects/EditRecorder.h"
@@ -59,7 +60,7 @@ const std::vector<DataConnection>& DataOutput::GetConnections() const {
 
 void DataOutput::Activate(const std::shared_ptr<Data>& data) {
     const bool writtenThisFrame = HasDataChanged();
-    if (!implementation->Store(data)) {
+    if (!implementation->Store(data, Operator::Implementation::kOutputs)) {
         return;
     }
     if (writtenThisFrame) {

@@ -6,10 +6,19 @@
 #include <Vantel/Operators/OperatorImplementation.h>
 
 #include "Projects/EditRecorder.h"
+#include "Support/OperatorArena.h"
 
 namespace Vantel {
 
-bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value) {
+void* DataPort::Implementation::operator new(std::size_t size) {
+    return OperatorArena::Allocate(size);
+}
+
+void DataPort::Implementation::operator delete(void* block, std::size_t size) noexcept {
+    OperatorArena::Free(block, size);
+}
+
+bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value, std::uint8_t kind) {
     const std::uint64_t serial = value ? value->GetSerial() : 0;
     if (serial == lastSerial) {
         return false;
@@ -18,7 +27,8 @@ bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value) {
     data = value;
     changed = true;
     if (op != nullptr) {
-        Access::GetImplementation(*op)->NoteMemberMarked();
+        Access::GetImplementation(*op)->NoteMembersMarked(
+            static_cast<Operator::Implementation::MemberKind>(kind));
     }
     return true;
 }

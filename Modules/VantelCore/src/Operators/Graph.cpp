@@ -87,6 +87,28 @@ void PassValue(const Parameter& source, Parameter& target, const std::vector<Com
     }
 }
 
+void HandOnData(Operator& op) {
+    for (DataOutput* output : op.GetAllDataOutputs()) {
+        if (!output->HasDataChanged()) {
+            continue;
+        }
+        for (const DataConnection& connection : output->GetConnections()) {
+            connection.input->Receive(output->GetData());
+        }
+    }
+}
+
+void HandOnValues(Operator& op) {
+    for (Parameter* parameter : op.GetAllParameters()) {
+        if (!parameter->HasValueChanged()) {
+            continue;
+        }
+        for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
+            PassValue(*parameter, *connection.target, connection.links);
+        }
+    }
+}
+
 // A connection joins two different operators, both of `graph`.
 bool AreTwoOperatorsOf(const Graph& graph, const Operator* producer, const Operator* consumer) {
     return producer != nullptr && consumer != nullptr && producer != consumer &&
@@ -673,24 +695,12 @@ void Graph::Execute(ExecutionContext& context) {
             Access::CountOperatorRun(context);
             states[i]->NoteRun(context.GetFrameNumber() + 1);  // frames are counted from 1, 0 is never
         }
-        if (!states[i]->MayHaveMarkedMembers()) {
-            continue;  // no output or parameter has anything to hand on
+        // Only the kinds of member that were marked have anything to hand on.
+        if (states[i]->MayHaveMarkedMembers(Operator::Implementation::kOutputs)) {
+            HandOnData(*op);
         }
-        for (DataOutput* output : op->GetAllDataOutputs()) {
-            if (!output->HasDataChanged()) {
-                continue;
-            }
-            for (const DataConnection& connection : output->GetConnections()) {
-                connection.input->Receive(output->GetData());
-            }
-        }
-        for (Parameter* parameter : op->GetAllParameters()) {
-            if (!parameter->HasValueChanged()) {
-                continue;
-            }
-            for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
-                PassValue(*parameter, *connection.target, connection.links);
-            }
+        if (states[i]->MayHaveMarkedMembers(Operator::Implementation::kParameters)) {
+            HandOnValues(*op);
         }
     }
 }

@@ -164,7 +164,7 @@ void Operator::Implementation::AddDataInputList(DataInputList& list, std::string
     SettleChildKey(list, name.empty() ? std::string_view("Inputs") : name);
     inputSlots.emplace_back(&list);
     flatInputsStale = true;
-    membersMarked = true;
+    markedMembers |= kInputs;
 }
 
 void Operator::Implementation::RemoveDataInputList(DataInputList& list) {
@@ -222,7 +222,7 @@ void Operator::Implementation::RebuildFlatParametersIfNeeded() {
 
 void Operator::Implementation::MarkParameterTreeChanged() {
     flatParametersStale = true;
-    membersMarked = true;  // a parameter that joins may carry a mark
+    markedMembers |= kParameters;  // a parameter that joins may carry a mark
 }
 
 void Operator::Implementation::SettleChildKey(Object& child, std::string_view base) {
@@ -258,16 +258,22 @@ void Operator::Implementation::operator delete(void* block, std::size_t size) no
 }
 
 void Operator::Implementation::ClearMarkedMembers() {
-    for (DataInput* input : owner.GetAllDataInputs()) {
-        Access::GetImplementation(*input)->ClearChanged();
+    if ((markedMembers & kInputs) != 0) {
+        for (DataInput* input : owner.GetAllDataInputs()) {
+            Access::GetImplementation(*input)->ClearChanged();
+        }
     }
-    for (DataOutput* output : owner.GetAllDataOutputs()) {
-        Access::GetImplementation(*output)->ClearChanged();
+    if ((markedMembers & kOutputs) != 0) {
+        for (DataOutput* output : owner.GetAllDataOutputs()) {
+            Access::GetImplementation(*output)->ClearChanged();
+        }
     }
-    for (Parameter* parameter : owner.GetAllParameters()) {
-        Access::GetImplementation(*parameter)->ClearValueChanged();
+    if ((markedMembers & kParameters) != 0) {
+        for (Parameter* parameter : owner.GetAllParameters()) {
+            Access::GetImplementation(*parameter)->ClearValueChanged();
+        }
     }
-    membersMarked = false;
+    markedMembers = 0;
 }
 
 Operator::Operator() : implementation(std::make_unique<Implementation>(*this)) {}
@@ -368,7 +374,7 @@ bool Operator::InsertDataInput(DataInput* input, std::size_t index) {
     index = std::min(index, slots.size());
     slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(index), input);
     implementation->flatInputsStale = true;
-    implementation->membersMarked = true;  // it may carry a mark
+    implementation->markedMembers |= Implementation::kInputs;  // it may carry a mark
     if (input->IsAddedByUser()) {
         EditRecorder::DataInputAdded(*input, index);
     }
@@ -437,7 +443,7 @@ bool Operator::InsertDataOutput(DataOutput* output, std::size_t index) {
     index = std::min(index, outputs.size());
     outputs.insert(outputs.begin() + static_cast<std::ptrdiff_t>(index), output);
     implementation->constOutputsStale = true;
-    implementation->membersMarked = true;
+    implementation->markedMembers |= Implementation::kOutputs;  // it may carry a mark
     if (output->IsAddedByUser()) {
         EditRecorder::DataOutputAdded(*output, index);
     }
@@ -516,17 +522,18 @@ bool Operator::Outdated() const {
     if (implementation->dirty) {
         return true;
     }
-    if (!implementation->membersMarked) {
-        return false;
-    }
-    for (const DataInput* input : GetAllDataInputs()) {
-        if (input->HasDataChanged()) {
-            return true;
+    if (implementation->MayHaveMarkedMembers(Implementation::kInputs)) {
+        for (const DataInput* input : GetAllDataInputs()) {
+            if (input->HasDataChanged()) {
+                return true;
+            }
         }
     }
-    for (const Parameter* parameter : GetAllParameters()) {
-        if (parameter->HasValueChanged() && parameter->HasParameterFlag(ParameterFlag::MarksOutdated)) {
-            return true;
+    if (implementation->MayHaveMarkedMembers(Implementation::kParameters)) {
+        for (const Parameter* parameter : GetAllParameters()) {
+            if (parameter->HasValueChanged() && parameter->HasParameterFlag(ParameterFlag::MarksOutdated)) {
+                return true;
+            }
         }
     }
     return false;

@@ -5,11 +5,12 @@
 #include <Vantel/Objects/ObjectType.h>
 
 #include "Parameters/ValueParameterSupport.h"
+#include "Support/OperatorArena.h"
 #include "Support/SameValue.h"
 
 namespace Vantel {
 
-class FloatParameter::Implementation {
+class FloatParameter::Implementation : public OperatorArena::Block {
 public:
     double value = 0.0;
 };

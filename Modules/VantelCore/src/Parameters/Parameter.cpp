@@ -10,6 +10,7 @@
 #include <Vantel/Support/Logging.h>
 
 #include "Projects/EditRecorder.h"
+#include "Support/OperatorArena.h"
 
 namespace Vantel {
 namespace {
@@ -28,6 +29,14 @@ bool RemoveConnection(std::vector<ParameterConnection>& connections, ParameterCo
 }  // namespace
 
 // ---- Parameter::Implementation ----
+
+void* Parameter::Implementation::operator new(std::size_t size) {
+    return OperatorArena::Allocate(size);
+}
+
+void Parameter::Implementation::operator delete(void* block, std::size_t size) noexcept {
+    OperatorArena::Free(block, size);
+}
 
 Parameter::Implementation::Implementation(std::string_view name) : name(name) {}
 
@@ -219,7 +228,7 @@ void Parameter::MarkDirty() {
     implementation->dataInvalid = true;
     if (Operator* op = GetOperator()) {
         Operator::Implementation& opImplementation = *Access::GetImplementation(*op);
-        opImplementation.NoteMemberMarked();
+        opImplementation.NoteMembersMarked(Operator::Implementation::kParameters);
         if (HasParameterFlag(ParameterFlag::Structural)) {
             opImplementation.MarkStructureDirty();
         }

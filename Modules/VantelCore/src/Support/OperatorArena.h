@@ -17,4 +17,11 @@ void* Allocate(std::size_t size);
 // Takes back a block from Allocate with the same size.
 void Free(void* block, std::size_t size) noexcept;
 
+// A private block that a frame visits derives from this, so that it lies beside its operator's blocks: the
+// operators' members are built one after another, and a frame then walks memory in order.
+struct Block {
+    static void* operator new(std::size_t size) { return Allocate(size); }
+    static void operator delete(void* block, std::size_t size) noexcept { Free(block, size); }
+};
+
 }  // namespace Vantel::OperatorArena

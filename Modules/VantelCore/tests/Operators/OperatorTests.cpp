@@ -35,23 +35,25 @@ TEST(Data, SerialsAreUniqueIncreasingAndNeverZero) {
     const Data first;
     const Data second;
     EXPECT_GT(first.GetSerial(), 0u);
-    EXPECT_EQ(second.GetSerial(), first.GetSerial() + 1);
+    EXPECT_GT(second.GetSerial(), first.GetSerial());
 
+    // Enough values that each thread takes several batches of serials while the other does too.
+    constexpr int kEach = 5000;
     std::vector<std::uint64_t> serials[2];
-    std::thread a([&] {
-        for (int i = 0; i < 1000; ++i)
-            serials[0].push_back(Data().GetSerial());
-    });
-    std::thread b([&] {
-        for (int i = 0; i < 1000; ++i)
-            serials[1].push_back(Data().GetSerial());
-    });
+    auto make = [&serials](int thread) {
+        for (int i = 0; i < kEach; ++i)
+            serials[thread].push_back(Data().GetSerial());
+    };
+    std::thread a(make, 0);
+    std::thread b(make, 1);
     a.join();
     b.join();
     std::set<std::uint64_t> unique(serials[0].begin(), serials[0].end());
     unique.insert(serials[1].begin(), serials[1].end());
-    EXPECT_EQ(unique.size(), 2000u);
+    EXPECT_EQ(unique.size(), 2u * kEach);
+    EXPECT_EQ(unique.count(0), 0u);
     EXPECT_TRUE(std::is_sorted(serials[0].begin(), serials[0].end()));
+    EXPECT_TRUE(std::is_sorted(serials[1].begin(), serials[1].end()));
 }
 
 TEST(DataInput, ChangeIsDecidedBySerial) {

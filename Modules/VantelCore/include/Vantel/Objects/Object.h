@@ -78,7 +78,10 @@ private:
     std::shared_ptr<Object*> GetObjectPtr();
 
     class Implementation;
-    std::unique_ptr<Implementation> implementation;
+    // Made on first use: most data values never need a key, a subscription or a Ptr, and a frame makes
+    // many of them.
+    Implementation& Block() const;
+    mutable std::unique_ptr<Implementation> implementation;
 };
 
 }  // namespace Vantel

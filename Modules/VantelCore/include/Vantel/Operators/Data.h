@@ -17,8 +17,8 @@ class Image;
 // Data
 //
 // A value shared by pointer between the output that wrote it and every input that received it; nothing is
-// copied. Its serial, taken from one process-wide counter at construction, tells ports whether a value is
-// new: contents are never compared. The first Data ever made has serial 1; 0 means "no data". Construction is
+// copied. Its serial, unique in the process and rising on each thread, tells ports whether a value is new:
+// contents are never compared. The first Data ever made has serial 1; 0 means "no data". Construction is
 // thread-safe (values are often built by background tasks); everything else belongs to the model's thread.
 class VANTEL_API Data : public Object {
 public:

@@ -4,6 +4,7 @@
 //   Access::GetImplementation(output)->ClearChanged();     // the runner, after each frame
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -24,12 +25,16 @@ namespace Vantel {
 // The part of a port's private block that inputs and outputs share; its data stays private to DataPort.
 class VANTEL_API DataPort::Implementation {
 public:
+    // Beside its operator, apart from the general heap (see Operator::operator new).
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
+
     void SetOperator(Operator* op) { this->op = op; }
     void SetAddedByUser(bool addedByUser) { this->addedByUser = addedByUser; }
     void ClearChanged() { changed = false; }
     // False, and nothing stored, when `value` has the serial already held. Otherwise keeps it, marks the
-    // change and tells the operator that one of its members is marked.
-    bool Store(const std::shared_ptr<Data>& value);
+    // change and tells the operator that one of its members of kind `kind` is marked.
+    bool Store(const std::shared_ptr<Data>& value, std::uint8_t kind);
 
 private:
     friend class DataPort;

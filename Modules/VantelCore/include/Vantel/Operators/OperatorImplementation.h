@@ -5,6 +5,7 @@
 //   impl.UpdateStructureIfDirty();
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -58,7 +59,7 @@ public:
     // Set when a list's inputs changed: the flat input list is rebuilt on its next use.
     void MarkDataInputsChanged() {
         flatInputsStale = true;
-        membersMarked = true;
+        markedMembers |= kInputs;
     }
     // Takes the input out of its slot, disconnected, and clears its operator; when the operator owned it, the
     // ownership goes to `owned` (or the input is destroyed when `owned` is null). False when no slot holds
@@ -95,21 +96,24 @@ public:
     void NoteRun(unsigned long long frame) { lastRunFrame = frame; }
     unsigned long long GetLastRunFrame() const { return lastRunFrame; }
 
+    // The kinds of member that may carry a change mark, one bit each.
+    enum MemberKind : std::uint8_t { kInputs = 1, kOutputs = 2, kParameters = 4, kAllMembers = 7 };
     // A port or parameter of this operator calls this as it sets its change mark; joining the operator counts
-    // too. While it stays false, none of them carries a mark, so a frame need not look at them.
-    void NoteMemberMarked() { membersMarked = true; }
-    bool MayHaveMarkedMembers() const { return membersMarked; }
+    // too. While a kind's bit stays clear, none of its members carries a mark, so a frame need not look at
+    // them: an operator that only wrote its output is not searched for changed parameters.
+    void NoteMembersMarked(MemberKind kinds) { markedMembers |= kinds; }
+    bool MayHaveMarkedMembers(MemberKind kinds = kAllMembers) const { return (markedMembers & kinds) != 0; }
     // Clears the change marks of every port and parameter (not the operator's own dirty mark), skipping the
-    // walk when none can carry one (inline: every frame asks this of every operator).
+    // kinds that carry none (inline: every frame asks this of every operator).
     void ClearMemberChangeMarks() {
-        if (membersMarked) {
+        if (markedMembers != 0) {
             ClearMarkedMembers();
         }
     }
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
     Graph* AsGraph() const { return asGraph; }
     void SetAsGraph(Graph* self) { asGraph = self; }
-    // Where the fields that every frame reads lie (dirty, membersMarked, asGraph share a cache line), for a
+    // Where the fields that every frame reads lie (dirty, markedMembers, asGraph share a cache line), for a
     // walk over many operators to prefetch.
     const void* FrameFields() const { return &dirty; }
 
@@ -153,8 +157,8 @@ private:
     bool structureDirty = false;
     bool updatingStructure = false;
     bool projectRoot = false;
-    // Beside `dirty`, so that an idle frame reads one cache line per operator.
-    bool membersMarked = true;
+    // MemberKind bits, beside `dirty`, so that an idle frame reads one cache line per operator.
+    std::uint8_t markedMembers = kAllMembers;
     Graph* asGraph = nullptr;
     unsigned long long lastRunFrame = 0;
 };

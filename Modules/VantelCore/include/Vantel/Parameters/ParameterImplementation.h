@@ -4,6 +4,7 @@
 //   impl.AddIncomingConnection(connection);
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,10 @@ namespace Vantel {
 // data stays private to Parameter.
 class VANTEL_API Parameter::Implementation {
 public:
+    // Beside its operator, apart from the general heap (see Operator::operator new).
+    static void* operator new(std::size_t size);
+    static void operator delete(void* block, std::size_t size) noexcept;
+
     explicit Implementation(std::string_view name);
 
     // Set by operators and graphs on the parameters that a user added.
