@@ -9,6 +9,12 @@
 #include "Support/OperatorArena.h"
 
 namespace Vantel {
+namespace {
+
+// Epochs count up from 1 and never come near it.
+constexpr std::uint64_t kMarkedAlone = ~std::uint64_t{0};
+
+}  // namespace
 
 void* DataPort::Implementation::operator new(std::size_t size) {
     return OperatorArena::Allocate(size);
@@ -18,6 +24,23 @@ void DataPort::Implementation::operator delete(void* block, std::size_t size) no
     OperatorArena::Free(block, size);
 }
 
+bool DataPort::Implementation::IsMarked() const {
+    if (op == nullptr) {
+        return markedAt == kMarkedAlone;
+    }
+    return markedAt == Access::GetImplementation(*op)->GetMarkEpoch();
+}
+
+void DataPort::Implementation::SetOperator(Operator* newOperator) {
+    const bool marked = IsMarked();
+    op = newOperator;
+    if (!marked) {
+        markedAt = 0;
+    } else {
+        markedAt = op != nullptr ? Access::GetImplementation(*op)->GetMarkEpoch() : kMarkedAlone;
+    }
+}
+
 bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value, std::uint8_t kind) {
     const std::uint64_t serial = value ? value->GetSerial() : 0;
     if (serial == lastSerial) {
@@ -25,7 +48,7 @@ bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value, std::ui
     }
     lastSerial = serial;
     data = value;
-    changed = true;
+    markedAt = op != nullptr ? Access::GetImplementation(*op)->GetMarkEpoch() : kMarkedAlone;
     if (op != nullptr) {
         Access::GetImplementation(*op)->NoteMembersMarked(
             static_cast<Operator::Implementation::MemberKind>(kind));
@@ -70,7 +93,7 @@ bool DataPort::HasData() const {
 }
 
 bool DataPort::HasDataChanged() const {
-    return implementation->changed;
+    return implementation->IsMarked();
 }
 
 const std::shared_ptr<Data>& DataPort::GetData() const {

@@ -258,15 +258,8 @@ void Operator::Implementation::operator delete(void* block, std::size_t size) no
 }
 
 void Operator::Implementation::ClearMarkedMembers() {
-    if ((markedMembers & kInputs) != 0) {
-        for (DataInput* input : owner.GetAllDataInputs()) {
-            Access::GetImplementation(*input)->ClearChanged();
-        }
-    }
-    if ((markedMembers & kOutputs) != 0) {
-        for (DataOutput* output : owner.GetAllDataOutputs()) {
-            Access::GetImplementation(*output)->ClearChanged();
-        }
+    if ((markedMembers & (kInputs | kOutputs)) != 0) {
+        ++markEpoch;  // unmarks every port at once, without a visit to each
     }
     if ((markedMembers & kParameters) != 0) {
         for (Parameter* parameter : owner.GetAllParameters()) {

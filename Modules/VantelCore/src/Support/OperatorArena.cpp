@@ -19,12 +19,18 @@ namespace {
 
 #ifndef VANTEL_OPERATOR_ARENA_OFF
 
-constexpr std::size_t kGranule = 64;  // a cache line: no two blocks share one
+constexpr std::size_t kGranule = 64;  // a cache line: no two blocks above the small size share one
 constexpr std::size_t kLargestBlock = 4096;
 constexpr std::size_t kRunSize = std::size_t{2} << 20;  // one large page
 
 struct FreeBlock {
     FreeBlock* next;
+};
+
+// Where blocks are carved from: a run of large pages, used up from the front.
+struct Run {
+    char* cursor = nullptr;
+    char* end = nullptr;
 };
 
 class Arena {
@@ -36,13 +42,14 @@ public:
             freeBlocks[sizeClass] = block->next;
             return block;
         }
-        const std::size_t bytes = (sizeClass + 1) * kGranule;
-        if (static_cast<std::size_t>(end - cursor) < bytes && !StartRun()) {
+        const std::size_t bytes = BytesOf(sizeClass);
+        Run& run = sizeClass == kSmallClass ? smallRun : wholeLineRun;
+        if (static_cast<std::size_t>(run.end - run.cursor) < bytes && !StartRun(run)) {
             // No large pages to be had: a heap block of the class's size serves, and is recycled like any.
             return ::operator new(bytes);
         }
-        void* block = cursor;
-        cursor += bytes;
+        void* block = run.cursor;
+        run.cursor += bytes;
         return block;
     }
 
@@ -53,23 +60,36 @@ public:
     }
 
 private:
-    static std::size_t ClassOf(std::size_t size) { return size == 0 ? 0 : (size - 1) / kGranule; }
+    // Blocks of up to kSmallBlock bytes (a parameter's value, say) share lines, in runs of their own: the
+    // values of neighbouring operators then lie together, and a frame that reads them reads few lines.
+    static constexpr std::size_t kSmallBlock = 16;
+    static constexpr std::size_t kSmallClass = kLargestBlock / kGranule;
 
-    bool StartRun() {
+    static std::size_t ClassOf(std::size_t size) {
+        if (size <= kSmallBlock) {
+            return kSmallClass;
+        }
+        return (size - 1) / kGranule;
+    }
+    static std::size_t BytesOf(std::size_t sizeClass) {
+        return sizeClass == kSmallClass ? kSmallBlock : (sizeClass + 1) * kGranule;
+    }
+
+    static bool StartRun(Run& run) {
         // The rest of the current run is left unused: it is smaller than the block that did not fit.
-        auto* run = static_cast<char*>(Platform::ReserveLargePages(kRunSize, kRunSize));
-        if (run == nullptr) {
+        auto* pages = static_cast<char*>(Platform::ReserveLargePages(kRunSize, kRunSize));
+        if (pages == nullptr) {
             return false;
         }
-        cursor = run;
-        end = run + kRunSize;
+        run.cursor = pages;
+        run.end = pages + kRunSize;
         return true;
     }
 
     std::mutex mutex;
-    std::array<FreeBlock*, kLargestBlock / kGranule> freeBlocks{};
-    char* cursor = nullptr;
-    char* end = nullptr;
+    std::array<FreeBlock*, kSmallClass + 1> freeBlocks{};
+    Run wholeLineRun;
+    Run smallRun;
 };
 
 // Never destroyed: operators may be freed by other statics' destructors at exit.

@@ -14,9 +14,9 @@ namespace Vantel {
 // DataBlocks
 //
 // Blocks of one size, handed out by one thread (the one that writes the output the pool belongs to, and
-// destroys it) and given back from any thread once the last holder of the value lets go. A block given back is handed out again,
-// so that a steady stream of values costs no heap allocation. The blocks outlive this handle: those still in
-// use when it dies go back to the heap as they are given back.
+// destroys it) and given back from any thread once the last holder of the value lets go. A block given back
+// is handed out again, so that a steady stream of values costs no heap allocation. The blocks outlive this
+// handle: those still in use when it dies go back to the heap as they are given back.
 class VANTEL_API DataBlocks {
 public:
     class Implementation;

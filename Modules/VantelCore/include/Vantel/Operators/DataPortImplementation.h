@@ -1,7 +1,7 @@
 // DataPortImplementation.h: what operators, lists and graphs set on data ports.
 //
 //   Access::GetImplementation(input)->SetConnection({&output, &input});
-//   Access::GetImplementation(output)->ClearChanged();     // the runner, after each frame
+//   Access::GetImplementation(output)->ClearChanged();     // forgets the change of this frame
 #pragma once
 
 #include <cstddef>
@@ -29,12 +29,14 @@ public:
     static void* operator new(std::size_t size);
     static void operator delete(void* block, std::size_t size) noexcept;
 
-    void SetOperator(Operator* op) { this->op = op; }
+    // A port keeps its change mark as it joins or leaves an operator.
+    void SetOperator(Operator* op);
     void SetAddedByUser(bool addedByUser) { this->addedByUser = addedByUser; }
-    void ClearChanged() { changed = false; }
+    void ClearChanged() { markedAt = 0; }
     // False, and nothing stored, when `value` has the serial already held. Otherwise keeps it, marks the
     // change and tells the operator that one of its members of kind `kind` is marked.
     bool Store(const std::shared_ptr<Data>& value, std::uint8_t kind);
+    bool IsMarked() const;
 
 private:
     friend class DataPort;
@@ -44,7 +46,9 @@ private:
     Operator* op = nullptr;
     bool addedByUser = false;
     std::uint64_t lastSerial = 0;
-    bool changed = false;
+    // The change mark: the operator's mark epoch when it was set (the operator clears the marks of all its
+    // ports at once by starting a new epoch), kMarkedAlone for a port of no operator, 0 when clear.
+    std::uint64_t markedAt = 0;
     std::shared_ptr<Data> data;
 };
 

@@ -110,6 +110,8 @@ public:
             ClearMarkedMembers();
         }
     }
+    // The marks of the operator's ports are those set in this epoch; clearing them starts the next.
+    std::uint64_t GetMarkEpoch() const { return markEpoch; }
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
     Graph* AsGraph() const { return asGraph; }
     void SetAsGraph(Graph* self) { asGraph = self; }
@@ -160,6 +162,7 @@ private:
     // MemberKind bits, beside `dirty`, so that an idle frame reads one cache line per operator.
     std::uint8_t markedMembers = kAllMembers;
     Graph* asGraph = nullptr;
+    std::uint64_t markEpoch = 1;
     unsigned long long lastRunFrame = 0;
 };
 
