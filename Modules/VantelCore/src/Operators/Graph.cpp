@@ -684,9 +684,14 @@ bool Graph::AddUserParameter(std::unique_ptr<Parameter>&& parameter, std::size_t
 void Graph::Execute(ExecutionContext& context) {
     const std::vector<Operator*>& order = implementation->GetExecutionOrder();
     const std::vector<Operator::Implementation*>& states = implementation->executionStates;
+    const unsigned long long frame = context.GetFrameNumber();
     for (std::size_t i = 0; i < order.size(); ++i) {
+        // Operators ahead are asked for while this one is worked on. Busy operators sit among busy ones, so
+        // when this one will probably run, so will those ahead: then all of their first lines (their ports
+        // and parameters) are asked for, else only the one that Outdated reads.
         if (i + kPrefetchDistance < order.size()) {
-            Prefetch(order[i + kPrefetchDistance]);
+            const bool busy = states[i]->IsLikelyToRun(frame);
+            PrefetchLines(order[i + kPrefetchDistance], busy ? kRunningOperatorBytes : 1);
             Prefetch(states[i + kPrefetchDistance]->FrameFields());
         }
         Operator* op = order[i];
@@ -696,11 +701,14 @@ void Graph::Execute(ExecutionContext& context) {
             states[i]->NoteRun(context.GetFrameNumber() + 1);  // frames are counted from 1, 0 is never
         }
         // Only the kinds of member that were marked have anything to hand on.
-        if (states[i]->MayHaveMarkedMembers(Operator::Implementation::kOutputs)) {
-            HandOnData(*op);
-        }
-        if (states[i]->MayHaveMarkedMembers(Operator::Implementation::kParameters)) {
-            HandOnValues(*op);
+        const Operator::Implementation& state = *states[i];
+        if (state.MayHaveMarkedMembers(Operator::Implementation::kHandedOn)) {
+            if (state.MayHaveMarkedMembers(Operator::Implementation::kOutputs)) {
+                HandOnData(*op);
+            }
+            if (state.MayHaveMarkedMembers(Operator::Implementation::kParameters)) {
+                HandOnValues(*op);
+            }
         }
     }
 }

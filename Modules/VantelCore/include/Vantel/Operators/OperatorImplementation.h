@@ -95,9 +95,19 @@ public:
     // Set by the graph each time it runs the operator.
     void NoteRun(unsigned long long frame) { lastRunFrame = frame; }
     unsigned long long GetLastRunFrame() const { return lastRunFrame; }
+    // Marked, or run in the frame before `frame`: a hint for prefetching, never a decision.
+    bool IsLikelyToRun(unsigned long long frame) const {
+        return dirty || markedMembers != 0 || lastRunFrame == frame;
+    }
 
     // The kinds of member that may carry a change mark, one bit each.
-    enum MemberKind : std::uint8_t { kInputs = 1, kOutputs = 2, kParameters = 4, kAllMembers = 7 };
+    enum MemberKind : std::uint8_t {
+        kInputs = 1,
+        kOutputs = 2,
+        kParameters = 4,
+        kHandedOn = kOutputs | kParameters,
+        kAllMembers = 7
+    };
     // A port or parameter of this operator calls this as it sets its change mark; joining the operator counts
     // too. While a kind's bit stays clear, none of its members carries a mark, so a frame need not look at
     // them: an operator that only wrote its output is not searched for changed parameters.
