@@ -59,11 +59,11 @@ const std::vector<DataConnection>& DataOutput::GetConnections() const {
 }
 
 void DataOutput::Activate(const std::shared_ptr<Data>& data) {
-    const bool writtenThisFrame = HasDataChanged();
-    if (!implementation->Store(data, Operator::Implementation::kOutputs)) {
+    const Implementation::Stored stored = implementation->Store(data, Operator::Implementation::kOutputs);
+    if (stored == Implementation::Stored::kNothing) {
         return;
     }
-    if (writtenThisFrame) {
+    if (stored == Implementation::Stored::kOverMark) {
         LogWarning("DataOutput '" + GetPath().ToString() +
                    "' is written more than once per frame, whichever write happens last wins.");
     }

@@ -41,19 +41,22 @@ void DataPort::Implementation::SetOperator(Operator* newOperator) {
     }
 }
 
-bool DataPort::Implementation::Store(const std::shared_ptr<Data>& value, std::uint8_t kind) {
+DataPort::Implementation::Stored DataPort::Implementation::Store(const std::shared_ptr<Data>& value,
+                                                                 std::uint8_t kind) {
     const std::uint64_t serial = value ? value->GetSerial() : 0;
     if (serial == lastSerial) {
-        return false;
+        return Stored::kNothing;
     }
     lastSerial = serial;
     data = value;
-    markedAt = op != nullptr ? Access::GetImplementation(*op)->GetMarkEpoch() : kMarkedAlone;
-    if (op != nullptr) {
-        Access::GetImplementation(*op)->NoteMembersMarked(
-            static_cast<Operator::Implementation::MemberKind>(kind));
+    Operator::Implementation* owner = op != nullptr ? Access::GetImplementation(*op).get() : nullptr;
+    const std::uint64_t mark = owner != nullptr ? owner->GetMarkEpoch() : kMarkedAlone;
+    const Stored stored = markedAt == mark ? Stored::kOverMark : Stored::kNew;
+    markedAt = mark;
+    if (owner != nullptr) {
+        owner->NoteMembersMarked(static_cast<Operator::Implementation::MemberKind>(kind));
     }
-    return true;
+    return stored;
 }
 
 DataPort::DataPort(Implementation& implementation) : implementation(&implementation) {}

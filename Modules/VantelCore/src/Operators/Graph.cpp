@@ -87,13 +87,16 @@ void PassValue(const Parameter& source, Parameter& target, const std::vector<Com
     }
 }
 
-void HandOnData(Operator& op) {
-    for (DataOutput* output : op.GetAllDataOutputs()) {
-        if (!output->HasDataChanged()) {
+// Straight from the private blocks: the frame does this for every operator that wrote an output.
+void HandOnData(const Operator::Implementation& state) {
+    const std::uint64_t epoch = state.GetMarkEpoch();
+    for (DataOutput* output : state.Outputs()) {
+        const DataOutput::Implementation& written = *Access::GetImplementation(*output);
+        if (!written.IsMarkedIn(epoch)) {
             continue;
         }
-        for (const DataConnection& connection : output->GetConnections()) {
-            connection.input->Receive(output->GetData());
+        for (const DataConnection& connection : written.GetConnections()) {
+            connection.input->Receive(written.GetData());
         }
     }
 }
@@ -704,7 +707,7 @@ void Graph::Execute(ExecutionContext& context) {
         const Operator::Implementation& state = *states[i];
         if (state.MayHaveMarkedMembers(Operator::Implementation::kHandedOn)) {
             if (state.MayHaveMarkedMembers(Operator::Implementation::kOutputs)) {
-                HandOnData(*op);
+                HandOnData(state);
             }
             if (state.MayHaveMarkedMembers(Operator::Implementation::kParameters)) {
                 HandOnValues(*op);

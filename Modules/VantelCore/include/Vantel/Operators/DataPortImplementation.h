@@ -33,10 +33,15 @@ public:
     void SetOperator(Operator* op);
     void SetAddedByUser(bool addedByUser) { this->addedByUser = addedByUser; }
     void ClearChanged() { markedAt = 0; }
-    // False, and nothing stored, when `value` has the serial already held. Otherwise keeps it, marks the
-    // change and tells the operator that one of its members of kind `kind` is marked.
-    bool Store(const std::shared_ptr<Data>& value, std::uint8_t kind);
+    enum class Stored { kNothing, kNew, kOverMark };
+    // kNothing, and nothing stored, when `value` has the serial already held. Otherwise keeps it, marks the
+    // change and tells the operator that one of its members of kind `kind` is marked; kOverMark when the
+    // port's change was marked already.
+    Stored Store(const std::shared_ptr<Data>& value, std::uint8_t kind);
     bool IsMarked() const;
+    // Whether the port's change is marked, for a port of an operator in mark epoch `epoch`.
+    bool IsMarkedIn(std::uint64_t epoch) const { return markedAt == epoch; }
+    const std::shared_ptr<Data>& GetData() const { return data; }
 
 private:
     friend class DataPort;
@@ -74,6 +79,7 @@ private:
 class VANTEL_API DataOutput::Implementation : public DataPort::Implementation {
 public:
     void AddConnection(DataConnection connection) { connections.push_back(connection); }
+    const std::vector<DataConnection>& GetConnections() const { return connections; }
     // False when the output has no such connection.
     bool RemoveConnection(DataConnection connection);
 

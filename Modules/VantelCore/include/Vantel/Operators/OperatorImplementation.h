@@ -120,6 +120,8 @@ public:
             ClearMarkedMembers();
         }
     }
+    // The operator's outputs, as Operator::GetAllDataOutputs gives them, for a frame's inner loop.
+    const std::vector<DataOutput*>& Outputs() const { return outputs; }
     // The marks of the operator's ports are those set in this epoch; clearing them starts the next.
     std::uint64_t GetMarkEpoch() const { return markEpoch; }
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
