@@ -127,7 +127,7 @@ public:
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
     Graph* AsGraph() const { return asGraph; }
     void SetAsGraph(Graph* self) { asGraph = self; }
-    // Where the fields that every frame reads lie (dirty, markedMembers, asGraph share a cache line), for a
+    // Where the fields that every frame reads lie (they share the first cache line of the block), for a
     // walk over many operators to prefetch.
     const void* FrameFields() const { return &dirty; }
 
@@ -137,6 +137,18 @@ private:
     void ReleaseOwnedPorts();
 
     Operator& owner;
+    // What every frame reads, together in the block's first cache line (the block starts on one): the marks,
+    // the graph to recurse into, and the outputs to hand on.
+    bool dirty = false;
+    bool structureDirty = false;
+    bool updatingStructure = false;
+    bool projectRoot = false;
+    // MemberKind bits.
+    std::uint8_t markedMembers = kAllMembers;
+    Graph* asGraph = nullptr;
+    std::uint64_t markEpoch = 1;
+    unsigned long long lastRunFrame = 0;
+    std::vector<DataOutput*> outputs;
     std::string name;
     glm::vec2 position{0.0f, 0.0f};
     ParameterRootGroup parameterGroup;
@@ -146,7 +158,6 @@ private:
     std::vector<DataInput*> flatInputs;
     std::vector<const DataInput*> constFlatInputs;
     bool flatInputsStale = true;
-    std::vector<DataOutput*> outputs;
     std::vector<const DataOutput*> constOutputs;
     bool constOutputsStale = true;
     std::vector<Parameter*> flatParameters;
@@ -167,15 +178,6 @@ private:
     Event<Graph*> graphChangedEvent;
     Event<Object*> memberRenamedEvent;
     Graph* graph = nullptr;
-    bool dirty = false;
-    bool structureDirty = false;
-    bool updatingStructure = false;
-    bool projectRoot = false;
-    // MemberKind bits, beside `dirty`, so that an idle frame reads one cache line per operator.
-    std::uint8_t markedMembers = kAllMembers;
-    Graph* asGraph = nullptr;
-    std::uint64_t markEpoch = 1;
-    unsigned long long lastRunFrame = 0;
 };
 
 inline auto& Access::GetImplementation(Operator& op) {
