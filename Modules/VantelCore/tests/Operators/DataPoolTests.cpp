@@ -50,12 +50,15 @@ TEST(DataPool, ValuesOutliveThePoolAndMayBeLetGoOfOnAnyThread) {
         for (int i = 0; i < 100; ++i) {
             kept.push_back(pool.Make(i));
         }
-        // Half come back from another thread while the pool lives, and serve values made after.
-        std::thread([&kept] { kept.resize(50); }).join();
+        // Half come back from another thread while this one goes on making values, which reuse them.
+        std::vector<std::shared_ptr<Number>> released(kept.begin() + 50, kept.end());
+        kept.resize(50);
+        std::thread releaser([&released] { released.clear(); });
         std::vector<std::shared_ptr<Number>> later;
         for (int i = 0; i < 50; ++i) {
             later.push_back(pool.Make(100 + i));
         }
+        releaser.join();
         kept.insert(kept.end(), later.begin(), later.end());
     }
     // The pool is gone; every value still reads, and letting go of them (here and on another thread) frees
