@@ -17,13 +17,6 @@ public:
     std::vector<EventSubscription> subscriptions;
 };
 
-namespace {
-
-// What an object without a block answers; built at compile time, so reading it costs no guard.
-constinit const std::string kNoKey;
-
-}  // namespace
-
 Object::Object() = default;
 
 Object::Object(std::string_view key) : Object() {
@@ -59,7 +52,11 @@ Object::Implementation& Object::Block() const {
 }
 
 const std::string& Object::GetKey() const {
-    return implementation != nullptr ? implementation->key : kNoKey;
+    if (implementation != nullptr) {
+        return implementation->key;
+    }
+    static const std::string none;
+    return none;
 }
 
 void Object::SetKey(std::string_view key) {
