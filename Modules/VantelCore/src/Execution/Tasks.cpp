@@ -1,6 +1,7 @@
 #include <Vantel/Execution/Tasks.h>
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -181,6 +182,25 @@ void ShutDown(std::shared_ptr<Instance> instance) {
     instance->secondary.Stop();
 }
 
+// A lock that is constant-initialised on every platform (std::mutex is not where threads come from a POSIX
+// layer over Win32). It guards a few pointer moves only, so a waiter sleeps on the flag rather than in a
+// kernel mutex.
+class ConstantLock {
+public:
+    void lock() {
+        while (flag.test_and_set(std::memory_order_acquire)) {
+            flag.wait(true, std::memory_order_relaxed);
+        }
+    }
+    void unlock() {
+        flag.clear(std::memory_order_release);
+        flag.notify_one();
+    }
+
+private:
+    std::atomic_flag flag;
+};
+
 // The one instance, reached only through GetInstance and Take. Shared ownership so that a caller that got the
 // instance just before Shutdown took it can finish its call; the pools are stopped by then, so its task is
 // dropped.
@@ -203,7 +223,7 @@ public:
     }
 
 private:
-    std::mutex mutex;
+    ConstantLock mutex;
     std::shared_ptr<Instance> instance;
     bool shutDown = false;
 };

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Runs a program of the Windows build under Wine, headless, in a Wine prefix of its own (made on first use):
+#   tools/wine-run.sh build/windows/bin/vantel.exe types
+# The tests run through it (the windows preset names it as the emulator), and so do the programs they start.
+set -euo pipefail
+
+wine=${VANTEL_WINE:-/usr/lib/wine/wine64}
+[ -x "$wine" ] || { echo "wine-run: no $wine; run VANTEL_WINDOWS=1 tools/install-deps.sh" >&2; exit 127; }
+export WINEPREFIX=${VANTEL_WINEPREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/vantel/wine}
+export WINEDEBUG=${WINEDEBUG:--all}
+# Console programs need no display, nor the .NET and HTML engines whose installers Wine would offer.
+unset DISPLAY WAYLAND_DISPLAY
+export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
+
+# The MinGW runtime libraries (libstdc++, libgcc, winpthread) are taken from where Debian installs them, as
+# a Windows machine would take them from its path.
+windows_folder() {
+    local file
+    file=$(x86_64-w64-mingw32-g++-posix -print-file-name="$1")
+    file=$(realpath "$file")
+    local folder=${file%/*}
+    echo "Z:${folder//\//\\}"
+}
+export WINEPATH="$(windows_folder libstdc++-6.dll);$(windows_folder libwinpthread-1.dll)"
+
+if [ ! -f "$WINEPREFIX/system.reg" ]; then
+    mkdir -p "$WINEPREFIX"
+    "$wine" wineboot --init >/dev/null 2>&1 || true
+    "${wine%/*}/wineserver" -w
+fi
+exec "$wine" "$@"
