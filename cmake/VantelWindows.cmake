@@ -10,6 +10,12 @@
 set(CMAKE_SHARED_LIBRARY_PREFIX "")
 add_compile_definitions(_WIN32_WINNT=0x0A00 WINVER=0x0A00)
 
+# Paths of the build tree compiled into the tests, as the programs see them: under Wine the build machine's
+# root is drive Z:, and a path without a drive would be taken on the current drive, which is not always Z:.
+if(CMAKE_CROSSCOMPILING)
+    set(VANTEL_BUILD_PATH_PREFIX "Z:")
+endif()
+
 set(VANTEL_DEBIAN_HEADERS ${CMAKE_BINARY_DIR}/debian-headers)
 file(MAKE_DIRECTORY ${VANTEL_DEBIAN_HEADERS})
 foreach(entry nlohmann glm stb)

@@ -16,6 +16,8 @@
 
 #include <Vantel/Support/Logging.h>
 
+#include "Platform/Threads.h"
+
 namespace Vantel {
 namespace {
 
@@ -183,19 +185,16 @@ void ShutDown(std::shared_ptr<Instance> instance) {
 }
 
 // A lock that is constant-initialised on every platform (std::mutex is not where threads come from a POSIX
-// layer over Win32). It guards a few pointer moves only, so a waiter sleeps on the flag rather than in a
-// kernel mutex.
+// layer over Win32). It guards a few pointer moves, so a waiter yields rather than sleeps: an atomic wait is no
+// better, since without a futex it may lose its wake-up.
 class ConstantLock {
 public:
     void lock() {
         while (flag.test_and_set(std::memory_order_acquire)) {
-            flag.wait(true, std::memory_order_relaxed);
+            std::this_thread::yield();
         }
     }
-    void unlock() {
-        flag.clear(std::memory_order_release);
-        flag.notify_one();
-    }
+    void unlock() { flag.clear(std::memory_order_release); }
 
 private:
     std::atomic_flag flag;
@@ -206,7 +205,16 @@ private:
 // dropped.
 class Global {
 public:
-    ~Global() { ShutDown(Take()); }  // for a host that never called Tasks::Shutdown
+    // For a host that never called Tasks::Shutdown.
+    ~Global() {
+        std::shared_ptr<Instance> instance = Take();
+        if (!Platform::ThreadsOutliveStatics()) {
+            // The pools' threads are gone already, and stopping a pool would wait for them: it is left as is.
+            new std::shared_ptr<Instance>(std::move(instance));
+            return;
+        }
+        ShutDown(std::move(instance));
+    }
 
     std::shared_ptr<Instance> GetInstance() {
         std::lock_guard lock(mutex);
