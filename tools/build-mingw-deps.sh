@@ -108,4 +108,6 @@ cp cpp-httplib-*/httplib.h "$prefix/include/httplib/"
 
 touch "$prefix/.complete"
 ln -sfn "$key" "$cache/current"
+# Builds for versions no longer installed are of no use.
+find "$cache" -mindepth 1 -maxdepth 1 -type d ! -name "$key" -exec rm -rf {} +
 echo "build-mingw-deps: done"
