@@ -77,7 +77,8 @@ struct Result {
 // Runs the vantel at `host` with `arguments` from `folder`.
 Result Host(const TempFolder& folder, std::initializer_list<std::string> arguments,
             const fs::path& host = kHost) {
-    const HostTesting::ProcessResult result = HostTesting::RunProcess(host, std::vector<std::string>(arguments), folder.path);
+    const HostTesting::ProcessResult result =
+        HostTesting::RunProcess(host, std::vector<std::string>(arguments), folder.path);
     EXPECT_NE(result.code, -1) << "could not run " << host;
     return {result.code, result.out, result.err};
 }
@@ -311,7 +312,8 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
                   "vantel: OUT is the same file as IN (once.json); give --force to write over it\n");
     }
     EXPECT_EQ(ReadFile(temp.path / "once.json"), original);
-    EXPECT_EQ(Host(temp, {"upgrade", "once.json", sameFiles.back(), "--force", "--plugin", kTestPlugin}).code, 0);
+    EXPECT_EQ(Host(temp, {"upgrade", "once.json", sameFiles.back(), "--force", "--plugin", kTestPlugin}).code,
+              0);
     EXPECT_EQ(ReadFile(temp.path / "once.json"), original);
 
     // Every operator that is outdated runs in the first frame (an empty graph never is), none after.
@@ -333,7 +335,8 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     // A copy of the host with the core and a library that is no plug-in beside it shows it.
     const fs::path copy = temp.path / "host";
     fs::create_directory(copy);
-    const std::string core = Vantel::PluginFileNames("VantelCore").front().string();  // and its versioned names
+    const std::string core =
+        Vantel::PluginFileNames("VantelCore").front().string();  // and its versioned names
     for (const fs::directory_entry& entry : fs::directory_iterator(kHost.parent_path())) {
         if (entry.path().filename().string().starts_with(core)) {
             fs::copy(entry.path(), copy / entry.path().filename(), fs::copy_options::copy_symlinks);
@@ -354,10 +357,10 @@ TEST(Host, DefaultLoadingBesideTheHostFindsNoTestPlugin) {
     const TempFolder temp;
     const Result types = Host(temp, {"types"});
     EXPECT_EQ(types.code, 0);
-    EXPECT_THAT(types.err,
-                HasSubstr("[Info] Loading plugin: " +
-                          (kHost.parent_path() / Vantel::PluginFileNames("VantelStandard").front()).string() +
-                          "\n"));
+    EXPECT_THAT(
+        types.err,
+        HasSubstr("[Info] Loading plugin: " +
+                  (kHost.parent_path() / Vantel::PluginFileNames("VantelStandard").front()).string() + "\n"));
     EXPECT_EQ(types.err.find("[Warning]"), std::string::npos) << types.err;
     EXPECT_EQ(types.err.find("vantel: warning"), std::string::npos) << types.err;
     EXPECT_THAT(types.out, HasSubstr("  Standard.Math.Counter "));

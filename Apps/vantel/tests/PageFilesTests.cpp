@@ -19,7 +19,8 @@ TEST(PageFiles, OnlyFilesInsideThePageFolderAnswer) {
     std::ofstream(top / "page" / "index.html") << "<!doctype html>";
     std::ofstream(top / "page" / "assets" / "main.js") << "run()";
     std::ofstream(top / "secret.txt") << "not the page's";
-    // Windows builds of the standard library make no symbolic links; the link's row then names a missing file.
+    // Windows builds of the standard library make no symbolic links; the link's row then names a missing
+    // file.
     std::error_code noLinks;
     fs::create_symlink(top / "secret.txt", top / "page" / "assets" / "link.js", noLinks);
     const fs::path page = top / "page";

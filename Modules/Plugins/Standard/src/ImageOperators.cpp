@@ -75,8 +75,9 @@ void LoadImageOperator::Execute(Vantel::ExecutionContext&) {
         decoded = Image::LoadFromFile(path);
         if (!decoded.IsValid()) {
             std::error_code error;
-            problem = std::filesystem::exists(PathFromUtf8(path), error) ? "the file is not an image that can be decoded."
-                                                           : "the file does not exist.";
+            problem = std::filesystem::exists(PathFromUtf8(path), error)
+                          ? "the file is not an image that can be decoded."
+                          : "the file does not exist.";
         }
     } catch (const std::filesystem::filesystem_error& error) {
         problem = error.what();

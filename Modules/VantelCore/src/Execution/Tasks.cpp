@@ -185,8 +185,8 @@ void ShutDown(std::shared_ptr<Instance> instance) {
 }
 
 // A lock that is constant-initialised on every platform (std::mutex is not where threads come from a POSIX
-// layer over Win32). It guards a few pointer moves, so a waiter yields rather than sleeps: an atomic wait is no
-// better, since without a futex it may lose its wake-up.
+// layer over Win32). It guards a few pointer moves, so a waiter yields rather than sleeps: an atomic wait is
+// no better, since without a futex it may lose its wake-up.
 class ConstantLock {
 public:
     void lock() {

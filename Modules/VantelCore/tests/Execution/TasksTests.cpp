@@ -20,8 +20,8 @@
 namespace Vantel {
 namespace {
 
-using Testing::LogCapture;
 using Testing::Gate;
+using Testing::LogCapture;
 using Testing::Signals;
 using ThreadIds = std::set<std::thread::id>;
 using Strings = std::vector<std::string>;

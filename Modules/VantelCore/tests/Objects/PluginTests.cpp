@@ -294,9 +294,9 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
          Loading(noEntry) + "[Warning] Plugin library has no VantelPluginLoad entry point: \"" +
              noEntry.string() + "\"\n"},
         {temp.CopyTestPlugin("x" + MixedCase(extension)), "x",
-         refused(temp.path / ("x" + MixedCase(extension)),
-                 "[Error] Shared library must have " + extension + " or " + Capitals(extension) +
-                     " file extension")},
+         refused(temp.path / ("x" + MixedCase(extension)), "[Error] Shared library must have " + extension +
+                                                               " or " + Capitals(extension) +
+                                                               " file extension")},
         {folder, "folder", refused(folder, "[Error] Path of given shared library is not a regular file.")},
         {temp.path / ("missing" + extension), "missing",
          refused(temp.path / ("missing" + extension), "[Error] Failed to resolve path of shared library.")},
@@ -319,22 +319,24 @@ TEST(Plugin, NameComesFromTheFileOrTheCaller) {
     TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
     const std::string extension = PluginFileExtension();
-    for (const auto& [file, name] : {std::pair{temp.CopyTestPlugin("lib" + extension), "lib"},  // nothing after
-                                     std::pair{temp.CopyTestPlugin("libX" + Capitals(extension)), "X"}}) {
+    for (const auto& [file, name] :
+         {std::pair{temp.CopyTestPlugin("lib" + extension), "lib"},  // nothing after
+          std::pair{temp.CopyTestPlugin("libX" + Capitals(extension)), "X"}}) {
         SCOPED_TRACE(name);
         LogCapture log;
         ASSERT_TRUE(library.LoadPluginFromFile(file));
         library.UnloadPlugin(name);
         EXPECT_EQ(log.Text(), Loading(file) + "[Info] Unloading plugin: " + name + "\n" + kUnloadTrace);
     }
-    // Only the standard plug-in lies beside this executable. LoadPlugin takes the first of the platform's file
-    // names that is there (on Linux "liblibVantelStandard.so" is not, "libVantelStandard.so" is), and the
-    // plug-in keeps the name it was asked for.
+    // Only the standard plug-in lies beside this executable. LoadPlugin takes the first of the platform's
+    // file names that is there (on Linux "liblibVantelStandard.so" is not, "libVantelStandard.so" is), and
+    // the plug-in keeps the name it was asked for.
     for (const std::string name : {"VantelStandard", "libVantelStandard"}) {
         SCOPED_TRACE(name);
         std::vector<fs::path> files = PluginFileNames(name);
-        const auto found = std::find_if(files.begin(), files.end(),
-                                        [](const fs::path& file) { return fs::exists(GetPluginFolder() / file); });
+        const auto found = std::find_if(files.begin(), files.end(), [](const fs::path& file) {
+            return fs::exists(GetPluginFolder() / file);
+        });
         LogCapture log;
         if (found == files.end()) {
             EXPECT_FALSE(library.LoadPlugin(name.c_str()));
@@ -345,7 +347,8 @@ TEST(Plugin, NameComesFromTheFileOrTheCaller) {
         ASSERT_TRUE(library.LoadPlugin(name.c_str()));
         EXPECT_NE(library.GetType("Standard.Math.Counter"), nullptr);
         library.UnloadPlugin(name.c_str());
-        EXPECT_EQ(log.Text(), Loading(GetPluginFolder() / *found) + "[Info] Unloading plugin: " + name + "\n");
+        EXPECT_EQ(log.Text(),
+                  Loading(GetPluginFolder() / *found) + "[Info] Unloading plugin: " + name + "\n");
         EXPECT_EQ(library.GetType("Standard.Math.Counter"), nullptr);
     }
 }

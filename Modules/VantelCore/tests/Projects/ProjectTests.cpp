@@ -205,8 +205,8 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     EXPECT_EQ(ReadFile(second), written);  // references, list inputs, bundles and mirrored values included
 
     // In a folder whose name is not ASCII: the library's narrow paths are UTF-8 on every platform.
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / (u8"Vantel Ünïcode 計画 " + PathFromUtf8(first).stem().u8string());
+    const std::filesystem::path folder = std::filesystem::temp_directory_path() /
+                                         (u8"Vantel Ünïcode 計画 " + PathFromUtf8(first).stem().u8string());
     std::filesystem::create_directories(folder);
     const std::string inFolder = PathToUtf8(folder / u8"Szene ü.vantel");
     loaded.Serialize(inFolder);

@@ -20,8 +20,8 @@ VANTEL_API std::filesystem::path GetPluginFolder();
 // taken with this extension or with it in capitals, never in mixed case.
 VANTEL_API std::string PluginFileExtension();
 
-// The file names LoadPlugin(name) looks for in the plug-in folder, in order: "lib<name>.so" then "<name>.so" on
-// Linux, "<name>.dll" on Windows.
+// The file names LoadPlugin(name) looks for in the plug-in folder, in order: "lib<name>.so" then "<name>.so"
+// on Linux, "<name>.dll" on Windows.
 VANTEL_API std::vector<std::filesystem::path> PluginFileNames(const std::string& name);
 
 // Every file in the plug-in folder with the platform's shared library extension (".so", ".dll"), sorted by
