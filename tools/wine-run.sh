@@ -8,6 +8,9 @@ wine=${VANTEL_WINE:-/usr/lib/wine/wine64}
 [ -x "$wine" ] || { echo "wine-run: no $wine; run VANTEL_WINDOWS=1 tools/install-deps.sh" >&2; exit 127; }
 export WINEPREFIX=${VANTEL_WINEPREFIX:-${XDG_CACHE_HOME:-$HOME/.cache}/vantel/wine}
 export WINEDEBUG=${WINEDEBUG:--all}
+# Wine names the build machine's files in the locale's character set: without a UTF-8 one (CI starts with
+# none), a file name that is not ASCII cannot be made.
+export LC_ALL=C.UTF-8
 # Console programs need no display, nor the .NET and HTML engines whose installers Wine would offer.
 unset DISPLAY WAYLAND_DISPLAY
 export WINEDLLOVERRIDES="mscoree,mshtml=;winemenubuilder.exe=d"
@@ -23,9 +26,13 @@ windows_folder() {
 }
 export WINEPATH="$(windows_folder libstdc++-6.dll);$(windows_folder libwinpthread-1.dll)"
 
-if [ ! -f "$WINEPREFIX/system.reg" ]; then
-    mkdir -p "$WINEPREFIX"
-    "$wine" wineboot --init >/dev/null 2>&1 || true
-    "${wine%/*}/wineserver" -w
-fi
+# The first of several programs started at once makes the prefix; the others wait for it.
+mkdir -p "$WINEPREFIX"
+(
+    flock 9
+    if [ ! -f "$WINEPREFIX/system.reg" ]; then
+        "$wine" wineboot --init >/dev/null 2>&1 || true
+        "${wine%/*}/wineserver" -w
+    fi
+) 9>"$WINEPREFIX.lock"
 exec "$wine" "$@"
