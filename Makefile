@@ -49,6 +49,7 @@ test-windows:
 	cmake --preset dev
 	cmake --build --preset dev --target vantel VantelStandard
 	bash tools/check-windows-outputs.sh
+	tools/wine-run.sh --wait
 
 # The project loader's fuzzer and then the edit-sequence fuzzer, a minute each, from their seed corpora; new
 # inputs go to scratch folders so that the checked-in corpora stay as written.

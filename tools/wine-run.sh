@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Runs a program of the Windows build under Wine, headless, in a Wine prefix of its own (made on first use):
 #   tools/wine-run.sh build/windows/bin/vantel.exe types
+#   tools/wine-run.sh --wait    # returns once Wine's server has ended, a few seconds after the last program
 # The tests run through it (the windows preset names it as the emulator), and so do the programs they start.
 set -euo pipefail
 
@@ -25,6 +26,11 @@ windows_folder() {
     echo "Z:${folder//\//\\}"
 }
 export WINEPATH="$(windows_folder libstdc++-6.dll);$(windows_folder libwinpthread-1.dll)"
+
+# Wine's server outlives the last program by a few seconds; whoever must know every process gone waits for it.
+if [ "${1:-}" = --wait ]; then
+    exec "${wine%/*}/wineserver" -w
+fi
 
 # The first of several programs started at once makes the prefix; the others wait for it.
 mkdir -p "$WINEPREFIX"
