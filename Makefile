@@ -1,5 +1,5 @@
 # Front door: each target installs what is missing, then wraps the CMake presets.
-.PHONY: deps run edit test test-browser test-tsan fuzz bench lint format clean
+.PHONY: deps run edit test test-browser test-tsan test-windows fuzz bench lint format clean
 
 deps:
 	@bash tools/install-deps.sh
@@ -37,6 +37,19 @@ test-tsan: deps
 	cmake --build --preset tsan --target ExecutionTests TasksShutdownTests
 	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/ExecutionTests --gtest_brief=1
 	TSAN_OPTIONS=halt_on_error=1 ./build/tsan/bin/TasksShutdownTests --gtest_brief=1
+
+# The Windows build: cross-built with MinGW-w64 (its compiled dependencies built once into ~/.cache/vantel), every
+# test suite run under Wine, then held to the Linux build (dev): the bundled example's picture has the same
+# pixels, and each build loads the other's project files and saves them to the same bytes.
+test-windows:
+	@VANTEL_WINDOWS=1 bash tools/install-deps.sh
+	cmake --preset windows
+	cmake --build --preset windows
+	ctest --preset windows
+	cmake --preset dev
+	cmake --build --preset dev --target vantel VantelStandard
+	bash tools/check-windows-outputs.sh
+	tools/wine-run.sh --wait
 
 # The project loader's fuzzer and then the edit-sequence fuzzer, a minute each, from their seed corpora; new
 # inputs go to scratch folders so that the checked-in corpora stay as written.

@@ -15,12 +15,24 @@ fi
 if [ "${VANTEL_FUZZ:-0}" = 1 ]; then
     packages+=(clang libclang-rt-14-dev)
 fi
+# The Windows build: the MinGW-w64 compilers, Wine to run what they build, and what fetching and unpacking
+# Debian's source packages takes (tools/build-mingw-deps.sh builds the compiled dependencies from them).
+if [ "${VANTEL_WINDOWS:-0}" = 1 ]; then
+    packages+=(g++-mingw-w64-x86-64-posix wine64 dpkg-dev xz-utils)
+fi
 
 if ! command -v dpkg >/dev/null 2>&1 || ! command -v apt-get >/dev/null 2>&1; then
     echo "install-deps: this system has no apt; install these packages (or their equivalents) by hand:"
     printf '  %s\n' "${packages[@]}"
     exit 1
 fi
+
+# The Windows build's compiled dependencies, built from Debian's sources into a cache outside the checkout.
+install_windows_dependencies() {
+    if [ "${VANTEL_WINDOWS:-0}" = 1 ]; then
+        bash "$(dirname "$0")/build-mingw-deps.sh"
+    fi
+}
 
 missing=()
 for package in "${packages[@]}"; do
@@ -29,7 +41,10 @@ for package in "${packages[@]}"; do
         missing+=("$package")
     fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+if [ ${#missing[@]} -eq 0 ]; then
+    install_windows_dependencies
+    exit 0
+fi
 
 echo "install-deps: installing ${missing[*]}"
 sudo=""
@@ -45,3 +60,4 @@ $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 if command -v update-ca-certificates >/dev/null 2>&1; then
     $sudo update-ca-certificates >/dev/null
 fi
+install_windows_dependencies

@@ -13,7 +13,10 @@
 #include <string>
 #include <vector>
 
+#include <Vantel/Objects/PluginFiles.h>
+
 #include "HostFiles.h"
+#include "HostProcess.h"
 
 namespace {
 
@@ -21,12 +24,17 @@ namespace fs = std::filesystem;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
-const fs::path kHost = VANTEL_HOST_PATH;
+// With the platform's separators, as the host writes the paths it joined itself.
+const fs::path kHost = fs::path(VANTEL_HOST_PATH).make_preferred();
 // The plug-ins built for the tests lie away from the host, which finds them only by their path.
-const fs::path kTestPlugins = VANTEL_TEST_PLUGIN_FOLDER;
-const std::string kTestPlugin = (kTestPlugins / "libVantelTestPlugin.so").string();
-const fs::path kData = VANTEL_HOST_TEST_DATA;
-const fs::path kExamples = VANTEL_EXAMPLES_DIR;
+const fs::path kTestPlugins = fs::path(VANTEL_TEST_PLUGIN_FOLDER).make_preferred();
+// The library file of a test plug-in, as the platform names it.
+fs::path TestPluginFile(const std::string& name) {
+    return kTestPlugins / Vantel::PluginFileNames(name).front();
+}
+const std::string kTestPlugin = TestPluginFile("VantelTestPlugin").string();
+const fs::path kData = fs::path(VANTEL_HOST_TEST_DATA).make_preferred();
+const fs::path kExamples = fs::path(VANTEL_EXAMPLES_DIR).make_preferred();
 
 using HostTesting::ReadFile;
 
@@ -66,20 +74,13 @@ struct Result {
     std::string err;
 };
 
-// Runs the vantel at `host` with `arguments` from `folder`; the exit code comes back through the shell.
+// Runs the vantel at `host` with `arguments` from `folder`.
 Result Host(const TempFolder& folder, std::initializer_list<std::string> arguments,
             const fs::path& host = kHost) {
-    std::string command = "cd " + ShellQuoted(folder.path.string()) + " && " + ShellQuoted(host.string());
-    for (const std::string& argument : arguments) {
-        command += " " + ShellQuoted(argument);
-    }
-    const fs::path out = folder.path / "stdout.txt";
-    const fs::path err = folder.path / "stderr.txt";
-    const fs::path code = folder.path / "code.txt";
-    command += " >" + ShellQuoted(out.string()) + " 2>" + ShellQuoted(err.string()) + "; echo $? >" +
-               ShellQuoted(code.string());
-    EXPECT_EQ(std::system(command.c_str()), 0);
-    return {std::stoi(ReadFile(code)), ReadFile(out), ReadFile(err)};
+    const HostTesting::ProcessResult result =
+        HostTesting::RunProcess(host, std::vector<std::string>(arguments), folder.path);
+    EXPECT_NE(result.code, -1) << "could not run " << host;
+    return {result.code, result.out, result.err};
 }
 
 std::string Data(const char* name) {
@@ -157,12 +158,12 @@ TEST(Host, MissingFilesBrokenJsonAndPluginsHaveTheirOwnExitCodes) {
     const Result unknown = Host(temp, {"types", "--plugin", "NoSuchPlugin"});
     EXPECT_EQ(unknown.code, 4);
     EXPECT_THAT(unknown.err, HasSubstr("vantel: could not load plug-in 'NoSuchPlugin'"));
-    const std::string noEntryFile = (kTestPlugins / "libVantelNoEntryPlugin.so").string();
+    const std::string noEntryFile = TestPluginFile("VantelNoEntryPlugin").string();
     const Result noEntry = Host(temp, {"types", "--plugin", noEntryFile});
     EXPECT_EQ(noEntry.code, 4);
     EXPECT_THAT(noEntry.err, HasSubstr("[Warning] Plugin library has no VantelPluginLoad entry point: \"" +
                                        noEntryFile + "\"\n"));
-    EXPECT_EQ(Host(temp, {"types", "--plugin", "./NoSuchPlugin.so"}).code, 4);
+    EXPECT_EQ(Host(temp, {"types", "--plugin", "./NoSuchPlugin" + Vantel::PluginFileExtension()}).code, 4);
 }
 
 TEST(Host, CheckReportsVersionsAndEveryDroppedEntry) {
@@ -294,10 +295,16 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     EXPECT_EQ(Host(temp, {"upgrade", Data("dropped.json"), "lossy.json", "--force"}).code, 0);
     EXPECT_EQ(Host(temp, {"check", "lossy.json"}).code, 0);
 
-    fs::create_symlink(temp.path / "once.json", temp.path / "link.json");
+    // Windows builds of the standard library cannot make symbolic links; there the link is left out.
+    std::error_code linkError;
+    fs::create_symlink(temp.path / "once.json", temp.path / "link.json", linkError);
+    std::vector<std::string> sameFiles = {"once.json", "./once.json",
+                                          "../" + temp.path.filename().string() + "/once.json"};
+    if (!linkError) {
+        sameFiles.push_back("link.json");
+    }
     const std::string original = ReadFile(temp.path / "once.json");
-    for (const std::string& out : std::initializer_list<std::string>{
-             "once.json", "./once.json", "../" + temp.path.filename().string() + "/once.json", "link.json"}) {
+    for (const std::string& out : sameFiles) {
         SCOPED_TRACE(out);
         const Result same = Host(temp, {"upgrade", "once.json", out, "--plugin", kTestPlugin});
         EXPECT_EQ(same.code, 2);
@@ -305,7 +312,8 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
                   "vantel: OUT is the same file as IN (once.json); give --force to write over it\n");
     }
     EXPECT_EQ(ReadFile(temp.path / "once.json"), original);
-    EXPECT_EQ(Host(temp, {"upgrade", "once.json", "link.json", "--force", "--plugin", kTestPlugin}).code, 0);
+    EXPECT_EQ(Host(temp, {"upgrade", "once.json", sameFiles.back(), "--force", "--plugin", kTestPlugin}).code,
+              0);
     EXPECT_EQ(ReadFile(temp.path / "once.json"), original);
 
     // Every operator that is outdated runs in the first frame (an empty graph never is), none after.
@@ -327,18 +335,20 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     // A copy of the host with the core and a library that is no plug-in beside it shows it.
     const fs::path copy = temp.path / "host";
     fs::create_directory(copy);
+    const std::string core =
+        Vantel::PluginFileNames("VantelCore").front().string();  // and its versioned names
     for (const fs::directory_entry& entry : fs::directory_iterator(kHost.parent_path())) {
-        if (entry.path().filename().string().starts_with("libVantelCore.so")) {
+        if (entry.path().filename().string().starts_with(core)) {
             fs::copy(entry.path(), copy / entry.path().filename(), fs::copy_options::copy_symlinks);
         }
     }
-    fs::copy_file(kHost, copy / "vantel");
-    fs::copy_file(kTestPlugins / "libVantelNoEntryPlugin.so", copy / "libVantelNoEntryPlugin.so");
-    const Result skipped = Host(temp, {"run", "core.json", "--frames", "2"}, copy / "vantel");
+    fs::copy_file(kHost, copy / kHost.filename());
+    const fs::path noEntry = TestPluginFile("VantelNoEntryPlugin");
+    fs::copy_file(noEntry, copy / noEntry.filename());
+    const Result skipped = Host(temp, {"run", "core.json", "--frames", "2"}, copy / kHost.filename());
     EXPECT_EQ(skipped.code, 0);
-    EXPECT_THAT(
-        skipped.err,
-        HasSubstr("vantel: warning: skipped libVantelNoEntryPlugin.so: it does not load as a plug-in\n"));
+    EXPECT_THAT(skipped.err, HasSubstr("vantel: warning: skipped " + noEntry.filename().string() +
+                                       ": it does not load as a plug-in\n"));
 }
 
 // A build with the tests shows its users what a build without them does: the test plug-ins lie in a folder of
@@ -347,8 +357,10 @@ TEST(Host, DefaultLoadingBesideTheHostFindsNoTestPlugin) {
     const TempFolder temp;
     const Result types = Host(temp, {"types"});
     EXPECT_EQ(types.code, 0);
-    EXPECT_THAT(types.err, HasSubstr("[Info] Loading plugin: " +
-                                     (kHost.parent_path() / "libVantelStandard.so").string() + "\n"));
+    EXPECT_THAT(
+        types.err,
+        HasSubstr("[Info] Loading plugin: " +
+                  (kHost.parent_path() / Vantel::PluginFileNames("VantelStandard").front()).string() + "\n"));
     EXPECT_EQ(types.err.find("[Warning]"), std::string::npos) << types.err;
     EXPECT_EQ(types.err.find("vantel: warning"), std::string::npos) << types.err;
     EXPECT_THAT(types.out, HasSubstr("  Standard.Math.Counter "));

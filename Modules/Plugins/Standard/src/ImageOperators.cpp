@@ -10,6 +10,7 @@
 
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Support/Logging.h>
+#include <Vantel/Support/Utf8Paths.h>
 
 #include "ImageFilters.h"
 
@@ -19,6 +20,7 @@ using Vantel::Image;
 using Vantel::ImageFormat;
 using Vantel::LogWarning;
 using Vantel::ObjectType;
+using Vantel::PathFromUtf8;
 
 namespace {
 
@@ -73,8 +75,9 @@ void LoadImageOperator::Execute(Vantel::ExecutionContext&) {
         decoded = Image::LoadFromFile(path);
         if (!decoded.IsValid()) {
             std::error_code error;
-            problem = std::filesystem::exists(path, error) ? "the file is not an image that can be decoded."
-                                                           : "the file does not exist.";
+            problem = std::filesystem::exists(PathFromUtf8(path), error)
+                          ? "the file is not an image that can be decoded."
+                          : "the file does not exist.";
         }
     } catch (const std::filesystem::filesystem_error& error) {
         problem = error.what();
@@ -113,7 +116,7 @@ void SaveImageOperator::Execute(Vantel::ExecutionContext&) {
         LogWarning(failed + "the image cannot be encoded in that format.");
         return;
     }
-    std::ofstream stream(path, std::ios::binary | std::ios::trunc);
+    std::ofstream stream(PathFromUtf8(path), std::ios::binary | std::ios::trunc);
     if (stream) {
         stream.write(reinterpret_cast<const char*>(encoded.data()),
                      static_cast<std::streamsize>(encoded.size()));

@@ -16,6 +16,7 @@
 #include <Vantel/Execution/Runner.h>
 #include <Vantel/Execution/Tasks.h>
 #include <Vantel/Objects/ObjectType.h>
+#include <Vantel/Objects/PluginFiles.h>
 #include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
@@ -119,7 +120,7 @@ void Write(const Image& image, const std::string& path) {
 
 TEST(StandardPlugin, RegistersItsDocumentedTypesAndTheImageImporter) {
     // Every doc passed its checks: loading logs nothing but the loading itself.
-    const fs::path plugin = fs::read_symlink("/proc/self/exe").parent_path() / "libVantelStandard.so";
+    const fs::path plugin = GetPluginFolder() / PluginFileNames("VantelStandard").front();
     EXPECT_EQ(loadLog, "[Info] Loading plugin: " + plugin.string() + "\n");
 
     TypeLibrary& library = *TypeLibrary::Get();

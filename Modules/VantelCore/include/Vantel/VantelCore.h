@@ -93,3 +93,4 @@
 #include <Vantel/Support/Resources.h>
 #include <Vantel/Support/StatusEvent.h>
 #include <Vantel/Support/Terminal.h>
+#include <Vantel/Support/Utf8Paths.h>

@@ -1,6 +1,7 @@
 #include <Vantel/Execution/Tasks.h>
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -14,6 +15,8 @@
 #include <vector>
 
 #include <Vantel/Support/Logging.h>
+
+#include "Platform/Threads.h"
 
 namespace Vantel {
 namespace {
@@ -181,12 +184,37 @@ void ShutDown(std::shared_ptr<Instance> instance) {
     instance->secondary.Stop();
 }
 
+// A lock that is constant-initialised on every platform (std::mutex is not where threads come from a POSIX
+// layer over Win32). It guards a few pointer moves, so a waiter yields rather than sleeps: an atomic wait is
+// no better, since without a futex it may lose its wake-up.
+class ConstantLock {
+public:
+    void lock() {
+        while (flag.test_and_set(std::memory_order_acquire)) {
+            std::this_thread::yield();
+        }
+    }
+    void unlock() { flag.clear(std::memory_order_release); }
+
+private:
+    std::atomic_flag flag;
+};
+
 // The one instance, reached only through GetInstance and Take. Shared ownership so that a caller that got the
 // instance just before Shutdown took it can finish its call; the pools are stopped by then, so its task is
 // dropped.
 class Global {
 public:
-    ~Global() { ShutDown(Take()); }  // for a host that never called Tasks::Shutdown
+    // For a host that never called Tasks::Shutdown.
+    ~Global() {
+        std::shared_ptr<Instance> instance = Take();
+        if (!Platform::ThreadsOutliveStatics()) {
+            // The pools' threads are gone already, and stopping a pool would wait for them: it is left as is.
+            new std::shared_ptr<Instance>(std::move(instance));
+            return;
+        }
+        ShutDown(std::move(instance));
+    }
 
     std::shared_ptr<Instance> GetInstance() {
         std::lock_guard lock(mutex);
@@ -203,7 +231,7 @@ public:
     }
 
 private:
-    std::mutex mutex;
+    ConstantLock mutex;
     std::shared_ptr<Instance> instance;
     bool shutDown = false;
 };

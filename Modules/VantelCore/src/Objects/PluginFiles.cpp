@@ -22,6 +22,14 @@ std::filesystem::path GetPluginFolder() {
     return Platform::GetExecutableFolder();
 }
 
+std::string PluginFileExtension() {
+    return std::string(Platform::SharedLibraryExtension());
+}
+
+std::vector<std::filesystem::path> PluginFileNames(const std::string& name) {
+    return Platform::PluginFileNames(name);
+}
+
 std::vector<std::filesystem::path> FindPluginFiles() {
     std::vector<std::filesystem::path> files;
     const std::filesystem::path folder = GetPluginFolder();

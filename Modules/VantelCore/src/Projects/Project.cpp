@@ -12,6 +12,7 @@
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Support/Logging.h>
+#include <Vantel/Support/Utf8Paths.h>
 
 #include "Projects/DeserializationSupport.h"
 #include "Projects/FileReplacement.h"
@@ -74,16 +75,17 @@ void Project::Serialize(const std::string& path) const {
     // The whole text is made before anything is written (text that is not valid UTF-8 throws here), and it
     // replaces the old file only once it is completely on disk: a failed save never costs the last good one.
     const std::string text = Serialization::SerializeProjectText(*this);
-    if (!Detail::ReplaceFile(path, text)) {
+    if (!Detail::ReplaceFile(PathFromUtf8(path), text)) {
         LogError("Project::Serialize: failed to write project to: " + path);
     }
 }
 
 bool Project::Deserialize(const std::string& path) {
     std::error_code error;
-    const bool exists = std::filesystem::exists(path, error);
+    const std::filesystem::path file = PathFromUtf8(path);
+    const bool exists = std::filesystem::exists(file, error);
     if (error) {
-        throw std::filesystem::filesystem_error("exists", path, error);
+        throw std::filesystem::filesystem_error("exists", file, error);
     }
     if (!exists) {
         LogError("Project::Deserialize: file does not exist: " + path);
@@ -91,8 +93,8 @@ bool Project::Deserialize(const std::string& path) {
     }
     nlohmann::json document;
     {
-        std::ifstream file(path);
-        document = nlohmann::json::parse(file, nullptr, true, false);
+        std::ifstream stream(file);
+        document = nlohmann::json::parse(stream, nullptr, true, false);
     }
     implementation->fileVersion = Deserialization::ReadProjectFileVersion(document);
     std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);

@@ -9,6 +9,8 @@
 #include <stb_image.h>
 #include <stb_image_write.h>
 
+#include <Vantel/Support/Utf8Paths.h>
+
 namespace Vantel {
 namespace {
 
@@ -102,18 +104,19 @@ Image& Image::operator=(Image&& other) noexcept = default;
 Image::~Image() = default;
 
 Image Image::LoadFromFile(const std::string& path) {
-    if (!std::filesystem::exists(std::filesystem::path(path))) {
+    const std::filesystem::path file = PathFromUtf8(path);
+    if (!std::filesystem::exists(file)) {
         return Image();
     }
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) {
         return Image();
     }
     const stbi_io_callbacks callbacks{&ReadFromStream, &SkipInStream, &IsStreamAtEnd};
     int width = 0;
     int height = 0;
     int channelCount = 0;
-    stbi_uc* decoded = stbi_load_from_callbacks(&callbacks, &file, &width, &height, &channelCount, 0);
+    stbi_uc* decoded = stbi_load_from_callbacks(&callbacks, &stream, &width, &height, &channelCount, 0);
     return FromDecoded(decoded, width, height, channelCount);
 }
 

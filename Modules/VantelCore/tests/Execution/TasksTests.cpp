@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <latch>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -21,6 +20,7 @@
 namespace Vantel {
 namespace {
 
+using Testing::Gate;
 using Testing::LogCapture;
 using Testing::Signals;
 using ThreadIds = std::set<std::thread::id>;
@@ -31,13 +31,13 @@ using Strings = std::vector<std::string>;
 ThreadIds RunTasks(Tasks::Kind kind, unsigned count, bool together) {
     struct Shared {
         Signals started;
-        std::latch release{1};
+        Gate release;
         std::mutex mutex;
         ThreadIds threads;
     };
     auto shared = std::make_shared<Shared>();
     if (!together) {
-        shared->release.count_down();
+        shared->release.Open();
     }
     for (unsigned i = 0; i < count; ++i) {
         Tasks::RunInBackground(kind, [shared] {
@@ -46,12 +46,12 @@ ThreadIds RunTasks(Tasks::Kind kind, unsigned count, bool together) {
                 shared->threads.insert(std::this_thread::get_id());
             }
             shared->started.Send();
-            shared->release.wait();
+            shared->release.Wait();
         });
     }
     EXPECT_TRUE(shared->started.Await(count));
     if (together) {
-        shared->release.count_down();
+        shared->release.Open();
     }
     std::lock_guard lock(shared->mutex);
     return shared->threads;
@@ -171,14 +171,14 @@ TEST(Tasks, ABackgroundFailureBecomesAWarningOnTheMainThread) {
 TEST(Tasks, WaitForBackgroundTasksOutlastsChainsAcrossPoolsAndFailures) {
     Tasks::ProcessMainThreadTasks();  // whatever earlier tests left behind
     struct Shared {
-        std::latch release{1};
+        Gate release;
         std::atomic<int> finished{0};
     };
     auto shared = std::make_shared<Shared>();
     // A chain general -> secondary -> general, held at its start until the main thread is (most likely)
     // waiting; the main thread must not return before the chain's last link.
     Tasks::RunInBackground(Tasks::Kind::General, [shared] {
-        shared->release.wait();
+        shared->release.Wait();
         Tasks::RunInBackground(Tasks::Kind::Secondary, [shared] {
             Tasks::RunInBackground(Tasks::Kind::General, [shared] {
                 ++shared->finished;
@@ -189,7 +189,7 @@ TEST(Tasks, WaitForBackgroundTasksOutlastsChainsAcrossPoolsAndFailures) {
     });
     std::jthread releaser([shared] {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));  // only gives a broken wait time to show
-        shared->release.count_down();
+        shared->release.Open();
     });
     Tasks::WaitForBackgroundTasks();
     EXPECT_EQ(shared->finished, 1);

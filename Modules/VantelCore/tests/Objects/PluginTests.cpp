@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -38,6 +39,16 @@ using Names = std::vector<std::string>;
 const Names kTestPluginTypes = {"TestPlugin.SampleInput", "TestPlugin.SampleOutput",
                                 "TestPlugin.FactorParameter", "TestPlugin.Math.Scale"};
 const std::string kUnloadTrace = "[Info] VantelTestPlugin: unload entry called\n";
+
+// The platform's library extension in capitals (".SO") and in mixed case (".So"), which is refused.
+std::string Capitals(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
+    return text;
+}
+std::string MixedCase(std::string extension) {
+    extension[1] = static_cast<char>(std::toupper(static_cast<unsigned char>(extension[1])));
+    return extension;
+}
 
 std::string Loading(const fs::path& path) {
     return "[Info] Loading plugin: " + path.string() + "\n";
@@ -263,7 +274,8 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
     TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
     const fs::path noEntry = TestPluginFile("VantelNoEntryPlugin");
-    const fs::path folder = temp.path / "folder.so";
+    const std::string extension = PluginFileExtension();
+    const fs::path folder = temp.path / ("folder" + extension);
     fs::create_directory(folder);
     const auto refused = [](const fs::path& path, const std::string& problem) {
         return Loading(path) + problem + "\n[Warning] Failed to load plugin: \"" + path.string() + "\"\n";
@@ -281,11 +293,13 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
         {noEntry, "VantelNoEntryPlugin",
          Loading(noEntry) + "[Warning] Plugin library has no VantelPluginLoad entry point: \"" +
              noEntry.string() + "\"\n"},
-        {temp.CopyTestPlugin("x.So"), "x",
-         refused(temp.path / "x.So", "[Error] Shared library must have .so or .SO file extension")},
+        {temp.CopyTestPlugin("x" + MixedCase(extension)), "x",
+         refused(temp.path / ("x" + MixedCase(extension)), "[Error] Shared library must have " + extension +
+                                                               " or " + Capitals(extension) +
+                                                               " file extension")},
         {folder, "folder", refused(folder, "[Error] Path of given shared library is not a regular file.")},
-        {temp.path / "missing.so", "missing",
-         refused(temp.path / "missing.so", "[Error] Failed to resolve path of shared library.")},
+        {temp.path / ("missing" + extension), "missing",
+         refused(temp.path / ("missing" + extension), "[Error] Failed to resolve path of shared library.")},
     };
     const std::size_t typeCount = library.GetTypes().size();
     for (const Row& row : rows) {
@@ -304,23 +318,39 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
 TEST(Plugin, NameComesFromTheFileOrTheCaller) {
     TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
-    for (const auto& [file, name] : {std::pair{temp.CopyTestPlugin("lib.so"), "lib"},  // nothing after "lib"
-                                     std::pair{temp.CopyTestPlugin("libX.SO"), "X"}}) {
+    const std::string extension = PluginFileExtension();
+    for (const auto& [file, name] :
+         {std::pair{temp.CopyTestPlugin("lib" + extension), "lib"},  // nothing after
+          std::pair{temp.CopyTestPlugin("libX" + Capitals(extension)), "X"}}) {
         SCOPED_TRACE(name);
         LogCapture log;
         ASSERT_TRUE(library.LoadPluginFromFile(file));
         library.UnloadPlugin(name);
         EXPECT_EQ(log.Text(), Loading(file) + "[Info] Unloading plugin: " + name + "\n" + kUnloadTrace);
     }
-    // Only the standard plug-in lies beside this executable. "liblibVantelStandard.so" does not exist there;
-    // "<name>.so" is looked for next, and the plug-in keeps the name it was asked for.
-    LogCapture log;
-    ASSERT_TRUE(library.LoadPlugin("libVantelStandard"));
-    EXPECT_NE(library.GetType("Standard.Math.Counter"), nullptr);
-    library.UnloadPlugin("libVantelStandard");
-    EXPECT_EQ(log.Text(), Loading(GetPluginFolder() / "libVantelStandard.so") +
-                              "[Info] Unloading plugin: libVantelStandard\n");
-    EXPECT_EQ(library.GetType("Standard.Math.Counter"), nullptr);
+    // Only the standard plug-in lies beside this executable. LoadPlugin takes the first of the platform's
+    // file names that is there (on Linux "liblibVantelStandard.so" is not, "libVantelStandard.so" is), and
+    // the plug-in keeps the name it was asked for.
+    for (const std::string name : {"VantelStandard", "libVantelStandard"}) {
+        SCOPED_TRACE(name);
+        std::vector<fs::path> files = PluginFileNames(name);
+        const auto found = std::find_if(files.begin(), files.end(), [](const fs::path& file) {
+            return fs::exists(GetPluginFolder() / file);
+        });
+        LogCapture log;
+        if (found == files.end()) {
+            EXPECT_FALSE(library.LoadPlugin(name.c_str()));
+            EXPECT_EQ(log.Text(), "[Warning] Could not find a plugin library for \"" + name +
+                                      "\" in any of the expected locations.\n");
+            continue;
+        }
+        ASSERT_TRUE(library.LoadPlugin(name.c_str()));
+        EXPECT_NE(library.GetType("Standard.Math.Counter"), nullptr);
+        library.UnloadPlugin(name.c_str());
+        EXPECT_EQ(log.Text(),
+                  Loading(GetPluginFolder() / *found) + "[Info] Unloading plugin: " + name + "\n");
+        EXPECT_EQ(library.GetType("Standard.Math.Counter"), nullptr);
+    }
 }
 
 // A host that exits without unloading its plug-ins must exit cleanly (the sanitizers fail the exit

@@ -10,13 +10,13 @@
 namespace Vantel::Testing {
 
 // The folder the build puts the test plug-ins in (not the executable's, so LoadPlugin(name) does not find
-// them).
+// them), with the platform's separators, as the library writes paths it joined itself.
 inline std::filesystem::path TestPluginFolder() {
-    return VANTEL_TEST_PLUGIN_FOLDER;
+    return std::filesystem::path(VANTEL_TEST_PLUGIN_FOLDER).make_preferred();
 }
 
-// The library file of the test plug-in `name`: "libVantelTestPlugin.so" here, "VantelTestPlugin.dll" on
-// Windows.
+// The library file of the test plug-in `name`: "libVantelTestPlugin.so" on Linux, "VantelTestPlugin.dll"
+// on Windows.
 inline std::filesystem::path TestPluginFile(const std::string& name) {
     return TestPluginFolder() / (VANTEL_SHARED_LIBRARY_PREFIX + name + VANTEL_SHARED_LIBRARY_SUFFIX);
 }

@@ -38,7 +38,9 @@ struct InputHandlers {
 class VANTEL_API DataInputList : public Object {
 public:
     class Implementation;
-    static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+    // An enumerator rather than a static member: MinGW's g++ leaves an inline member of an exported class out
+    // of the DLL, so a caller that binds it to a reference (as EXPECT_EQ does) would fail to link.
+    enum : std::size_t { npos = static_cast<std::size_t>(-1) };
 
     // Registers the list as an input slot of `op` when `op` is not null. `inputType` must derive from
     // DataInput: it is the type of the inputs the list creates.

@@ -23,7 +23,9 @@ class ParameterGroup;
 // through its groups to the operator. Destroying a node detaches it from its parent first. Main thread only.
 class VANTEL_API ParameterNode : public Object {
 public:
-    static constexpr std::size_t npos = static_cast<std::size_t>(-1);
+    // An enumerator rather than a static member: MinGW's g++ leaves an inline member of an exported class out
+    // of the DLL, so a caller that binds it to a reference (as EXPECT_EQ does) would fail to link.
+    enum : std::size_t { npos = static_cast<std::size_t>(-1) };
 
     ParameterNode();
     ~ParameterNode() override;

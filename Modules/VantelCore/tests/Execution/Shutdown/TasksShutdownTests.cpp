@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <latch>
 #include <memory>
 #include <thread>
 
@@ -14,6 +13,7 @@
 namespace Vantel {
 namespace {
 
+using Testing::Gate;
 using Testing::Signals;
 
 // Signals when the task holding it is destroyed, whether it ran or not.
@@ -28,11 +28,11 @@ TEST(TasksShutdown, DropsWhatWaitsFinishesWhatRunsAndRefusesEverythingAfter) {
     auto started = std::make_shared<Signals>();
     auto finished = std::make_shared<std::atomic<unsigned>>(0);
     // Occupies every thread of a pool until its gate opens.
-    const auto occupy = [&](Tasks::Kind kind, unsigned count, std::shared_ptr<std::latch> gate) {
+    const auto occupy = [&](Tasks::Kind kind, unsigned count, std::shared_ptr<Gate> gate) {
         for (unsigned i = 0; i < count; ++i) {
             Tasks::RunInBackground(kind, [=] {
                 started->Send();
-                gate->wait();
+                gate->Wait();
                 // Shutdown is under way by now, so what this posts is dropped.
                 Tasks::RunInBackground(Tasks::Kind::General, [mustNotRun] { ++*mustNotRun; });
                 Tasks::RunOnMainThread([mustNotRun] { ++*mustNotRun; });
@@ -40,8 +40,8 @@ TEST(TasksShutdown, DropsWhatWaitsFinishesWhatRunsAndRefusesEverythingAfter) {
             });
         }
     };
-    auto generalGate = std::make_shared<std::latch>(1);
-    auto secondaryGate = std::make_shared<std::latch>(1);
+    auto generalGate = std::make_shared<Gate>();
+    auto secondaryGate = std::make_shared<Gate>();
     occupy(Tasks::Kind::General, generalThreads, generalGate);
     occupy(Tasks::Kind::Secondary, 2, secondaryGate);
     EXPECT_TRUE(started->Await(generalThreads + 2));
@@ -61,10 +61,10 @@ TEST(TasksShutdown, DropsWhatWaitsFinishesWhatRunsAndRefusesEverythingAfter) {
     // general pool's tasks not been waited for, the secondary queue would go before they finished.
     std::jthread releaser([=] {
         firstDropped->Await(2);
-        generalGate->count_down();
+        generalGate->Open();
         secondaryDropped->Await();
         EXPECT_EQ(finished->load(), generalThreads);
-        secondaryGate->count_down();
+        secondaryGate->Open();
     });
     Tasks::Shutdown();
     EXPECT_EQ(finished->load(), generalThreads + 2);
