@@ -46,6 +46,7 @@ test-windows:
 	cmake --preset windows
 	cmake --build --preset windows
 	ctest --preset windows
+	tools/wine-run.sh --wait
 	cmake --preset dev
 	cmake --build --preset dev --target vantel VantelStandard
 	bash tools/check-windows-outputs.sh
