@@ -209,10 +209,7 @@ void Graph::Implementation::DetachAll() {
     operators.clear();
     constOperators.clear();
     operatorsByKey.clear();
-    ranks.clear();
-    executionOrder.clear();
-    executionStates.clear();
-    ownedOperators.clear();
+    ownedOperators.clear();  // the order and the ranks go with the graph
 }
 
 void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::size_t index) {
@@ -481,10 +478,9 @@ DataInput* Graph::AddDataConnection(DataOutput& output, DataInputList& list) {
     if (input == nullptr) {
         return nullptr;
     }
-    if (!AddDataConnection({&output, input})) {
-        listImplementation.RemoveInput(input);
-        return nullptr;
-    }
+    // A fresh input accepts what its list accepts and is on the list's operator: the checks above hold for
+    // it.
+    AddDataConnection({&output, input});
     return input;
 }
 
