@@ -43,7 +43,7 @@ void SkipInStream(void* user, int count) {
 
 int IsStreamAtEnd(void* user) {
     const std::istream& stream = *static_cast<std::istream*>(user);
-    return stream.eof() || stream.fail() ? 1 : 0;
+    return stream.good() ? 0 : 1;  // at the end, or failed
 }
 
 void AppendEncoded(void* context, void* data, int size) {

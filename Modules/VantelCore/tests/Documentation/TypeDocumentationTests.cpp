@@ -263,6 +263,7 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
         {"Vantel.Operator", "Operator"},
         {"NoDots", "No Dots"},
         {"Example.HTTPGet", "HTTPGet"},
+        {"Example.ReadHTTPGet", "Read HTTPGet"},
     };
     for (const auto& [name, display] : rows) {
         SCOPED_TRACE(name);

@@ -296,7 +296,8 @@ TEST(ParameterGroup, LayoutChangesReachTheOperator) {
     group.SetRowLabel(&mixer.mix, "Both");
     group.SetSeparatorAbove(&mixer.mix, true);
     group.SetRowContinuation(&mixer.mix, false);
-    EXPECT_EQ(changes, 4);
+    EXPECT_TRUE(group.MoveToBack(&mixer.focus));
+    EXPECT_EQ(changes, 5);
 }
 
 // A node of a kind the library does not know detaches itself too.
