@@ -134,7 +134,7 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
         {json::array(), "a request is a JSON object"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
         {{{"type", "removeOperator"}, {"path", "/Nobody"}}, "nothing answers to /Nobody"},
-        {{{"type", "moveOperator"}, {"path", PathOf(mixer)}, {"position", "left"}},
+        {{{"type", "moveOperator"}, {"path", PathOf(mixer)}, {"position", {1, 2, 3}}},
          "'position' must be [x, y]"},
         {{{"type", "addOperator"}, {"operatorType", "Vantel.FloatParameter"}},
          "'Vantel.FloatParameter' is not an operator type that can be made"},
