@@ -114,6 +114,7 @@ TEST(ParameterData, EqualityNeedsTheSameKindThenComparesThatKindsForm) {
     EXPECT_NE(ParameterData(Floats{1}), ParameterData(Ints{1}));
     EXPECT_NE(ParameterData(Floats{1}), ParameterData(Floats{1}, 1, 1));
     EXPECT_NE(ParameterData(Floats{1, 2, 3, 4}, 2, 2), ParameterData(Floats{1, 2, 3, 4}, 4, 1));
+    EXPECT_NE(ParameterData(Floats{1, 2, 3, 4}, 2, 2), ParameterData(Floats{1, 2, 3, 5}, 2, 2));
     EXPECT_NE(ParameterData("1, 2"), ParameterData("1,2"));
     EXPECT_NE(ParameterData("a", 1), ParameterData("a", 2));
     EXPECT_NE(ParameterData(std::string_view()), ParameterData());
