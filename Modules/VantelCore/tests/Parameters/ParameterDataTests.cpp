@@ -97,6 +97,8 @@ TEST(ParameterData, MatrixIsColumnAfterColumnAndChecksOnlyTheFlatIndex) {
     Floats values(16);
     std::iota(values.begin(), values.end(), 1.0);
     const ParameterData m(values, 4, 4);
+    EXPECT_EQ(m.GetColumnCount(), 4);
+    EXPECT_EQ(ParameterData().GetColumnCount(), 0);
     EXPECT_EQ(m.GetFloat(1, 0), 5.0);
     EXPECT_EQ(m.GetFloat(3, 3), 16.0);
     EXPECT_EQ(m.GetFloat(0, 5), 6.0);

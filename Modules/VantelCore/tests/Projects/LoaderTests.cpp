@@ -327,6 +327,10 @@ TEST(Loader, NewerFilesWarnOlderAndDevelopmentFilesLoadSilently) {
     EXPECT_EQ(dev.dev->commit, "abc");
     EXPECT_EQ(dev.dev->commitsAfterRelease, 3);
     EXPECT_FALSE(dev.software.has_value());
+    // An older format is older whatever wrote it.
+    EXPECT_TRUE(Deserialization::ReadProjectFileVersion(
+                    json::parse(R"({"version": {"format": 0, "software": "2641"}})"))
+                    .IsOlderThanThisBuild());
 }
 
 TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
@@ -478,7 +482,8 @@ TEST(Version, ComparesYearThenWeekThenPatch) {
     EXPECT_LT(Version::Parse("2640"), Version::Parse("2640.1"));
     EXPECT_LT(Version::Parse("2552"), Version::Parse("2601"));
     EXPECT_GT(Version::Parse("2641"), BuildInfo::GetReleaseVersion());
-    EXPECT_EQ(BuildInfo::GetDisplayString(), "alpha 2640");  // the rest of the build's identity is in every file
+    EXPECT_EQ(BuildInfo::GetDisplayString(),
+              "alpha 2640");  // the rest of the build's identity is in every file
 }
 
 }  // namespace
