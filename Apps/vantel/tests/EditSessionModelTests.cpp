@@ -111,6 +111,19 @@ TEST_F(EditSessionModel, LinksReplacementListInputsAndPasteAreEdits) {
     auto& copy = dynamic_cast<MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(pasted)));
     EXPECT_EQ(mixer.layers.GetInputCount(), 1u);
     EXPECT_EQ(copy.layers.GetInputCount(), 0u);
+
+    // A clipboard's connections that name an operator it does not hold, or no port, are left out.
+    json foreign = clipboard;
+    const json saved = json::parse(Vantel::Serialization::SerializeProjectText(project));
+    for (const json& connection : saved["root"]["dataConnections"]) {
+        foreign["dataConnections"].push_back(connection);
+    }
+    foreign["dataConnections"].push_back({{"output", 5}, {"input", PathOf(mixer.layers)}});
+    const std::string again = Ok({{"type", "paste"}, {"clipboard", foreign}})["paths"][0];
+    EXPECT_EQ(mixer.layers.GetInputCount(), 1u);
+    EXPECT_EQ(
+        dynamic_cast<MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(again))).layers.GetInputCount(),
+        0u);
 }
 
 // Each refusal names what was wrong and leaves no step in the history.
