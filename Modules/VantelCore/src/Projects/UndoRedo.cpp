@@ -359,13 +359,10 @@ private:
         if (existing == nullptr) {
             return Missing(path);
         }
-        if (existing->GetParent() == nullptr) {
-            return false;
-        }
         if (Rebuilt(path) && dynamic_cast<Parameter*>(existing) != nullptr && !node.contains("type")) {
             return true;
         }
-        return existing->GetParent()->Remove(existing);
+        return existing->GetParent()->Remove(existing);  // found by its path, so it is in a group
     }
 
     bool AddNode(const Path& path, std::uint64_t index, const json& node) const {
