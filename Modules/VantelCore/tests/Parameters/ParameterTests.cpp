@@ -382,6 +382,7 @@ TEST(ParameterBundleList, CreatesRemovesAndMovesWithHandlers) {
     EXPECT_EQ(list.IndexOf(first), 1u);
 
     ParameterBundleList other(&op, "Others", {});
+    EXPECT_FALSE(other.Insert(first, 0));
     EXPECT_FALSE(other.RemoveBundle(first));
     EXPECT_FALSE(list.RemoveBundle(nullptr));
     list.SetBundlesRemovable(false);
