@@ -243,12 +243,8 @@ void Image::SetBitsPerChannel(std::uint32_t bitsPerChannel) {
     State().bitsPerChannel = bitsPerChannel;
 }
 
-void Image::SetPixelData(std::vector<std::uint8_t>&& pixels) {
+void Image::SetPixelData(std::vector<std::uint8_t> pixels) {
     State().pixels = std::make_shared<const Pixels>(std::move(pixels));
-}
-
-void Image::SetPixelData(const std::vector<std::uint8_t>& pixels) {
-    State().pixels = std::make_shared<const Pixels>(pixels);
 }
 
 Image::Implementation& Image::State() {
