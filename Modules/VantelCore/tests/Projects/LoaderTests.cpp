@@ -350,6 +350,13 @@ TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     EXPECT_EQ(static_cast<NumberParameter*>(graph.GetParameterGroup().FindParameter("Only"))->Value(), 2.0);
     EXPECT_TRUE(Deserialization::RestoreOwnStructure(graph, structure, context));
     EXPECT_EQ(Serialization::SerializeOwnStructure(graph), structure);
+
+    // An operator that is no graph takes them as parameters its user added, too.
+    Operator plain;
+    EXPECT_TRUE(Deserialization::RestoreOwnStructure(plain, other, context));
+    const Parameter* only = plain.GetParameterGroup().FindParameter("Only");
+    ASSERT_NE(only, nullptr);
+    EXPECT_TRUE(only->IsAddedByUser());
 }
 
 TEST(ConnectionPaths, EndpointsAreWrittenBelowTheConsumersGraphSortedAndReadBack) {
