@@ -231,6 +231,7 @@ TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
     EXPECT_EQ(doc.code, 0);
     EXPECT_THAT(doc.out, StartsWith("# Scale\n\nScale multiplies each sample"));
     EXPECT_THAT(Host(temp, {"doc", "Vantel.General.Graph"}).out, StartsWith("# Graph\n"));
+    EXPECT_THAT(Host(temp, {"doc", "Vantel.FloatParameter"}).out, StartsWith("# Float\n"));
     const Result unknown = Host(temp, {"doc", "Vantel.Nothing"});
     EXPECT_EQ(unknown.code, 1);
     EXPECT_EQ(unknown.out, "");
