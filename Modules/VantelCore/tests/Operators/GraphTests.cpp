@@ -18,7 +18,6 @@
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
-#include <Vantel/Projects/UndoRedo.h>
 
 #include "Support/LogCapture.h"
 #include "Support/ProjectOperators.h"
@@ -290,44 +289,6 @@ TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     EXPECT_EQ(graph.RemoveOperator(&source), nullptr);
     EXPECT_EQ(graph.GetOperators(), std::vector<Operator*>{&sink});
     EXPECT_EQ(gone, std::vector<Operator*>{&source});  // once, after it was let go
-}
-
-// An editor's "add node": create, name, place, add and connect in one transaction, naming before or after.
-TEST(Graph, AddingANamedOperatorUndoesAndRedoesAsOneStep) {
-    Testing::RegisterProjectTestTypes();
-    for (const bool namedFirst : {true, false}) {
-        SCOPED_TRACE(namedFirst ? "named before adding" : "named after adding");
-        Project project;
-        Graph& root = *project.GetRootGraph();
-        SourceOperator& source = Add<SourceOperator>(root);
-        const auto save = [&project] { return Serialization::SerializeProject(project).dump(4); };
-        const std::string before = save();
-
-        Transaction transaction("Add node");
-        auto made = std::make_unique<AddOperator>();
-        AddOperator& sink = *made;
-        const auto place = [&sink] {
-            sink.SetName("Sink");
-            sink.SetPosition({10.0f, 20.0f});
-        };
-        if (namedFirst) {
-            place();
-        }
-        root.AddOperator(std::move(made));
-        if (!namedFirst) {
-            place();
-        }
-        ASSERT_TRUE(root.AddDataConnection({&source.out, &sink.in}));
-        std::optional<CommittedTransaction> done = transaction.Commit();
-        ASSERT_TRUE(done);
-        const std::string after = save();
-        LogCapture log;
-        EXPECT_TRUE(UndoTransaction(project, *done));
-        EXPECT_EQ(save(), before);
-        EXPECT_TRUE(ApplyTransaction(project, *done));
-        EXPECT_EQ(save(), after);  // the root graph keeps its name and place
-        EXPECT_EQ(log.Text(), "");
-    }
 }
 
 TEST(Graph, UserPortsAndParameters) {
