@@ -290,10 +290,8 @@ private:
         if (input == nullptr) {
             return false;
         }
-        const std::size_t index = static_cast<std::size_t>(record.index);
-        if (index < list.GetInputCount() && list.IndexOf(input) != index) {
-            list.MoveInput(input, index);
-        }
+        list.MoveInput(input,
+                       static_cast<std::size_t>(record.index));  // refused at its place or past the end
         return true;
     }
 
@@ -416,10 +414,8 @@ private:
             Deserialization::Detail::ApplyValue(*parameter, node["value"], context,
                                                 Deserialization::Detail::References::Defer);
         }
-        ParameterGroup& group = *existing.GetParent();
-        if (index < group.GetChildCount() && existing.GetIndex() != index) {
-            group.Move(&existing, index);
-        }
+        existing.GetParent()->Move(&existing,
+                                   index);  // refused, and so nothing, at its place or past the end
         Deserialization::Detail::RebuildStructure(*op);
         context.ResolveReferences();
         return true;
