@@ -209,6 +209,15 @@ TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
     EXPECT_EQ(listed["path"], reference);
     EXPECT_EQ(listed["allowed"], json::array());  // a user reference starts with no filter
     EXPECT_TRUE(listed["referent"].is_null());
+    // An enum lists its choices, each by value and label.
+    const std::string waveform = FindOperator(session, "Standard.Math.Oscillator") + "/Waveform";
+    json options;
+    for (const json& op : graph["operators"]) {
+        for (const json& parameter : op["parameters"]) {
+            options = parameter["path"] == waveform ? parameter["options"] : options;
+        }
+    }
+    EXPECT_EQ(options[3], (json{{"value", "square"}, {"label", "Square"}}));
     EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
               nullptr);
 }
