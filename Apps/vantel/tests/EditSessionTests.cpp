@@ -214,7 +214,7 @@ TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
     json options;
     for (const json& op : graph["operators"]) {
         for (const json& parameter : op["parameters"]) {
-            options = parameter["path"] == waveform ? parameter["options"] : options;
+            options = parameter["path"] == waveform ? parameter.value("options", json()) : options;
         }
     }
     EXPECT_EQ(options[3], (json{{"value", "square"}, {"label", "Square"}}));
