@@ -74,6 +74,8 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     AddOperator& second = Add<AddOperator>(graph);
     Graph other;
     AddOperator& stranger = Add<AddOperator>(other);
+    int changes = 0;
+    const EventSubscription counted = graph.ConnectionsChangedEvent().Subscribe([&changes] { ++changes; });
 
     EXPECT_FALSE(graph.AddDataConnection({&first.out, &first.in}));      // feeds itself
     EXPECT_FALSE(graph.AddDataConnection({&source.out, &stranger.in}));  // another graph
@@ -101,6 +103,9 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     EXPECT_FALSE(first.in.HasData());
     EXPECT_FALSE(first.in.IsConnected());
     EXPECT_TRUE(source.out.GetConnections().empty());
+    ASSERT_TRUE(graph.AddParameterConnection({&source.value, &first.offset, {{0, 0}}}, false));
+    EXPECT_TRUE(graph.RemoveParameterConnection({&source.value, &first.offset}));
+    EXPECT_EQ(changes, 6);  // each connection made or removed, none that was refused
 }
 
 TEST(Graph, ListInputsExistWhileConnected) {
