@@ -95,8 +95,12 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     ASSERT_TRUE(graph.AddDataConnection({&fourth.out, &third.in}));
     EXPECT_FALSE(graph.CanAddDataConnection({&third.out, &fourth.in}, true));
 
-    // A parameter connection closes a cycle just as well.
+    // A parameter connection closes a cycle just as well, and counts for the check against the order too.
     EXPECT_FALSE(graph.AddParameterConnection({&second.result, &source.value, {{0, 0}}}, false));
+    AddOperator& fifth = Add<AddOperator>(graph);
+    AddOperator& sixth = Add<AddOperator>(graph);
+    ASSERT_TRUE(graph.AddParameterConnection({&sixth.result, &fifth.offset, {{0, 0}}}, false));
+    EXPECT_FALSE(graph.CanAddDataConnection({&fifth.out, &sixth.in}, true));
 
     EXPECT_TRUE(graph.RemoveDataConnection({&source.out, &first.in}));
     EXPECT_FALSE(graph.RemoveDataConnection({&source.out, &first.in}));
@@ -105,7 +109,7 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     EXPECT_TRUE(source.out.GetConnections().empty());
     ASSERT_TRUE(graph.AddParameterConnection({&source.value, &first.offset, {{0, 0}}}, false));
     EXPECT_TRUE(graph.RemoveParameterConnection({&source.value, &first.offset}));
-    EXPECT_EQ(changes, 6);  // each connection made or removed, none that was refused
+    EXPECT_EQ(changes, 7);  // each connection made or removed, none that was refused
 }
 
 TEST(Graph, ListInputsExistWhileConnected) {

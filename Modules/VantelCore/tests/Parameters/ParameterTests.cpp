@@ -280,6 +280,11 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
               "[Error] ParameterGroup::MakeRow: all nodes must already be children of this group.\n");
     EXPECT_TRUE(group.GetRow(&stranger).empty());
 
+    // A first child marked as a continuation still starts its row.
+    ParameterNode* front = group.GetChildren().front();
+    group.SetRowContinuation(front, true);
+    EXPECT_EQ(group.GetRow(front).front(), front);
+
     // Removing a node forgets its annotations.
     group.Remove(&c);
     group.Add(&c);
