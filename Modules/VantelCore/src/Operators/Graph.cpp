@@ -445,8 +445,7 @@ bool Graph::RemoveDataConnection(DataConnection connection) {
     Access::GetImplementation(*connection.output)->RemoveConnection(connection);
     EditRecorder::DataConnectionRemoved(connection);
     connection.input->Receive(nullptr);
-    implementation->orderDirty = true;
-    implementation->connectionsChangedEvent.Fire();
+    implementation->connectionsChangedEvent.Fire();  // the order holds with one constraint fewer
     if (DataInputList* list = connection.input->GetList()) {
         DataInputList::Implementation& listImplementation = *Access::GetImplementation(*list);
         if (!listImplementation.KeepsWhenDisconnected(connection.input)) {
@@ -591,8 +590,7 @@ bool Graph::RemoveParameterConnection(ParameterConnectionEndpoints endpoints) {
     Access::GetImplementation(*endpoints.target)->RemoveIncomingConnection(endpoints);
     Access::GetImplementation(*endpoints.source)->RemoveOutgoingConnection(endpoints);
     EditRecorder::ParameterConnectionRemoved(endpoints, links);
-    implementation->orderDirty = true;
-    implementation->connectionsChangedEvent.Fire();
+    implementation->connectionsChangedEvent.Fire();  // the order holds with one constraint fewer
     return true;
 }
 
