@@ -185,7 +185,7 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
         {{{"type", "connectParameter"},
           {"output", PathOf(source.value)},
           {"input", mix},
-          {"links", {{2147483647, 0}}}},
+          {"links", {{2147483647, -2147483647 - 1}}}},
          "the connection is not allowed"},  // a component an int holds goes to the library
         {{{"type", "addUserPort"}, {"graph", PathOf(nested)}, {"direction", "across"}},
          "'direction' must be \"input\" or \"output\""},

@@ -163,7 +163,7 @@ TEST(TypeDocumentation, GoodDocFillsTheRecordAndKeepsTheWholeBody) {
         "        parameters:\r\n"
         "          Opacity: {type: Float, description: How much shows.}\r\n"
         "      Text: {parameters: {}}\r\n"
-        "---\r\n"
+        "--- \t\r\n"  // a marker may end in blanks
         "# Blend\n\n---\nA rule above.\n";
     LogCapture log;
     const OperatorInfo info = ParseOperatorDoc(&graphType, "Docs/Operators/Compositing/Graph.md", text);
