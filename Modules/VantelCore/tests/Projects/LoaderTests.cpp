@@ -489,8 +489,9 @@ TEST(Version, ComparesYearThenWeekThenPatch) {
     EXPECT_LT(Version::Parse("2640"), Version::Parse("2640.1"));
     EXPECT_LT(Version::Parse("2552"), Version::Parse("2601"));
     EXPECT_GT(Version::Parse("2641"), BuildInfo::GetReleaseVersion());
-    EXPECT_EQ(BuildInfo::GetDisplayString(),
-              "alpha 2640");  // the rest of the build's identity is in every file
+    // The release's version is in every file; a release is built from its commit unchanged.
+    EXPECT_EQ(BuildInfo::GetDisplayString(), "alpha 2640");
+    EXPECT_FALSE(BuildInfo::IsModified());
 }
 
 }  // namespace
