@@ -261,20 +261,23 @@ TEST(Loader, ValuesOfMembersThatAStructuralValueCreatesAreRestored) {
                                                                R"(}, {"key": "Order", "value": "sideways"},
             {"key": "Steps", "bundles": [
                 {"key": "A", "kind": "Step", "parameters": [{"key": "Gain", "value": 0.5}]},
-                {"key": "B", "kind": "Step"}]}]}]}})"));
+                {"key": "B", "kind": "Step"}, {"key": "C", "kind": "Step"}]}]}]}})"));
     };
     using Kind = DroppedEntry::Kind;
     const std::string order = "EnumParameter '/Order': 'sideways' is not one of the choices.";
     LogCapture log;
     const std::unique_ptr<Project> project = load("1");
     ASSERT_NE(project, nullptr);
-    const std::string refused =
-        "CreateBundles: bundle list 'Steps' in operator 'Staged' refused bundle 'B' of kind 'Step', it is "
-        "dropped.";
-    EXPECT_EQ(log.Text(), "[Warning] " + order + "\n[Error] " + refused + "\n");
+    const auto refused = [](const std::string& key) {
+        return "CreateBundles: bundle list 'Steps' in operator 'Staged' refused bundle '" + key +
+               "' of kind 'Step', it is dropped.";
+    };
+    EXPECT_EQ(log.Text(),
+              "[Warning] " + order + "\n[Error] " + refused("B") + "\n[Error] " + refused("C") + "\n");
     EXPECT_EQ(project->GetDroppedEntries(),
               (std::vector<DroppedEntry>{{Kind::ParameterValue, "/Staged", "Order", order},
-                                         {Kind::Bundle, "/Staged/Steps", "B", refused}}));
+                                         {Kind::Bundle, "/Staged/Steps", "B", refused("B")},
+                                         {Kind::Bundle, "/Staged/Steps", "C", refused("C")}}));
     const auto* staged = dynamic_cast<StagedOperator*>(project->GetRootGraph()->GetOperators().at(0));
     ASSERT_NE(staged->steps, nullptr);
     ASSERT_EQ(staged->steps->GetBundles().size(), 1u);
