@@ -224,11 +224,13 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
     mixer.mix.SetParameterFlag(Vantel::ParameterFlag::Structural, true);
     mixer.GetParameterGroup().MakeRow({&mixer.focus, &mixer.mix}, "Pair");
     mixer.GetParameterGroup().SetSeparatorAbove(&mixer.focus, true);
+    mixer.SetPosition({1.5f, -2.0f});
     Vantel::DataInput* layer = nested.AddDataConnection(source.out, mixer.layers);
     std::vector<json> updates;
     session.SetPublisher([&updates](const json& update) { updates.push_back(update); });
 
     const json described = Ok({{"type", "getGraph"}, {"path", PathOf(nested)}})["operators"][1];
+    EXPECT_EQ(described["position"], json::array({1.5, -2.0}));
     const json& focus = described["parameters"][1];
     const json& mix = described["parameters"][2];
     EXPECT_EQ(mix["name"], "Mix");
