@@ -225,6 +225,7 @@ TEST(DataInputList, InputsAreNumberedInOrderAndKeepTheirKeys) {
     EXPECT_FALSE(list.MoveInput(a, 2));
     EXPECT_TRUE(list.MoveInput(a, 1));
     EXPECT_EQ(list.IndexOf(a), 1u);
+    EXPECT_EQ(op.GetAllDataInputs(), (std::vector<DataInput*>{c, a}));  // the operator's view follows
     EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2"}));
     EXPECT_EQ(a->GetName(), "Input 2");
     EXPECT_TRUE(transaction.GetRecords().empty());  // the operator is in no graph
