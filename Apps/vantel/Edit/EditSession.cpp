@@ -123,11 +123,9 @@ bool Flag(const json& request, const char* name) {
 
 // An int that a component number can be; a larger one would wrap round to another component.
 bool IsComponent(const json& value) {
-    return value.is_number_integer() &&
-           value.get<std::int64_t>() >= std::numeric_limits<std::int32_t>::min() &&
-           (value.is_number_unsigned()
-                ? value.get<std::uint64_t>() <= std::numeric_limits<std::int32_t>::max()
-                : value.get<std::int64_t>() <= std::numeric_limits<std::int32_t>::max());
+    // As a double, signed and unsigned numbers compare alike, and both ends of an int are exact.
+    return value.is_number_integer() && value.get<double>() >= std::numeric_limits<std::int32_t>::min() &&
+           value.get<double>() <= std::numeric_limits<std::int32_t>::max();
 }
 
 glm::vec2 Position(const json& value) {

@@ -111,6 +111,19 @@ TEST_F(EditSessionModel, LinksReplacementListInputsAndPasteAreEdits) {
     auto& copy = dynamic_cast<MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(pasted)));
     EXPECT_EQ(mixer.layers.GetInputCount(), 1u);
     EXPECT_EQ(copy.layers.GetInputCount(), 0u);
+
+    // A clipboard's connections that name an operator it does not hold, or no port, are left out.
+    json foreign = clipboard;
+    const json saved = json::parse(Vantel::Serialization::SerializeProjectText(project));
+    for (const json& connection : saved["root"]["dataConnections"]) {
+        foreign["dataConnections"].push_back(connection);
+    }
+    foreign["dataConnections"].push_back({{"output", 5}, {"input", PathOf(mixer.layers)}});
+    const std::string again = Ok({{"type", "paste"}, {"clipboard", foreign}})["paths"][0];
+    EXPECT_EQ(mixer.layers.GetInputCount(), 1u);
+    EXPECT_EQ(
+        dynamic_cast<MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(again))).layers.GetInputCount(),
+        0u);
 }
 
 // Each refusal names what was wrong and leaves no step in the history.
@@ -134,7 +147,7 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
         {json::array(), "a request is a JSON object"},
         {{{"type", "flyAway"}}, "unknown request type 'flyAway'"},
         {{{"type", "removeOperator"}, {"path", "/Nobody"}}, "nothing answers to /Nobody"},
-        {{{"type", "moveOperator"}, {"path", PathOf(mixer)}, {"position", "left"}},
+        {{{"type", "moveOperator"}, {"path", PathOf(mixer)}, {"position", {1, 2, 3}}},
          "'position' must be [x, y]"},
         {{{"type", "addOperator"}, {"operatorType", "Vantel.FloatParameter"}},
          "'Vantel.FloatParameter' is not an operator type that can be made"},
@@ -172,7 +185,7 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
         {{{"type", "connectParameter"},
           {"output", PathOf(source.value)},
           {"input", mix},
-          {"links", {{2147483647, 0}}}},
+          {"links", {{2147483647, -2147483647 - 1}}}},
          "the connection is not allowed"},  // a component an int holds goes to the library
         {{{"type", "addUserPort"}, {"graph", PathOf(nested)}, {"direction", "across"}},
          "'direction' must be \"input\" or \"output\""},
@@ -211,11 +224,13 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
     mixer.mix.SetParameterFlag(Vantel::ParameterFlag::Structural, true);
     mixer.GetParameterGroup().MakeRow({&mixer.focus, &mixer.mix}, "Pair");
     mixer.GetParameterGroup().SetSeparatorAbove(&mixer.focus, true);
+    mixer.SetPosition({1.5f, -2.0f});
     Vantel::DataInput* layer = nested.AddDataConnection(source.out, mixer.layers);
     std::vector<json> updates;
     session.SetPublisher([&updates](const json& update) { updates.push_back(update); });
 
     const json described = Ok({{"type", "getGraph"}, {"path", PathOf(nested)}})["operators"][1];
+    EXPECT_EQ(described["position"], json::array({1.5, -2.0}));
     const json& focus = described["parameters"][1];
     const json& mix = described["parameters"][2];
     EXPECT_EQ(mix["name"], "Mix");

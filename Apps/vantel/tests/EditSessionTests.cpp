@@ -209,6 +209,15 @@ TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
     EXPECT_EQ(listed["path"], reference);
     EXPECT_EQ(listed["allowed"], json::array());  // a user reference starts with no filter
     EXPECT_TRUE(listed["referent"].is_null());
+    // An enum lists its choices, each by value and label.
+    const std::string waveform = FindOperator(session, "Standard.Math.Oscillator") + "/Waveform";
+    json options;
+    for (const json& op : graph["operators"]) {
+        for (const json& parameter : op["parameters"]) {
+            options = parameter["path"] == waveform ? parameter.value("options", json()) : options;
+        }
+    }
+    EXPECT_EQ(options[3], (json{{"value", "square"}, {"label", "Square"}}));
     EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
               nullptr);
 }
@@ -283,17 +292,26 @@ TEST_F(EditSession, RunStateAndLogLinesArePushed) {
     EditProcess session(kHost, project);
     EventReader events(session.GetPort(), session.GetToken());
     EXPECT_EQ(session.Request({{"type", "step"}})["error"], "step while paused");
+    // Each change of the run state is pushed as it is replied.
+    const auto pushed = [&events](json state) {
+        state["event"] = "state";
+        return !events.WaitFor([&state](const json& event) { return event == state; }, 5.0).is_null();
+    };
     const json paused = Ok(session, {{"type", "pause"}});
     EXPECT_EQ(paused["running"], false);
-    EXPECT_FALSE(
-        events.WaitFor([](const json& event) { return event["event"] == "state" && !event["running"]; }, 5.0)
-            .is_null());
+    EXPECT_TRUE(pushed(paused));
     const json stepped = Ok(session, {{"type", "step"}});
     EXPECT_EQ(stepped["frame"], paused["frame"].get<unsigned long long>() + 1);
+    EXPECT_TRUE(pushed(stepped));
 
     const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
     Ok(session, {{"type", "setValue"}, {"path", loader + "/File"}, {"value", "missing.png"}});
     Ok(session, {{"type", "run"}});
+    EXPECT_TRUE(pushed({{"running", true},
+                        {"frame", stepped["frame"]},
+                        {"time", stepped["time"]},
+                        {"canUndo", true},
+                        {"canRedo", false}}));
     const json line = events.WaitFor(
         [](const json& event) {
             return event["event"] == "log" &&

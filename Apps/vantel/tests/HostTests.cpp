@@ -109,6 +109,8 @@ TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
         {{"edit", "a.json", "--port", "0"}, "--port needs a port number from 1 to 65535, not '0'"},
         {{"edit", "a.json", "--port=65536"}, "--port needs a port number from 1 to 65535, not '65536'"},
         {{"edit", "a.json", "--port=80x"}, "--port needs a port number from 1 to 65535, not '80x'"},
+        {{"edit", "a.json", "--port=1", "--port=65535", "--frames=2"},
+         "unknown option '--frames' for 'edit'"},
         {{"check", "a.json", "--save", "b.json"}, "unknown option '--save' for 'check'"},
         {{"run", "a.json", "--force"}, "unknown option '--force' for 'run'"},
     };
@@ -232,6 +234,7 @@ TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
     EXPECT_EQ(doc.code, 0);
     EXPECT_THAT(doc.out, StartsWith("# Scale\n\nScale multiplies each sample"));
     EXPECT_THAT(Host(temp, {"doc", "Vantel.General.Graph"}).out, StartsWith("# Graph\n"));
+    EXPECT_THAT(Host(temp, {"doc", "Vantel.FloatParameter"}).out, StartsWith("# Float\n"));
     const Result unknown = Host(temp, {"doc", "Vantel.Nothing"});
     EXPECT_EQ(unknown.code, 1);
     EXPECT_EQ(unknown.out, "");

@@ -1,4 +1,5 @@
-// The edit protocol's text writer: what it writes must read back as the document it was told to write.
+// The edit protocol's texts: what the writer writes must read back as the document it was told to write, and
+// previews travel as standard base64.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -6,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Edit/JsonText.h"
+#include "Edit/Preview.h"
 
 namespace {
 
@@ -61,6 +63,16 @@ TEST(JsonText, WhatItWritesReadsBackAsWritten) {
         EXPECT_NE(text.find(kept), std::string::npos) << kept;  // UTF-8 as it is, not escaped
     }
     EXPECT_EQ(json::parse(text), expected);
+}
+
+TEST(Base64, PadsToWholeGroupsAndTakesBytesUnsigned) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"", ""},        {"f", "Zg=="},        {"fo", "Zm8="},
+        {"foo", "Zm9v"}, {"foob", "Zm9vYg=="}, {"\xff\xfe\xfd", "//79"}};
+    for (const auto& [bytes, text] : rows) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(VantelHost::EncodeBase64(bytes), text);
+    }
 }
 
 }  // namespace

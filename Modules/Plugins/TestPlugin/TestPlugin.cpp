@@ -48,7 +48,7 @@ public:
 // Accepts only sample outputs.
 class SampleInput : public Vantel::DataInput {
 public:
-    SampleInput() { SetAcceptedOutputType(SampleOutput::Type()); }
+    SampleInput() : SampleInput(nullptr, "") {}
     SampleInput(Vantel::Operator* op, std::string_view name) : DataInput(op, name) {
         SetAcceptedOutputType(SampleOutput::Type());
     }

@@ -16,9 +16,7 @@ void ImageOutput::Write(Vantel::Image image) {
     Activate(pool.Make(std::move(image)));
 }
 
-ImageInput::ImageInput() {
-    SetAcceptedOutputType(ImageOutput::Type());
-}
+ImageInput::ImageInput() : ImageInput(nullptr, "") {}
 
 ImageInput::ImageInput(Vantel::Operator* op, std::string_view name) : DataInput(op, name) {
     SetAcceptedOutputType(ImageOutput::Type());

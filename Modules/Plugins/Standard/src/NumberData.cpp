@@ -23,9 +23,7 @@ void NumberOutput::Write(double value) {
     Activate(pool.Make(value));
 }
 
-NumberInput::NumberInput() {
-    SetAcceptedOutputType(NumberOutput::Type());
-}
+NumberInput::NumberInput() : NumberInput(nullptr, "") {}
 
 NumberInput::NumberInput(Vantel::Operator* op, std::string_view name) : DataInput(op, name) {
     SetAcceptedOutputType(NumberOutput::Type());

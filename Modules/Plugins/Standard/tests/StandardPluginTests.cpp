@@ -146,8 +146,13 @@ TEST(StandardPlugin, RegistersItsDocumentedTypesAndTheImageImporter) {
             EXPECT_NE(info->FindOutput(output->GetKey()), nullptr) << output->GetKey();
         }
     }
-    EXPECT_EQ(library.FindDataTypeByName("Number")->id, "Standard.Number");
-    EXPECT_EQ(library.FindDataTypeByName("Image")->id, "Standard.Image");
+    // A data type's input, as a graph's user port makes it, takes that type's outputs only.
+    for (const char* name : {"Number", "Image"}) {
+        const DataTypeInfo* data = library.FindDataTypeByName(name);
+        EXPECT_EQ(data->id, std::string("Standard.") + name);
+        const std::unique_ptr<Object> input = data->inputType->CreateInstance();
+        EXPECT_EQ(dynamic_cast<DataInput&>(*input).GetAcceptedOutputType(), data->outputType);
+    }
 
     const FileImportRegistry::Importer* importer = FileImportRegistry::Get()->FindImporter("shots/X.PNG");
     ASSERT_NE(importer, nullptr);

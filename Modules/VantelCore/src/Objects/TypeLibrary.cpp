@@ -34,10 +34,7 @@ bool RegisterInfo(TypeLibrary::Implementation& state, Info info, std::string_vie
                   const ObjectType* base,
                   absl::flat_hash_map<const ObjectType*, std::unique_ptr<Info>>& byType,
                   std::vector<const Info*>& records) {
-    const ObjectType* type = info.type;
-    if (type == nullptr) {
-        return false;
-    }
+    const ObjectType* type = info.type;  // never null: the callers stop a record without a type
     const std::string prefix = "Failed to register " + std::string(kind);
     if (info.name.empty()) {
         LogWarning(prefix + ", no name was given for " + Quoted(type->GetName()));
@@ -168,13 +165,14 @@ void TypeLibrary::RegisterType(const ObjectType* type) {
 }
 
 void TypeLibrary::RegisterOperator(OperatorInfo info) {
-    if (info.type != nullptr) {
-        for (const OperatorInfo* existing : implementation->operatorInfos) {
-            if (existing->name == info.name && existing->category == info.category) {
-                LogWarning("Operator " + Quoted(info.name) + " in category " + Quoted(info.category) +
-                           " is registered twice, by " + Quoted(existing->type->GetName()) + " and " +
-                           Quoted(info.type->GetName()));
-            }
+    if (info.type == nullptr) {
+        return;
+    }
+    for (const OperatorInfo* existing : implementation->operatorInfos) {
+        if (existing->name == info.name && existing->category == info.category) {
+            LogWarning("Operator " + Quoted(info.name) + " in category " + Quoted(info.category) +
+                       " is registered twice, by " + Quoted(existing->type->GetName()) + " and " +
+                       Quoted(info.type->GetName()));
         }
     }
     RegisterInfo(*implementation, std::move(info), "operator", Operator::Type(),

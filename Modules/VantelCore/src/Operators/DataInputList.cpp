@@ -83,17 +83,13 @@ bool DataInputList::Implementation::RemoveInput(DataInput* input) {
         graph->DisconnectDataInput(*input);
         removing = nullptr;
     }
-    DataInput::Implementation& port = *Access::GetImplementation(*input);
-    port.SetOperator(nullptr);
-    port.SetList(nullptr);
     if (spareInput == input) {
         spareInput = nullptr;
     }
-    std::unique_ptr<DataInput> removed = std::move(inputs[index]);
-    inputs.erase(inputs.begin() + static_cast<std::ptrdiff_t>(index));
     inputPointers.erase(inputPointers.begin() + static_cast<std::ptrdiff_t>(index));
     constInputPointers.erase(constInputPointers.begin() + static_cast<std::ptrdiff_t>(index));
-    removed.reset();
+    // Destroyed still naming its list, the input leaves the operator's own inputs alone.
+    inputs.erase(inputs.begin() + static_cast<std::ptrdiff_t>(index));
     RenumberInputs();
     if (op != nullptr) {
         Access::GetImplementation(*op)->MarkDataInputsChanged();
@@ -167,11 +163,7 @@ DataInputList::~DataInputList() {
     if (implementation->op != nullptr) {
         Access::GetImplementation(*implementation->op)->RemoveDataInputList(*this);
     }
-    for (const std::unique_ptr<DataInput>& input : implementation->inputs) {
-        DataInput::Implementation& port = *Access::GetImplementation(*input);
-        port.SetOperator(nullptr);
-        port.SetList(nullptr);
-    }
+    // The inputs die with the list; one that still names its list leaves its operator alone.
 }
 
 VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(DataInputList, Object, "Vantel.DataInputList")

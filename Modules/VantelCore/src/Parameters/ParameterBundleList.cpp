@@ -123,10 +123,8 @@ void ParameterBundleList::SetBundlesNumbered(bool numbered) {
 }
 
 // Bundles hold parameters only, so no bundle is one of the list's ancestors: no cycle check is needed.
+// A bundle of another group is refused by Insert, with the same error as in any group.
 bool ParameterBundleList::AcceptsChild(const ParameterNode& node) {
-    if (node.GetParent() != nullptr && node.GetParent() != this) {
-        return false;
-    }
     return dynamic_cast<const ParameterBundle*>(&node) != nullptr;
 }
 

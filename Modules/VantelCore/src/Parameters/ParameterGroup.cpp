@@ -175,15 +175,13 @@ public:
 
     // Moves the child at `from` to `to` in both vectors; the ones in between shift by one.
     void Reposition(std::size_t from, std::size_t to) {
-        const auto rotate = [from, to](auto& vector) {
-            if (from < to) {
-                std::rotate(vector.begin() + from, vector.begin() + from + 1, vector.begin() + to + 1);
-            } else {
-                std::rotate(vector.begin() + to, vector.begin() + from, vector.begin() + from + 1);
-            }
+        const auto move = [from, to](auto& vector) {
+            const auto item = vector[from];
+            vector.erase(vector.begin() + static_cast<std::ptrdiff_t>(from));
+            vector.insert(vector.begin() + static_cast<std::ptrdiff_t>(to), item);
         };
-        rotate(children);
-        rotate(constChildren);
+        move(children);
+        move(constChildren);
     }
 
     const Annotation* FindAnnotation(const ParameterNode* node) const {

@@ -290,10 +290,8 @@ private:
         if (input == nullptr) {
             return false;
         }
-        const std::size_t index = static_cast<std::size_t>(record.index);
-        if (index < list.GetInputCount() && list.IndexOf(input) != index) {
-            list.MoveInput(input, index);
-        }
+        list.MoveInput(input,
+                       static_cast<std::size_t>(record.index));  // refused at its place or past the end
         return true;
     }
 
@@ -359,13 +357,10 @@ private:
         if (existing == nullptr) {
             return Missing(path);
         }
-        if (existing->GetParent() == nullptr) {
-            return false;
-        }
         if (Rebuilt(path) && dynamic_cast<Parameter*>(existing) != nullptr && !node.contains("type")) {
             return true;
         }
-        return existing->GetParent()->Remove(existing);
+        return existing->GetParent()->Remove(existing);  // found by its path, so it is in a group
     }
 
     bool AddNode(const Path& path, std::uint64_t index, const json& node) const {
@@ -419,10 +414,8 @@ private:
             Deserialization::Detail::ApplyValue(*parameter, node["value"], context,
                                                 Deserialization::Detail::References::Defer);
         }
-        ParameterGroup& group = *existing.GetParent();
-        if (index < group.GetChildCount() && existing.GetIndex() != index) {
-            group.Move(&existing, index);
-        }
+        existing.GetParent()->Move(&existing,
+                                   index);  // refused, and so nothing, at its place or past the end
         Deserialization::Detail::RebuildStructure(*op);
         context.ResolveReferences();
         return true;

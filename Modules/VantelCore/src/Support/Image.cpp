@@ -45,7 +45,7 @@ void SkipInStream(void* user, int count) {
 
 int IsStreamAtEnd(void* user) {
     const std::istream& stream = *static_cast<std::istream*>(user);
-    return stream.eof() || stream.fail() ? 1 : 0;
+    return stream.good() ? 0 : 1;  // at the end, or failed
 }
 
 void AppendEncoded(void* context, void* data, int size) {
@@ -246,12 +246,8 @@ void Image::SetBitsPerChannel(std::uint32_t bitsPerChannel) {
     State().bitsPerChannel = bitsPerChannel;
 }
 
-void Image::SetPixelData(std::vector<std::uint8_t>&& pixels) {
+void Image::SetPixelData(std::vector<std::uint8_t> pixels) {
     State().pixels = std::make_shared<const Pixels>(std::move(pixels));
-}
-
-void Image::SetPixelData(const std::vector<std::uint8_t>& pixels) {
-    State().pixels = std::make_shared<const Pixels>(pixels);
 }
 
 Image::Implementation& Image::State() {

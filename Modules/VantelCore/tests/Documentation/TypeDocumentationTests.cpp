@@ -163,7 +163,7 @@ TEST(TypeDocumentation, GoodDocFillsTheRecordAndKeepsTheWholeBody) {
         "        parameters:\r\n"
         "          Opacity: {type: Float, description: How much shows.}\r\n"
         "      Text: {parameters: {}}\r\n"
-        "---\r\n"
+        "--- \t\r\n"  // a marker may end in blanks
         "# Blend\n\n---\nA rule above.\n";
     LogCapture log;
     const OperatorInfo info = ParseOperatorDoc(&graphType, "Docs/Operators/Compositing/Graph.md", text);
@@ -259,10 +259,12 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
         {"Vantel.Transform3DParameter", "Transform 3D"},
         {"Example.Texture2DArray", "Texture 2D Array"},
         {"Example.Blur9Pass", "Blur 9 Pass"},
+        {"Example.Scale2x", "Scale 2 x"},
         {"Example.Parameter", "Parameter"},
         {"Vantel.Operator", "Operator"},
         {"NoDots", "No Dots"},
         {"Example.HTTPGet", "HTTPGet"},
+        {"Example.ReadHTTPGet", "Read HTTPGet"},
     };
     for (const auto& [name, display] : rows) {
         SCOPED_TRACE(name);

@@ -90,6 +90,12 @@ TEST(TypeLibrary, RegistrationRulesAndTheirWarnings) {
          "[Warning] Failed to register parameter, the type \"TL.NotParam\" does not inherit "
          "Vantel.Parameter\n",
          0},
+        {"record without a type: nothing",
+         [&] {
+             library.RegisterOperator(Op(nullptr, "Typeless"));
+             library.RegisterParameter(Param(nullptr, "Typeless"));
+         },
+         "", 0},
         {"empty name, checked before the base type",
          [&] { library.RegisterOperator(Op(NewType("TL.Nameless", Object::Type()), "")); },
          "[Warning] Failed to register operator, no name was given for \"TL.Nameless\"\n", 0},

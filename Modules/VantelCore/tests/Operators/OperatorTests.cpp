@@ -144,6 +144,9 @@ TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
     EXPECT_FALSE(op.Outdated());
     image.Receive(newData);
     EXPECT_TRUE(op.Outdated());
+    EXPECT_TRUE(Access::GetImplementation(op)->DetachDataInput(&image) &&
+                Access::GetImplementation(op)->DetachDataOutput(&preview));
+    EXPECT_EQ(image.GetOperator(), nullptr);
 }
 
 TEST(Operator, OwnedAndMemberPortsComeAndGo) {
@@ -161,6 +164,10 @@ TEST(Operator, OwnedAndMemberPortsComeAndGo) {
         EXPECT_TRUE(other.AddDataInput(&input));
         EXPECT_TRUE(other.AddDataOutput(&output));
     }
+    {
+        DataOutput member(op.get(), "Member out");  // a member port leaves its operator when it dies
+    }
+    EXPECT_EQ(op->GetAllDataOutputs(), std::vector<DataOutput*>{raw});
     int removed = 0;
     EventSubscription subscription = op->DataOutputRemovedEvent().Subscribe([&](DataOutput* output) {
         EXPECT_EQ(output, raw);
@@ -211,6 +218,7 @@ TEST(DataInputList, InputsAreNumberedInOrderAndKeepTheirKeys) {
     EXPECT_FALSE(implementation.RemoveInput(b));
     EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2"}));
     EXPECT_EQ(list.GetInput(1)->GetKey(), "c");
+    EXPECT_EQ(list.GetInput(2), nullptr);
     EXPECT_EQ(op.GetAllDataInputs(), (std::vector<DataInput*>{a, c}));
     EXPECT_FALSE(op.RemoveDataInput(a));  // list inputs go through their list
 
@@ -219,6 +227,7 @@ TEST(DataInputList, InputsAreNumberedInOrderAndKeepTheirKeys) {
     EXPECT_FALSE(list.MoveInput(a, 2));
     EXPECT_TRUE(list.MoveInput(a, 1));
     EXPECT_EQ(list.IndexOf(a), 1u);
+    EXPECT_EQ(op.GetAllDataInputs(), (std::vector<DataInput*>{c, a}));  // the operator's view follows
     EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2"}));
     EXPECT_EQ(a->GetName(), "Input 2");
     EXPECT_TRUE(transaction.GetRecords().empty());  // the operator is in no graph

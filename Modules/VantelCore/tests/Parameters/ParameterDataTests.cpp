@@ -97,6 +97,8 @@ TEST(ParameterData, MatrixIsColumnAfterColumnAndChecksOnlyTheFlatIndex) {
     Floats values(16);
     std::iota(values.begin(), values.end(), 1.0);
     const ParameterData m(values, 4, 4);
+    EXPECT_EQ(m.GetColumnCount(), 4);
+    EXPECT_EQ(ParameterData().GetColumnCount(), 0);
     EXPECT_EQ(m.GetFloat(1, 0), 5.0);
     EXPECT_EQ(m.GetFloat(3, 3), 16.0);
     EXPECT_EQ(m.GetFloat(0, 5), 6.0);
@@ -114,6 +116,7 @@ TEST(ParameterData, EqualityNeedsTheSameKindThenComparesThatKindsForm) {
     EXPECT_NE(ParameterData(Floats{1}), ParameterData(Ints{1}));
     EXPECT_NE(ParameterData(Floats{1}), ParameterData(Floats{1}, 1, 1));
     EXPECT_NE(ParameterData(Floats{1, 2, 3, 4}, 2, 2), ParameterData(Floats{1, 2, 3, 4}, 4, 1));
+    EXPECT_NE(ParameterData(Floats{1, 2, 3, 4}, 2, 2), ParameterData(Floats{1, 2, 3, 5}, 2, 2));
     EXPECT_NE(ParameterData("1, 2"), ParameterData("1,2"));
     EXPECT_NE(ParameterData("a", 1), ParameterData("a", 2));
     EXPECT_NE(ParameterData(std::string_view()), ParameterData());

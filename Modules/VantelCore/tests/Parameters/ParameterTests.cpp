@@ -280,6 +280,11 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
               "[Error] ParameterGroup::MakeRow: all nodes must already be children of this group.\n");
     EXPECT_TRUE(group.GetRow(&stranger).empty());
 
+    // A first child marked as a continuation still starts its row.
+    ParameterNode* front = group.GetChildren().front();
+    group.SetRowContinuation(front, true);
+    EXPECT_EQ(group.GetRow(front).front(), front);
+
     // Removing a node forgets its annotations.
     group.Remove(&c);
     group.Add(&c);
@@ -296,7 +301,8 @@ TEST(ParameterGroup, LayoutChangesReachTheOperator) {
     group.SetRowLabel(&mixer.mix, "Both");
     group.SetSeparatorAbove(&mixer.mix, true);
     group.SetRowContinuation(&mixer.mix, false);
-    EXPECT_EQ(changes, 4);
+    EXPECT_TRUE(group.MoveToBack(&mixer.focus));
+    EXPECT_EQ(changes, 5);
 }
 
 // A node of a kind the library does not know detaches itself too.
@@ -381,6 +387,7 @@ TEST(ParameterBundleList, CreatesRemovesAndMovesWithHandlers) {
     EXPECT_EQ(list.IndexOf(first), 1u);
 
     ParameterBundleList other(&op, "Others", {});
+    EXPECT_FALSE(other.Insert(first, 0));
     EXPECT_FALSE(other.RemoveBundle(first));
     EXPECT_FALSE(list.RemoveBundle(nullptr));
     list.SetBundlesRemovable(false);

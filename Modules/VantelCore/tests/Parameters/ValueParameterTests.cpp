@@ -483,6 +483,12 @@ TEST(EnumParameter, ChoosesByLabelThenValueAndKeepsUnknownTextsUnresolved) {
     empty = "anything";  // without choices there is nothing to complain about
     EXPECT_EQ(empty.Value(), "anything");
     EXPECT_EQ(log.Text(), "");
+    // Two labels of one value: the other label keeps the value and renews the data.
+    mode.SetPossibleValues({"a", "a"}, {"First", "Second"});
+    mode.SetValue("First");
+    EXPECT_EQ(mode.GetData(), ParameterData("First", 0));
+    mode.SetValue("Second");
+    EXPECT_EQ(mode.GetData(), ParameterData("Second", 1));
 }
 
 TEST(EnumParameter, NewPossibleValuesResolveTheKeptChoiceWithoutRecording) {

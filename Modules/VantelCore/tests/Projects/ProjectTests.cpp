@@ -359,6 +359,13 @@ TEST(Project, SavingReplacesTheFileWholeOrNotAtAll) {
     fs::permissions(file, fs::perms::owner_read | fs::perms::owner_write);
     const fs::perms permissions = fs::status(file).permissions();
     LogCapture log;
+    // Nothing stays open, however the save ends: a session saves many times. (Where there is no
+    // /proc/self/fd, both counts are 0.)
+    const auto openFiles = [] {
+        std::error_code error;
+        return std::distance(fs::directory_iterator("/proc/self/fd", error), fs::directory_iterator());
+    };
+    const auto openBefore = openFiles();
 
     project.Serialize(file.string());
     EXPECT_EQ(ReadFile(file.string()), Serialization::SerializeProjectText(project));
@@ -388,6 +395,7 @@ TEST(Project, SavingReplacesTheFileWholeOrNotAtAll) {
                   "\n[Error] Project::Serialize: failed to write project to: " + missing.string() + "\n");
     EXPECT_TRUE(fs::is_directory(inner));
     EXPECT_EQ(names(), expectedNames);
+    EXPECT_EQ(openFiles(), openBefore);
     fs::remove_all(folder);
 }
 

@@ -111,6 +111,17 @@ TEST_F(UndoRedo, EditsOutsideTheModelRideWithTheAdd) {
     ExpectRoundTrip(project, before, done);
 
     before = Save(project);
+    done = Record("Add, then place and connect", [&] {
+        auto made = std::make_unique<AddOperator>();
+        AddOperator& sink = *made;
+        graph->AddOperator(std::move(made));
+        sink.SetName("Sink");
+        sink.SetPosition({10.0f, 20.0f});
+        EXPECT_TRUE(graph->AddDataConnection({&source->out, &sink.in}));
+    });
+    ExpectRoundTrip(project, before, done);
+
+    before = Save(project);
     done = Record("Root", [&] {
         graph->SetName("Main");
         graph->SetPosition({1.0f, 2.0f});

@@ -73,8 +73,7 @@ public:
     void SetHeight(std::uint32_t height);
     void SetChannelCount(std::uint32_t channelCount);
     void SetBitsPerChannel(std::uint32_t bitsPerChannel);
-    void SetPixelData(std::vector<std::uint8_t>&& pixels);
-    void SetPixelData(const std::vector<std::uint8_t>& pixels);
+    void SetPixelData(std::vector<std::uint8_t> pixels);
 
 private:
     class Implementation;
