@@ -695,7 +695,7 @@ void Graph::Execute(ExecutionContext& context) {
         if (op->Outdated()) {
             op->Execute(context);
             Access::CountOperatorRun(context);
-            states[i]->NoteRun(context.GetFrameNumber() + 1);  // frames are counted from 1, 0 is never
+            states[i]->NoteRun(frame + 1);  // frames are counted from 1, 0 is never
         }
         // Only the kinds of member that were marked have anything to hand on.
         const Operator::Implementation& state = *states[i];

@@ -185,7 +185,6 @@ void Context::ResolveReferences() {
 
 std::vector<DroppedEntry> Context::GetDroppedEntries() const {
     std::vector<DroppedEntry> entries;
-    entries.reserve(implementation->dropped.size());
     for (const Implementation::Dropped& dropped : implementation->dropped) {
         entries.push_back(dropped.Describe());
     }

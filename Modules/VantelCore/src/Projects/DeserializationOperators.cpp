@@ -117,7 +117,7 @@ void ApplyPosition(Operator& op, const json& entry, Context& context) {
 template <typename T>
 void ApplyKeyAndName(const json& entry, T& object) {
     const std::string key = Detail::KeyOf(entry);
-    if (!key.empty() && key != object.GetKey() && object.GetParentObject() == nullptr) {
+    if (!key.empty() && object.GetParentObject() == nullptr) {
         object.SetKey(key);
     }
     if (const auto name = entry.find("name"); name != entry.end()) {

@@ -360,6 +360,19 @@ TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     const Parameter* only = plain.GetParameterGroup().FindParameter("Only");
     ASSERT_NE(only, nullptr);
     EXPECT_TRUE(only->IsAddedByUser());
+
+    // Into an existing member, the stored key is taken only while it is detached; the name always.
+    LogCapture log;
+    Parameter& attached = *plain.GetParameterGroup().FindParameter("Only");
+    Deserialization::DeserializeParameter(json{{"key", "Renamed"}, {"name", "Shown"}}, attached, context);
+    EXPECT_EQ(attached.GetKey(), "Only");
+    EXPECT_EQ(attached.GetName(), "Shown");
+    DataOutput detached;
+    Deserialization::DeserializeDataOutput(json{{"name", "Unkeyed"}}, detached, context);
+    EXPECT_EQ(detached.GetKey(), "");  // no operator gave it one
+    Deserialization::DeserializeDataOutput(json{{"key", "Stored"}}, detached, context);
+    EXPECT_EQ(detached.GetKey(), "Stored");
+    EXPECT_EQ(log.Text(), "");
 }
 
 TEST(ConnectionPaths, EndpointsAreWrittenBelowTheConsumersGraphSortedAndReadBack) {

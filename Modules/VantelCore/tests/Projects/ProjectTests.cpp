@@ -131,6 +131,7 @@ struct Scene {
         static_cast<NumberParameter*>(mixer.bands.CreateBundle("Band", "Low")->GetChild(0))->SetValue(0.5);
         mixer.bands.CreateBundle("Band", "High");
         mixer.focus = &nested;
+        mixer.picks.SetValue({&mirror, &source});  // the mirror comes later in the file
         mirror.model = &source;
         static_cast<NumberParameter*>(mirror.GetParameterGroup().FindParameter("Value"))->SetValue(7.0);
     }

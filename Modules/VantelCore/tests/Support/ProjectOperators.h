@@ -15,13 +15,14 @@
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
+#include <Vantel/Parameters/PtrListParameter.h>
 #include <Vantel/Parameters/PtrParameter.h>
 
 #include "Support/TestOperators.h"
 
 namespace Vantel::Testing {
 
-// An input list, a bundle list whose bundles hold a "Gain", and a reference to an operator of its graph.
+// An input list, a bundle list whose bundles hold a "Gain", and references to operators of its graph.
 class MixerOperator : public Operator {
 public:
     DataInputList layers{this, "Layers", DataInput::Type(), {}};
@@ -29,11 +30,13 @@ public:
                                   band.Add(std::make_unique<NumberParameter>(nullptr, "Gain"));
                               }}};
     PtrParameter focus{this, "Focus", nullptr};
+    PtrListParameter picks{this, "Picks"};
     NumberParameter mix{this, "Mix", 0.0};
     DataOutput out{this, "Out"};
 
     MixerOperator() {
         focus.SetFilter({.types = {Operator::Type()}, .scope = ObjectFilter::Scope::SameGraph});
+        picks.SetFilter({.types = {Operator::Type()}, .scope = ObjectFilter::Scope::SameGraph});
     }
     VANTEL_OBJECT_TYPE(MixerOperator, Operator, "Vantel.Test.Mixer");
 };

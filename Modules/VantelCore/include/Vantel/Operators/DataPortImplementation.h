@@ -1,7 +1,7 @@
 // DataPortImplementation.h: what operators, lists and graphs set on data ports.
 //
 //   Access::GetImplementation(input)->SetConnection({&output, &input});
-//   Access::GetImplementation(output)->ClearChanged();     // forgets the change of this frame
+//   Access::GetImplementation(output)->Store(value, Operator::Implementation::kOutputs);
 #pragma once
 
 #include <cstddef>
@@ -32,7 +32,6 @@ public:
     // A port keeps its change mark as it joins or leaves an operator.
     void SetOperator(Operator* op);
     void SetAddedByUser(bool addedByUser) { this->addedByUser = addedByUser; }
-    void ClearChanged() { markedAt = 0; }
     enum class Stored { kNothing, kNew, kOverMark };
     // kNothing, and nothing stored, when `value` has the serial already held. Otherwise keeps it, marks the
     // change and tells the operator that one of its members of kind `kind` is marked; kOverMark when the

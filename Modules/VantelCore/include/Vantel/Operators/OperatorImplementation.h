@@ -112,7 +112,7 @@ public:
     // too. While a kind's bit stays clear, none of its members carries a mark, so a frame need not look at
     // them: an operator that only wrote its output is not searched for changed parameters.
     void NoteMembersMarked(MemberKind kinds) { markedMembers |= kinds; }
-    bool MayHaveMarkedMembers(MemberKind kinds = kAllMembers) const { return (markedMembers & kinds) != 0; }
+    bool MayHaveMarkedMembers(MemberKind kinds) const { return (markedMembers & kinds) != 0; }
     // Clears the change marks of every port and parameter (not the operator's own dirty mark), skipping the
     // kinds that carry none (inline: every frame asks this of every operator).
     void ClearMemberChangeMarks() {
