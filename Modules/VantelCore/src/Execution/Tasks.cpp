@@ -179,7 +179,9 @@ void ShutDown(std::shared_ptr<Instance> instance) {
     if (!instance) {
         return;
     }
-    // What waits for the main thread goes with the instance: nothing reaches it once the global let it go.
+    // What waits for the main thread goes first (nothing reaches it once the global let the instance go), so
+    // that a running task's owner can see it gone and let that task end.
+    instance->mainThread.TakeAll();
     instance->general.Stop();
     instance->secondary.Stop();
 }

@@ -56,13 +56,13 @@ TEST(TasksShutdown, DropsWhatWaitsFinishesWhatRunsAndRefusesEverythingAfter) {
     Tasks::RunInBackground(Tasks::Kind::General, queued(firstDropped));
     Tasks::RunInBackground(Tasks::Kind::Secondary, queued(secondaryDropped));
 
-    // Shutdown waits for running tasks, so another thread lets each pool's tasks go once that pool has
-    // dropped its queue. Had the secondary pool been stopped first, the first wait would time out; had the
+    // Shutdown waits for running tasks, so another thread lets each pool's tasks go once that pool (and, before
+    // the first, the main-thread queue) has dropped its queue. Had the secondary pool been stopped first, the first wait would time out; had the
     // general pool's tasks not been waited for, the secondary queue would go before they finished.
     std::jthread releaser([=] {
-        firstDropped->Await(2);
+        EXPECT_TRUE(firstDropped->Await(2));
         generalGate->Open();
-        secondaryDropped->Await();
+        EXPECT_TRUE(secondaryDropped->Await());
         EXPECT_EQ(finished->load(), generalThreads);
         secondaryGate->Open();
     });
