@@ -56,9 +56,10 @@ TEST(TasksShutdown, DropsWhatWaitsFinishesWhatRunsAndRefusesEverythingAfter) {
     Tasks::RunInBackground(Tasks::Kind::General, queued(firstDropped));
     Tasks::RunInBackground(Tasks::Kind::Secondary, queued(secondaryDropped));
 
-    // Shutdown waits for running tasks, so another thread lets each pool's tasks go once that pool (and, before
-    // the first, the main-thread queue) has dropped its queue. Had the secondary pool been stopped first, the first wait would time out; had the
-    // general pool's tasks not been waited for, the secondary queue would go before they finished.
+    // Shutdown waits for running tasks, so another thread lets each pool's tasks go once that pool (and,
+    // before the first, the main-thread queue) has dropped its queue. Had the secondary pool been stopped
+    // first, the first wait would time out; had the general pool's tasks not been waited for, the secondary
+    // queue would go before they finished.
     std::jthread releaser([=] {
         EXPECT_TRUE(firstDropped->Await(2));
         generalGate->Open();
