@@ -4,6 +4,8 @@
 
 #include <Vantel/Objects/ObjectType.h>
 
+#include "Platform/Threads.h"
+
 namespace Vantel {
 namespace {
 
@@ -19,7 +21,7 @@ struct SerialBatch {
 };
 
 std::uint64_t TakeSerial() {
-    thread_local SerialBatch batch;
+    VANTEL_HOT_THREAD_LOCAL thread_local SerialBatch batch;
     if (batch.next == batch.end) {
         batch.next = nextSerial.fetch_add(kSerialBatch, std::memory_order_relaxed);
         batch.end = batch.next + kSerialBatch;
