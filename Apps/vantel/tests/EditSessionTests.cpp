@@ -64,14 +64,16 @@ protected:
         return reply["result"];
     }
 
+    // The first item of `list` whose `key` is `value`, or null.
+    static json FindIn(const json& list, const std::string& key, const std::string& value) {
+        const auto found =
+            std::find_if(list.begin(), list.end(), [&](const json& item) { return item[key] == value; });
+        return found == list.end() ? json() : *found;
+    }
+
     static std::string FindOperator(EditProcess& session, const std::string& type) {
-        const json graph = Ok(session, {{"type", "getGraph"}});
-        for (const json& op : graph["operators"]) {
-            if (op["type"] == type) {
-                return op["path"];
-            }
-        }
-        return "";
+        const json found = FindIn(Ok(session, {{"type", "getGraph"}})["operators"], "type", type);
+        return found.is_null() ? "" : found["path"];
     }
 
     fs::path folder;
@@ -188,14 +190,10 @@ TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
     EXPECT_EQ(listed["allowed"], json::array());  // a user reference starts with no filter
     EXPECT_TRUE(listed["referent"].is_null());
     // An enum lists its choices, each by value and label.
-    const std::string waveform = FindOperator(session, "Standard.Math.Oscillator") + "/Waveform";
-    json options;
-    for (const json& op : graph["operators"]) {
-        for (const json& parameter : op["parameters"]) {
-            options = parameter["path"] == waveform ? parameter.value("options", json()) : options;
-        }
-    }
-    EXPECT_EQ(options[3], (json{{"value", "square"}, {"label", "Square"}}));
+    const json oscillator = FindIn(graph["operators"], "type", "Standard.Math.Oscillator");
+    const json waveform =
+        FindIn(oscillator["parameters"], "path", oscillator["path"].get<std::string>() + "/Waveform");
+    EXPECT_EQ(waveform["options"][3], (json{{"value", "square"}, {"label", "Square"}}));
     EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
               nullptr);
 }
@@ -238,21 +236,13 @@ TEST_F(EditSession, AnEndedSessionKeepsUnsavedWorkInARecoveryFile) {
 TEST_F(EditSession, TypesComeWithTheirDocsMembersAndColours) {
     EditProcess session(kHost, project);
     const json types = Ok(session, {{"type", "getTypes"}});
-    const auto find = [](const json& list, const std::string& key, const std::string& value) {
-        for (const json& item : list) {
-            if (item[key] == value) {
-                return item;
-            }
-        }
-        return json();
-    };
-    const json oscillator = find(types["operators"], "type", "Standard.Math.Oscillator");
+    const json oscillator = FindIn(types["operators"], "type", "Standard.Math.Oscillator");
     ASSERT_TRUE(oscillator.is_object()) << types["operators"].dump();
     EXPECT_EQ(oscillator["category"], "Math");
     EXPECT_NE(oscillator["doc"].get<std::string>().find("sine"), std::string::npos);
-    EXPECT_TRUE(find(oscillator["parameters"], "name", "Frequency").is_object()) << oscillator.dump();
-    EXPECT_TRUE(find(types["parameters"], "type", "Vantel.ColorParameter").is_object());
-    EXPECT_EQ(find(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
+    EXPECT_TRUE(FindIn(oscillator["parameters"], "name", "Frequency").is_object()) << oscillator.dump();
+    EXPECT_TRUE(FindIn(types["parameters"], "type", "Vantel.ColorParameter").is_object());
+    EXPECT_EQ(FindIn(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
 }
 
 TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
