@@ -136,7 +136,7 @@ TEST(Object, SiblingKeysAreSettledOnAttach) {
     EXPECT_EQ(log.Text(), "");
 }
 
-TEST(Object, PtrReadsNullOnceItsObjectDies) {
+TEST(Object, PtrReadsNullOnceItsObjectDiesAfterItsDestructionEvent) {
     auto owner = std::make_unique<Node>("Owner");
     Node& child = owner->Add("Child");
     Ptr<Node> first(&child);
@@ -154,9 +154,8 @@ TEST(Object, PtrReadsNullOnceItsObjectDies) {
     EXPECT_EQ(first.Get(), nullptr);
     EXPECT_EQ(second.Get(), nullptr);
     EXPECT_FALSE(first);
-}
 
-TEST(Object, DestructionFiresThenReleasesSubscriptionsThenNullsPtrs) {
+    // Destruction fires, then releases the object's subscriptions, then nulls the Ptrs.
     std::vector<std::string> order;
     Event<> other;
     Ptr<Object> weak;

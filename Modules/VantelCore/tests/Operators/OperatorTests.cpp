@@ -31,7 +31,7 @@ namespace {
 using Testing::LogCapture;
 using Testing::NumberParameter;
 
-TEST(Data, SerialsAreUniqueIncreasingAndNeverZero) {
+TEST(Data, SerialsAreUniqueIncreasingNeverZeroAndDecideAnInputsChange) {
     const Data first;
     const Data second;
     EXPECT_GT(first.GetSerial(), 0u);
@@ -54,9 +54,8 @@ TEST(Data, SerialsAreUniqueIncreasingAndNeverZero) {
     EXPECT_EQ(unique.count(0), 0u);
     EXPECT_TRUE(std::is_sorted(serials[0].begin(), serials[0].end()));
     EXPECT_TRUE(std::is_sorted(serials[1].begin(), serials[1].end()));
-}
 
-TEST(DataInput, ChangeIsDecidedBySerial) {
+    // An input's change is decided by the serial.
     DataInput input;
     input.Clear();
     EXPECT_FALSE(input.HasDataChanged());

@@ -117,7 +117,8 @@ TEST(Parameter, FlagsTransientAndConnectability) {
     EXPECT_TRUE(transaction.GetRecords().empty());
 }
 
-TEST(Parameter, OnlyParametersOfAnOperatorInAModelRecord) {
+TEST(Parameter, OnlyParametersOfAnOperatorInAModelRecordAndStructuralOnesWhole) {
+    LogCapture log;
     Transaction transaction("Edit");
     NumberParameter loose(nullptr, "Loose");
     EXPECT_EQ(loose.GetOperator(), nullptr);
@@ -132,17 +133,10 @@ TEST(Parameter, OnlyParametersOfAnOperatorInAModelRecord) {
     EXPECT_TRUE(transaction.GetRecords().empty());
     Testing::JoinModel(op);
     attached.SetComponent(0, 5.0);
-    EXPECT_EQ(transaction.GetRecords(),
-              (std::vector<Record>{ParameterComponentRecord{*Path::Parse("/Attached"), 0, 4.0, 5.0}}));
-}
 
-TEST(Parameter, StructuralWritesAreWholeAndCompound) {
-    LogCapture log;
-    Operator op;
-    Testing::JoinModel(op);
+    // A structural parameter written per component is not recorded; written whole, it is a compound record.
     NumberParameter mode(&op, "Mode");
     mode.SetParameterFlag(ParameterFlag::Structural, true);
-    Transaction transaction("Mode");
     mode.SetComponent(0, 1.0);
     EXPECT_EQ(
         log.Text(),
@@ -150,10 +144,10 @@ TEST(Parameter, StructuralWritesAreWholeAndCompound) {
         "history. Structural parameters are written whole.\n");
     EXPECT_EQ(mode.Value(), 1.0);
     EXPECT_TRUE(op.IsStructureDirty());
-    EXPECT_TRUE(transaction.GetRecords().empty());
-
     mode.SetValue(2.0);
-    EXPECT_EQ(transaction.GetRecords(), (std::vector<Record>{CompoundRecord{mode.GetPath(), 1.0, 2.0, {}}}));
+    EXPECT_EQ(transaction.GetRecords(),
+              (std::vector<Record>{ParameterComponentRecord{*Path::Parse("/Attached"), 0, 4.0, 5.0},
+                                   CompoundRecord{mode.GetPath(), 1.0, 2.0, {}}}));
 }
 
 TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
