@@ -55,7 +55,7 @@ private:
     std::vector<std::unique_ptr<Node>> children;
 };
 
-TEST(Object, SetKeyRefusesInvalidKeysAndAttachedObjects) {
+TEST(Object, KeysAreValidatedFixedOnceAttachedAndSettledAmongSiblings) {
     LogCapture log;
     Object object;
     object.SetKey("");
@@ -72,7 +72,7 @@ TEST(Object, SetKeyRefusesInvalidKeysAndAttachedObjects) {
     EXPECT_EQ(object.GetKey(), ".");
     EXPECT_EQ(log.Text(), "");
 
-    Node root;
+    Node root("Root");
     Node& child = root.Add("Blur");
     child.SetKey("Blur");
     EXPECT_EQ(log.Text(), "");
@@ -87,6 +87,22 @@ TEST(Object, SetKeyRefusesInvalidKeysAndAttachedObjects) {
     const Object constructed("bad/key");
     EXPECT_EQ(constructed.GetKey(), "");
     EXPECT_EQ(log.Text(), "[Error] Object::SetKey: 'bad/key' is not a valid key.\n");
+
+    // Sibling keys are settled on attach, and generated where none was given.
+    log.Clear();
+    Node& second = root.Add("Blur");
+    Node& third = root.Add("Blur");
+    EXPECT_EQ(second.GetKey(), "Blur_");
+    EXPECT_EQ(third.GetKey(), "Blur__");
+    const std::string tail = ". Keys must be unique among all children of their parent. Using '";
+    const std::string end = "' instead. Values stored under that key are lost once the collision is fixed.\n";
+    EXPECT_EQ(log.Text(), "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur_" + end +
+                              "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur__" +
+                              end);
+    log.Clear();
+    Node& generated = root.Add(std::make_unique<Node>());
+    EXPECT_EQ(generated.GetKey().rfind("Node [", 0), 0u);
+    EXPECT_EQ(log.Text(), "");
 }
 
 TEST(Object, PathsResolveAndRelativePathsNeedAnAncestor) {
@@ -114,26 +130,6 @@ TEST(Object, PathsResolveAndRelativePathsNeedAnAncestor) {
             EXPECT_STREQ(error.what(), "GetRelativePath: the given object is not an ancestor.");
         }
     }
-}
-
-TEST(Object, SiblingKeysAreSettledOnAttach) {
-    LogCapture log;
-    Node root("Root");
-    root.Add("Blur");
-    Node& second = root.Add("Blur");
-    Node& third = root.Add("Blur");
-    EXPECT_EQ(second.GetKey(), "Blur_");
-    EXPECT_EQ(third.GetKey(), "Blur__");
-    const std::string tail = ". Keys must be unique among all children of their parent. Using '";
-    const std::string end = "' instead. Values stored under that key are lost once the collision is fixed.\n";
-    EXPECT_EQ(log.Text(), "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur_" + end +
-                              "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur__" +
-                              end);
-
-    log.Clear();
-    Node& generated = root.Add(std::make_unique<Node>());
-    EXPECT_EQ(generated.GetKey().rfind("Node [", 0), 0u);
-    EXPECT_EQ(log.Text(), "");
 }
 
 TEST(Object, PtrReadsNullOnceItsObjectDiesAfterItsDestructionEvent) {
