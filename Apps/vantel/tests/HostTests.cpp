@@ -25,11 +25,10 @@ using ::testing::StartsWith;
 
 // With the platform's separators, as the host writes the paths it joined itself.
 const fs::path kHost = fs::path(VANTEL_HOST_PATH).make_preferred();
-// The plug-ins built for the tests lie away from the host, which finds them only by their path.
-const fs::path kTestPlugins = fs::path(VANTEL_TEST_PLUGIN_FOLDER).make_preferred();
-// The library file of a test plug-in, as the platform names it.
+// The library file of a test plug-in, as the platform names it. The plug-ins built for the tests lie away
+// from the host, which finds them only by their path.
 fs::path TestPluginFile(const std::string& name) {
-    return kTestPlugins / Vantel::PluginFileNames(name).front();
+    return fs::path(VANTEL_TEST_PLUGIN_FOLDER).make_preferred() / Vantel::PluginFileNames(name).front();
 }
 const std::string kTestPlugin = TestPluginFile("VantelTestPlugin").string();
 const fs::path kData = fs::path(VANTEL_HOST_TEST_DATA).make_preferred();
