@@ -5,7 +5,9 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -41,20 +43,37 @@ protected:
         return ReadFile(project);
     }
 
+    // Undoes the whole history, which must give `before` back and leave nothing to undo, then redoes it all,
+    // which must give `after` back.
+    void ExpectHistoryRoundTrip(EditProcess& session, const std::string& before, const std::string& after) {
+        const std::size_t steps = Ok(session, {{"type", "getHistory"}})["undo"].size();
+        for (std::size_t i = 0; i < steps; ++i) {
+            ASSERT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
+        }
+        EXPECT_EQ(session.Request({{"type", "undo"}})["error"], "there is nothing to undo");
+        EXPECT_EQ(Save(session), before);
+        for (std::size_t i = 0; i < steps; ++i) {
+            ASSERT_EQ(Ok(session, {{"type", "redo"}})["replayed"], true);
+        }
+        EXPECT_EQ(Save(session), after);
+    }
+
     static json Ok(EditProcess& session, const json& request) {
         json reply = session.Request(request);
         EXPECT_EQ(reply["ok"], true) << request.dump() << " -> " << reply.dump();
         return reply["result"];
     }
 
+    // The first item of `list` whose `key` is `value`, or null.
+    static json FindIn(const json& list, const std::string& key, const std::string& value) {
+        const auto found =
+            std::find_if(list.begin(), list.end(), [&](const json& item) { return item[key] == value; });
+        return found == list.end() ? json() : *found;
+    }
+
     static std::string FindOperator(EditProcess& session, const std::string& type) {
-        const json graph = Ok(session, {{"type", "getGraph"}});
-        for (const json& op : graph["operators"]) {
-            if (op["type"] == type) {
-                return op["path"];
-            }
-        }
-        return "";
+        const json found = FindIn(Ok(session, {{"type", "getGraph"}})["operators"], "type", type);
+        return found.is_null() ? "" : found["path"];
     }
 
     fs::path folder;
@@ -91,15 +110,7 @@ TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
     ASSERT_EQ(history["undo"].size(), 3u);
     EXPECT_EQ(history["undo"][1]["records"][0], "Connect " + oscillator + "/Signal to " + sum + "/A");
     EXPECT_EQ(history["undo"][0]["name"], "Set Value B");  // the next to undo comes first
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
-    }
-    EXPECT_EQ(session.Request({{"type", "undo"}})["error"], "there is nothing to undo");
-    EXPECT_EQ(Save(session), before);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(Ok(session, {{"type", "redo"}})["replayed"], true);
-    }
-    EXPECT_EQ(Save(session), after);
+    ExpectHistoryRoundTrip(session, before, after);
     EXPECT_EQ(session.Stop(), 0);
 
     const std::string check = "cd '" + folder.string() + "' && '" + kHost.string() + "' check " +
@@ -107,7 +118,7 @@ TEST_F(EditSession, EditsRunLiveAndUndoRedoGiveTheSavedBytesBack) {
     EXPECT_EQ(std::system(check.c_str()), 0);
 }
 
-TEST_F(EditSession, PastedOperatorsGetNewKeysAndKeepTheirInnerConnections) {
+TEST_F(EditSession, PastedOperatorsGetNewKeysAndKeepTheirInnerConnectionsAndABatchIsOneStep) {
     EditProcess session(kHost, project);
     const std::string before = Save(session);
     const json graph = Ok(session, {{"type", "getGraph"}});
@@ -129,49 +140,18 @@ TEST_F(EditSession, PastedOperatorsGetNewKeysAndKeepTheirInnerConnections) {
     EXPECT_EQ(after["operators"].size(), graph["operators"].size() + 3);
     EXPECT_EQ(after["dataConnections"].size(), graph["dataConnections"].size() + 1);
     EXPECT_EQ(after["parameterConnections"].size(), graph["parameterConnections"].size() + 1);
-    const std::string pastedBytes = Save(session);
 
-    Ok(session, {{"type", "undo"}});
-    EXPECT_EQ(Save(session), before);
-    Ok(session, {{"type", "redo"}});
-    EXPECT_EQ(Save(session), pastedBytes);
-}
-
-TEST_F(EditSession, ImageOutputsArriveAsSmallPngPreviews) {
-    EditProcess session(kHost, project);
-    EventReader events(session.GetPort(), session.GetToken());
-    const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
-    const json update = events.WaitFor(
-        [&](const json& event) {
-            return event.contains("previews") && event["previews"].contains(loader + "/Image");
-        },
-        10.0);
-    ASSERT_FALSE(update.is_null()) << "no preview of the loaded picture arrived";
-    // "iVBORw0KGgo" is the PNG signature in base64.
-    EXPECT_EQ(update["previews"][loader + "/Image"].get<std::string>().rfind(
-                  "data:image/png;base64,iVBORw0KGgo", 0),
-              0u);
-}
-
-TEST_F(EditSession, ABatchOfEditsIsOneStepOfTheHistory) {
-    EditProcess session(kHost, project);
-    const std::string before = Save(session);
-    const std::string oscillator = FindOperator(session, "Standard.Math.Oscillator");
-    const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
-    const json moves = {{{"type", "moveOperator"}, {"path", oscillator}, {"position", {5, 5}}},
-                        {{"type", "moveOperator"}, {"path", loader}, {"position", {7, 7}}}};
+    // A batch of edits is one step of the history.
+    const json moves = {{{"type", "moveOperator"}, {"path", chosen[2]}, {"position", {5, 5}}},
+                        {{"type", "moveOperator"}, {"path", chosen[0]}, {"position", {7, 7}}}};
     EXPECT_EQ(
         Ok(session, {{"type", "batch"}, {"name", "Move 2 operators"}, {"requests", moves}})["results"].size(),
         2u);
     const json history = Ok(session, {{"type", "getHistory"}});
-    ASSERT_EQ(history["undo"].size(), 1u);
+    ASSERT_EQ(history["undo"].size(), 2u);
     EXPECT_EQ(history["undo"][0]["name"], "Move 2 operators");
     EXPECT_EQ(history["undo"][0]["records"].size(), 2u);
-    const std::string after = Save(session);
-    Ok(session, {{"type", "undo"}});
-    EXPECT_EQ(Save(session), before);
-    Ok(session, {{"type", "redo"}});
-    EXPECT_EQ(Save(session), after);
+    ExpectHistoryRoundTrip(session, before, Save(session));
 }
 
 TEST_F(EditSession, ATriggerFiresOnTheNextFrameAndIsNoStepOfTheHistory) {
@@ -210,14 +190,10 @@ TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
     EXPECT_EQ(listed["allowed"], json::array());  // a user reference starts with no filter
     EXPECT_TRUE(listed["referent"].is_null());
     // An enum lists its choices, each by value and label.
-    const std::string waveform = FindOperator(session, "Standard.Math.Oscillator") + "/Waveform";
-    json options;
-    for (const json& op : graph["operators"]) {
-        for (const json& parameter : op["parameters"]) {
-            options = parameter["path"] == waveform ? parameter.value("options", json()) : options;
-        }
-    }
-    EXPECT_EQ(options[3], (json{{"value", "square"}, {"label", "Square"}}));
+    const json oscillator = FindIn(graph["operators"], "type", "Standard.Math.Oscillator");
+    const json waveform =
+        FindIn(oscillator["parameters"], "path", oscillator["path"].get<std::string>() + "/Waveform");
+    EXPECT_EQ(waveform["options"][3], (json{{"value", "square"}, {"label", "Square"}}));
     EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
               nullptr);
 }
@@ -260,21 +236,13 @@ TEST_F(EditSession, AnEndedSessionKeepsUnsavedWorkInARecoveryFile) {
 TEST_F(EditSession, TypesComeWithTheirDocsMembersAndColours) {
     EditProcess session(kHost, project);
     const json types = Ok(session, {{"type", "getTypes"}});
-    const auto find = [](const json& list, const std::string& key, const std::string& value) {
-        for (const json& item : list) {
-            if (item[key] == value) {
-                return item;
-            }
-        }
-        return json();
-    };
-    const json oscillator = find(types["operators"], "type", "Standard.Math.Oscillator");
+    const json oscillator = FindIn(types["operators"], "type", "Standard.Math.Oscillator");
     ASSERT_TRUE(oscillator.is_object()) << types["operators"].dump();
     EXPECT_EQ(oscillator["category"], "Math");
     EXPECT_NE(oscillator["doc"].get<std::string>().find("sine"), std::string::npos);
-    EXPECT_TRUE(find(oscillator["parameters"], "name", "Frequency").is_object()) << oscillator.dump();
-    EXPECT_TRUE(find(types["parameters"], "type", "Vantel.ColorParameter").is_object());
-    EXPECT_EQ(find(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
+    EXPECT_TRUE(FindIn(oscillator["parameters"], "name", "Frequency").is_object()) << oscillator.dump();
+    EXPECT_TRUE(FindIn(types["parameters"], "type", "Vantel.ColorParameter").is_object());
+    EXPECT_EQ(FindIn(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
 }
 
 TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
@@ -287,8 +255,9 @@ TEST_F(EditSession, ANewFileStartsAnEmptyProject) {
     EXPECT_NE(ReadFile(fresh).find("Vantel.General.Graph"), std::string::npos);
 }
 
-// Pause, step and run reach every client as state updates; the library's log lines arrive as they happen.
-TEST_F(EditSession, RunStateAndLogLinesArePushed) {
+// Pause, step and run reach every client as state updates; the library's log lines and previews of image
+// outputs arrive as they happen.
+TEST_F(EditSession, RunStateLogLinesAndPreviewsArePushed) {
     EditProcess session(kHost, project);
     EventReader events(session.GetPort(), session.GetToken());
     EXPECT_EQ(session.Request({{"type", "step"}})["error"], "step while paused");
@@ -304,7 +273,17 @@ TEST_F(EditSession, RunStateAndLogLinesArePushed) {
     EXPECT_EQ(stepped["frame"], paused["frame"].get<unsigned long long>() + 1);
     EXPECT_TRUE(pushed(stepped));
 
+    // Image outputs arrive as small PNG previews ("iVBORw0KGgo" is the PNG signature in base64).
     const std::string loader = FindOperator(session, "Standard.Image.LoadImage");
+    const json update = events.WaitFor(
+        [&](const json& event) {
+            return event.contains("previews") && event["previews"].contains(loader + "/Image");
+        },
+        10.0);
+    ASSERT_FALSE(update.is_null()) << "no preview of the loaded picture arrived";
+    EXPECT_EQ(update["previews"][loader + "/Image"].get<std::string>().rfind(
+                  "data:image/png;base64,iVBORw0KGgo", 0),
+              0u);
     Ok(session, {{"type", "setValue"}, {"path", loader + "/File"}, {"value", "missing.png"}});
     Ok(session, {{"type", "run"}});
     EXPECT_TRUE(pushed({{"running", true},
@@ -329,29 +308,15 @@ TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
     const std::string before = Save(session);
     std::mt19937 random(20261124);
     const auto pick = [&random](const auto& items) { return items[random() % items.size()]; };
-    const std::vector<std::string> types = {"addOperator",
-                                            "removeOperator",
-                                            "moveOperator",
-                                            "renameOperator",
-                                            "connectData",
-                                            "disconnectData",
-                                            "connectParameter",
-                                            "disconnectParameter",
-                                            "setValue",
-                                            "setComponent",
-                                            "addUserPort",
-                                            "addUserParameter",
-                                            "moveListInput",
-                                            "removeListInput",
-                                            "addBundle",
-                                            "removeBundle",
-                                            "moveBundle",
-                                            "getGraph",
-                                            "bogus"};
+    std::istringstream typeNames(
+        "addOperator removeOperator moveOperator renameOperator connectData disconnectData connectParameter "
+        "disconnectParameter setValue setComponent addUserPort addUserParameter moveListInput "
+        "removeListInput "
+        "addBundle removeBundle moveBundle getGraph bogus");
+    const std::vector<std::string> types{std::istream_iterator<std::string>(typeNames), {}};
     const std::vector<std::string> operatorTypes = {"Standard.Math.Arithmetic", "Standard.Math.Oscillator",
                                                     "Standard.Image.Invert", "Vantel.General.Graph", "Nope"};
     const std::vector<json> values = {1.5, -2, "text", nullptr, json::array({1, 2}), json::object(), true};
-    int accepted = 0;
     json clipboard = json::object();
     for (int message = 0; message < 2000; ++message) {
         // The paths of the moment: every operator, port and parameter of the root graph.
@@ -394,18 +359,9 @@ TEST_F(EditSession, RandomMessagesLeaveTheModelConsistent) {
         const int status = session.Post(body, session.GetToken());
         ASSERT_TRUE(status == 200 || status == 400) << body;
     }
-    const json history = Ok(session, {{"type", "getHistory"}});
-    accepted = static_cast<int>(history["undo"].size());
+    const int accepted = static_cast<int>(Ok(session, {{"type", "getHistory"}})["undo"].size());
     EXPECT_GT(accepted, 20) << "the random edits hardly ever landed; the test tests little";
-    const std::string after = Save(session);
-    for (int i = 0; i < accepted; ++i) {
-        ASSERT_EQ(Ok(session, {{"type", "undo"}})["replayed"], true);
-    }
-    EXPECT_EQ(Save(session), before);
-    for (int i = 0; i < accepted; ++i) {
-        ASSERT_EQ(Ok(session, {{"type", "redo"}})["replayed"], true);
-    }
-    EXPECT_EQ(Save(session), after);
+    ExpectHistoryRoundTrip(session, before, Save(session));
 }
 
 }  // namespace

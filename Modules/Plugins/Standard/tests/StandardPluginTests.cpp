@@ -290,17 +290,31 @@ TEST(StandardPlugin, CounterWrapsAndResets) {
     }
 }
 
-TEST(StandardPlugin, LoadInvertSaveRoundTripAndTheirWarnings) {
+// Load -> a middle operator -> Save, reading "in.png" (written from the given image) and writing "out.png".
+struct ImagePipeline : Pipeline {
     TempFolder folder;
-    Write(Rgba(2, 1, {0, 100, 255, 7, 10, 20, 30, 255}), folder / "in.png");
-    Pipeline pipeline;
-    Operator& load = pipeline.Add("Standard.Image.LoadImage");
-    Operator& invert = pipeline.Add("Standard.Image.Invert");
-    Operator& save = pipeline.Add("Standard.Image.SaveImage");
-    pipeline.Connect(load, "Image", invert, "Image");
-    pipeline.Connect(invert, "Result", save, "Image");
-    Param<StringParameter>(load, "File") = folder / "in.png";
-    Param<StringParameter>(save, "File") = folder / "out.png";
+    Operator* load = nullptr;
+    Operator* work = nullptr;
+    Operator* save = nullptr;
+
+    ImagePipeline(const std::string& type, const Image& input) {
+        Write(input, folder / "in.png");
+        load = &Add("Standard.Image.LoadImage");
+        work = &Add(type);
+        save = &Add("Standard.Image.SaveImage");
+        Connect(*load, "Image", *work, "Image");
+        Connect(*work, "Result", *save, "Image");
+        Param<StringParameter>(*load, "File") = folder / "in.png";
+        Param<StringParameter>(*save, "File") = folder / "out.png";
+    }
+    std::vector<std::uint8_t> Saved() { return Image::LoadFromFile(folder / "out.png").GetPixelData(); }
+};
+
+TEST(StandardPlugin, LoadInvertSaveRoundTripAndTheirWarnings) {
+    ImagePipeline pipeline("Standard.Image.Invert", Rgba(2, 1, {0, 100, 255, 7, 10, 20, 30, 255}));
+    const TempFolder& folder = pipeline.folder;
+    Operator& load = *pipeline.load;
+    Operator& save = *pipeline.save;
     {
         LogCapture log;
         pipeline.Frame();
@@ -347,25 +361,6 @@ TEST(StandardPlugin, LoadInvertSaveRoundTripAndTheirWarnings) {
     }
 }
 
-// Load -> (Blur or Resize) -> Save, the middle operator returned.
-struct BackgroundPipeline : Pipeline {
-    TempFolder folder;
-    Operator* load = nullptr;
-    Operator* work = nullptr;
-
-    BackgroundPipeline(const std::string& type, const Image& input) {
-        Write(input, folder / "in.png");
-        load = &Add("Standard.Image.LoadImage");
-        work = &Add(type);
-        Operator& save = Add("Standard.Image.SaveImage");
-        Connect(*load, "Image", *work, "Image");
-        Connect(*work, "Result", save, "Image");
-        Param<StringParameter>(*load, "File") = folder / "in.png";
-        Param<StringParameter>(save, "File") = folder / "out.png";
-    }
-    std::vector<std::uint8_t> Saved() { return Image::LoadFromFile(folder / "out.png").GetPixelData(); }
-};
-
 TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped) {
     const Image large(std::vector<std::uint8_t>(256 * 256 * 3, 128), 256, 256, 3, 8);
     // One white pixel in the middle of black, grey only (one channel).
@@ -373,7 +368,7 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
     dot[4] = 255;
     const Image input(dot, 3, 3, 1, 8);
     {
-        BackgroundPipeline pipeline("Standard.Image.Blur", input);
+        ImagePipeline pipeline("Standard.Image.Blur", input);
         Param<EnumParameter>(*pipeline.work, "Mode") = "Box";
         Param<FloatParameter>(*pipeline.work, "Radius") = 1.0;
         pipeline.Frame();
@@ -398,7 +393,7 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
     }
     {
         // An overtaken job never reaches the output, even when it finishes long before the newer one.
-        BackgroundPipeline pipeline("Standard.Image.Blur", large);
+        ImagePipeline pipeline("Standard.Image.Blur", large);
         Param<FloatParameter>(*pipeline.work, "Radius") = 0.0;  // done at once
         pipeline.Frame();
         Param<FloatParameter>(*pipeline.work, "Radius") = 20.0;  // takes a while
@@ -419,7 +414,7 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
         EXPECT_EQ(written.size(), 1u);
     }
     {
-        BackgroundPipeline pipeline("Standard.Image.Resize", Rgba(2, 1, {0, 0, 0, 255, 200, 100, 50, 255}));
+        ImagePipeline pipeline("Standard.Image.Resize", Rgba(2, 1, {0, 0, 0, 255, 200, 100, 50, 255}));
         Param<IntParameter>(*pipeline.work, "Width") = 1;
         Param<IntParameter>(*pipeline.work, "Height") = 0;  // taken as 1
         pipeline.Frame();
@@ -429,7 +424,7 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
     }
     {
         // Destroying a blur with a job in flight drops the result quietly.
-        auto pipeline = std::make_unique<BackgroundPipeline>("Standard.Image.Blur", large);
+        auto pipeline = std::make_unique<ImagePipeline>("Standard.Image.Blur", large);
         Param<FloatParameter>(*pipeline->work, "Radius") = 20.0;
         pipeline->Frame();
         pipeline.reset();

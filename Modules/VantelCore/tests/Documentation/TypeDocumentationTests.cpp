@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <map>
+#include <ranges>
 #include <regex>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -133,13 +135,9 @@ TEST(TypeDocumentation, EachProblemLogsOneWarningInCheckOrder) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         std::string expected;
-        for (std::size_t start = 0; start < std::string_view(row.log).size();) {
-            const std::string_view log(row.log);
-            const std::size_t end = std::min(log.find('\n', start), log.size());
-            expected += std::string("[Warning] Doc \"") + row.path + "\": ";
-            expected += log.substr(start, end - start);
-            expected += '\n';
-            start = end + 1;
+        std::istringstream lines(row.log);
+        for (std::string line; std::getline(lines, line);) {
+            expected += std::string("[Warning] Doc \"") + row.path + "\": " + line + "\n";
         }
         EXPECT_EQ(Parse(row.kind, row.type, row.path, row.text), expected);
     }
@@ -295,15 +293,10 @@ TEST(TypeDocumentation, CompiledInDocsAreCompleteAndLinkToEachOther) {
         EXPECT_FALSE(info->tags.empty()) << info->name;
         bodies["Docs/ParameterTypes/" + info->name + ".md"] = info->text;
     }
-    std::vector<std::string> listed;
-    for (std::string_view path : Resources::List("Docs/")) {
-        listed.emplace_back(path);
-    }
-    std::vector<std::string> documented;
-    for (const auto& [path, body] : bodies) {
-        documented.push_back(path);
-    }
-    EXPECT_EQ(listed, documented);
+    const auto listed = Resources::List("Docs/");
+    const auto documented = std::views::keys(bodies);
+    EXPECT_EQ(std::vector<std::string>(listed.begin(), listed.end()),
+              std::vector<std::string>(documented.begin(), documented.end()));
 
     const std::regex link(R"(\]\(<(op|param):([^>]*)>\))");
     for (const auto& [path, body] : bodies) {

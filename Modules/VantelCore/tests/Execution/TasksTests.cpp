@@ -102,7 +102,7 @@ TEST(Tasks, NoTaskIsLostBetweenThreadsPoolsAndTheMainThread) {
     EXPECT_EQ(mainThreadRuns, kPosters * kTasksEach);
 }
 
-TEST(Tasks, MainThreadTasksRunInPostingOrderOneBatchPerCall) {
+TEST(Tasks, MainThreadTasksRunInPostingOrderOneBatchPerCallUntilOneThrows) {
     Strings ran;
     Tasks::RunOnMainThread([&ran] {
         ran.push_back("a");
@@ -119,10 +119,9 @@ TEST(Tasks, MainThreadTasksRunInPostingOrderOneBatchPerCall) {
     EXPECT_EQ(ran, (Strings{"a", "b", "from the background"}));
     Tasks::ProcessMainThreadTasks();
     EXPECT_EQ(ran, (Strings{"a", "b", "from the background", "posted by a"}));
-}
 
-TEST(Tasks, AThrowingMainThreadTaskPropagatesAndDiscardsTheRestOfItsBatch) {
-    Strings ran;
+    // A throwing task propagates and discards the rest of its batch.
+    ran.clear();
     Tasks::RunOnMainThread([&ran] { ran.push_back("before"); });
     Tasks::RunOnMainThread([] { throw std::runtime_error("bad frame"); });
     Tasks::RunOnMainThread([&ran] { ran.push_back("discarded"); });

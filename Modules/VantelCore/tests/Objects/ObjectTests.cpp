@@ -55,7 +55,7 @@ private:
     std::vector<std::unique_ptr<Node>> children;
 };
 
-TEST(Object, SetKeyRefusesInvalidKeysAndAttachedObjects) {
+TEST(Object, KeysAreValidatedFixedOnceAttachedAndSettledAmongSiblings) {
     LogCapture log;
     Object object;
     object.SetKey("");
@@ -72,7 +72,7 @@ TEST(Object, SetKeyRefusesInvalidKeysAndAttachedObjects) {
     EXPECT_EQ(object.GetKey(), ".");
     EXPECT_EQ(log.Text(), "");
 
-    Node root;
+    Node root("Root");
     Node& child = root.Add("Blur");
     child.SetKey("Blur");
     EXPECT_EQ(log.Text(), "");
@@ -87,6 +87,22 @@ TEST(Object, SetKeyRefusesInvalidKeysAndAttachedObjects) {
     const Object constructed("bad/key");
     EXPECT_EQ(constructed.GetKey(), "");
     EXPECT_EQ(log.Text(), "[Error] Object::SetKey: 'bad/key' is not a valid key.\n");
+
+    // Sibling keys are settled on attach, and generated where none was given.
+    log.Clear();
+    Node& second = root.Add("Blur");
+    Node& third = root.Add("Blur");
+    EXPECT_EQ(second.GetKey(), "Blur_");
+    EXPECT_EQ(third.GetKey(), "Blur__");
+    const std::string tail = ". Keys must be unique among all children of their parent. Using '";
+    const std::string end = "' instead. Values stored under that key are lost once the collision is fixed.\n";
+    EXPECT_EQ(log.Text(), "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur_" + end +
+                              "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur__" +
+                              end);
+    log.Clear();
+    Node& generated = root.Add(std::make_unique<Node>());
+    EXPECT_EQ(generated.GetKey().rfind("Node [", 0), 0u);
+    EXPECT_EQ(log.Text(), "");
 }
 
 TEST(Object, PathsResolveAndRelativePathsNeedAnAncestor) {
@@ -116,27 +132,7 @@ TEST(Object, PathsResolveAndRelativePathsNeedAnAncestor) {
     }
 }
 
-TEST(Object, SiblingKeysAreSettledOnAttach) {
-    LogCapture log;
-    Node root("Root");
-    root.Add("Blur");
-    Node& second = root.Add("Blur");
-    Node& third = root.Add("Blur");
-    EXPECT_EQ(second.GetKey(), "Blur_");
-    EXPECT_EQ(third.GetKey(), "Blur__");
-    const std::string tail = ". Keys must be unique among all children of their parent. Using '";
-    const std::string end = "' instead. Values stored under that key are lost once the collision is fixed.\n";
-    EXPECT_EQ(log.Text(), "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur_" + end +
-                              "[Error] The key 'Blur' is already taken in node 'Root'" + tail + "Blur__" +
-                              end);
-
-    log.Clear();
-    Node& generated = root.Add(std::make_unique<Node>());
-    EXPECT_EQ(generated.GetKey().rfind("Node [", 0), 0u);
-    EXPECT_EQ(log.Text(), "");
-}
-
-TEST(Object, PtrReadsNullOnceItsObjectDies) {
+TEST(Object, PtrReadsNullOnceItsObjectDiesAfterItsDestructionEvent) {
     auto owner = std::make_unique<Node>("Owner");
     Node& child = owner->Add("Child");
     Ptr<Node> first(&child);
@@ -154,9 +150,8 @@ TEST(Object, PtrReadsNullOnceItsObjectDies) {
     EXPECT_EQ(first.Get(), nullptr);
     EXPECT_EQ(second.Get(), nullptr);
     EXPECT_FALSE(first);
-}
 
-TEST(Object, DestructionFiresThenReleasesSubscriptionsThenNullsPtrs) {
+    // Destruction fires, then releases the object's subscriptions, then nulls the Ptrs.
     std::vector<std::string> order;
     Event<> other;
     Ptr<Object> weak;
@@ -193,59 +188,53 @@ TEST(ObjectType, InheritanceIdentityAndCreation) {
     EXPECT_EQ(made->GetType(), node);
 }
 
-TEST(Event, FiresLiveSubscribersInOrderWithArguments) {
-    Event<int> event;
-    event.Fire(0);  // never subscribed: nothing happens
-    std::vector<std::string> calls;
-    EventSubscription a = event.Subscribe([&](int v) { calls.push_back("a" + std::to_string(v)); });
-    EventSubscription empty = event.Subscribe(nullptr);
-    EventSubscription b = event.Subscribe([&](int v) { calls.push_back("b" + std::to_string(v)); });
-    EXPECT_FALSE(empty.IsSubscribed());
-    event.Fire(1);
-    a.Reset();
-    event.Fire(2);
-    EXPECT_EQ(calls, (std::vector<std::string>{"a1", "b1", "b2"}));
+// Firing runs the subscribers live when it starts, in order; whatever they do to the event meanwhile.
+TEST(Event, FiringRunsTheLiveSubscribersInOrder) {
+    {
+        Event<int> event;
+        event.Fire(0);  // never subscribed: nothing happens
+        std::vector<std::string> calls;
+        EventSubscription a = event.Subscribe([&](int v) { calls.push_back("a" + std::to_string(v)); });
+        EventSubscription empty = event.Subscribe(nullptr);
+        EventSubscription b = event.Subscribe([&](int v) { calls.push_back("b" + std::to_string(v)); });
+        EXPECT_FALSE(empty.IsSubscribed());
+        event.Fire(1);
+        a.Reset();
+        event.Fire(2);
+        EXPECT_EQ(calls, (std::vector<std::string>{"a1", "b1", "b2"}));
+    }
+    {
+        // A subscription destroyed before its turn is skipped; one added waits for the next firing.
+        Event<> event;
+        std::vector<std::string> calls;
+        std::optional<EventSubscription> second;
+        std::vector<EventSubscription> added;
+        EventSubscription first = event.Subscribe([&] {
+            calls.push_back("first");
+            second.reset();
+            added.push_back(event.Subscribe([&] { calls.push_back("late"); }));
+        });
+        second = event.Subscribe([&] { calls.push_back("second"); });
+        EventSubscription third = event.Subscribe([&] { calls.push_back("third"); });
+        event.Fire();
+        EXPECT_EQ(calls, (std::vector<std::string>{"first", "third"}));
+        event.Fire();
+        EXPECT_EQ(calls, (std::vector<std::string>{"first", "third", "first", "third", "late"}));
+    }
+    {
+        auto event = std::make_unique<Event<>>();
+        int calls = 0;
+        EventSubscription killer = event->Subscribe([&] {
+            ++calls;
+            event.reset();
+        });
+        EventSubscription after = event->Subscribe([&] { ++calls; });
+        event->Fire();
+        EXPECT_EQ(calls, 2);  // the snapshot keeps the firing going
+    }
 }
 
-TEST(Event, SubscriptionDestroyedDuringFiringIsSkipped) {
-    Event<> event;
-    std::vector<std::string> calls;
-    std::optional<EventSubscription> second;
-    EventSubscription first = event.Subscribe([&] {
-        calls.push_back("first");
-        second.reset();  // its turn has not come yet
-    });
-    second = event.Subscribe([&] { calls.push_back("second"); });
-    EventSubscription third = event.Subscribe([&] { calls.push_back("third"); });
-    event.Fire();
-    event.Fire();
-    EXPECT_EQ(calls, (std::vector<std::string>{"first", "third", "first", "third"}));
-}
-
-TEST(Event, SubscribingDuringFiringWaitsForTheNextFiring) {
-    Event<> event;
-    int late = 0;
-    std::vector<EventSubscription> added;
-    EventSubscription adder = event.Subscribe([&] { added.push_back(event.Subscribe([&] { ++late; })); });
-    event.Fire();
-    EXPECT_EQ(late, 0);
-    event.Fire();
-    EXPECT_EQ(late, 1);
-}
-
-TEST(Event, FiringSurvivesTheDestructionOfItsEvent) {
-    auto event = std::make_unique<Event<>>();
-    int calls = 0;
-    EventSubscription killer = event->Subscribe([&] {
-        ++calls;
-        event.reset();
-    });
-    EventSubscription after = event->Subscribe([&] { ++calls; });
-    event->Fire();
-    EXPECT_EQ(calls, 2);  // the snapshot keeps the firing going
-}
-
-TEST(Path, ParseAndPrintRoundTrip) {
+TEST(Path, ParseAndPrintRoundTripAndRejectEmptyPiecesAndDotDot) {
     struct Row {
         const char* text;
         bool absolute;
@@ -265,9 +254,6 @@ TEST(Path, ParseAndPrintRoundTrip) {
     }
     EXPECT_EQ((*Path::Parse("./a"))[0], ".");
     EXPECT_NE(*Path::Parse(""), *Path::Parse("/"));
-}
-
-TEST(Path, ParseRejectsEmptyPiecesAndDotDot) {
     for (const char* text : {"a//b", "a/", "//a", "a/../b", "..", "/.."}) {
         SCOPED_TRACE(text);
         EXPECT_FALSE(Path::Parse(text).has_value());
@@ -308,14 +294,15 @@ bool IsBase36(char c) {
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z');
 }
 
-TEST(GenerateKey, MakesBracketedBase36KeysThatTheCallerAccepts) {
-    const std::string key = GenerateKey("a/b", [](std::string_view) { return true; });
+TEST(GenerateKey, MakesBracketedBase36KeysThatTheCallerAcceptsOnEveryThread) {
+    const auto any = [](std::string_view) { return true; };
+    const std::string key = GenerateKey("a/b", any);
     ASSERT_EQ(key.size(), std::string("a b [xxx]").size());
     EXPECT_EQ(key.substr(0, 5), "a b [");
     EXPECT_EQ(key.back(), ']');
     EXPECT_TRUE(IsBase36(key[5]) && IsBase36(key[6]) && IsBase36(key[7]));
 
-    const std::string bare = GenerateKey("", [](std::string_view) { return true; });
+    const std::string bare = GenerateKey("", any);
     EXPECT_EQ(bare.size(), 5u);
     EXPECT_EQ(bare.front(), '[');
 
@@ -328,10 +315,8 @@ TEST(GenerateKey, MakesBracketedBase36KeysThatTheCallerAccepts) {
     EXPECT_EQ(accepted.size(), std::string("Blur [xxxx]").size());
 
     EXPECT_THROW(GenerateKey("x", nullptr), std::bad_function_call);
-}
 
-TEST(GenerateKey, ThreadsDrawFromTheirOwnEngines) {
-    const auto any = [](std::string_view) { return true; };
+    // Threads draw from engines of their own.
     std::set<std::string> keys;
     for (int i = 0; i < 50; ++i) {
         keys.insert(GenerateKey("", any));

@@ -36,6 +36,8 @@ using Testing::LogCapture;
 using Testing::TestPluginFile;
 using Names = std::vector<std::string>;
 
+TypeLibrary& library = *TypeLibrary::Get();
+const fs::path kPlugin = TestPluginFile("VantelTestPlugin");
 const Names kTestPluginTypes = {"TestPlugin.SampleInput", "TestPlugin.SampleOutput",
                                 "TestPlugin.FactorParameter", "TestPlugin.Math.Scale"};
 const std::string kUnloadTrace = "[Info] VantelTestPlugin: unload entry called\n";
@@ -70,20 +72,19 @@ struct TempFolder {
     TempFolder() { fs::create_directories(path); }
     ~TempFolder() { fs::remove_all(path); }
     fs::path CopyTestPlugin(const std::string& fileName) const {
-        fs::copy_file(TestPluginFile("VantelTestPlugin"), path / fileName);
+        fs::copy_file(kPlugin, path / fileName);
         return path / fileName;
     }
 };
 
 TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
-    TypeLibrary& library = *TypeLibrary::Get();
     const std::size_t typeCount = library.GetTypes().size();
     const std::size_t operatorCount = library.GetOperatorInfos().size();
     const std::size_t dataTypeCount = library.GetDataTypes().size();
     TypeEvents events;
     LogCapture log;
-    ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelTestPlugin")));
-    EXPECT_EQ(log.Text(), Loading(TestPluginFile("VantelTestPlugin")));  // its docs pass every check
+    ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
+    EXPECT_EQ(log.Text(), Loading(kPlugin));  // its docs pass every check
     EXPECT_EQ(events.added, kTestPluginTypes);
     EXPECT_EQ(library.GetTypes().size(), typeCount + 4);
     {
@@ -115,15 +116,13 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
 }
 
 TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {
-    TypeLibrary& library = *TypeLibrary::Get();
-    const fs::path path = TestPluginFile("VantelTestPlugin");
     LogCapture log;
-    ASSERT_TRUE(library.LoadPluginFromFile(path));
+    ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
     log.Clear();
-    EXPECT_TRUE(library.LoadPluginFromFile(path));
+    EXPECT_TRUE(library.LoadPluginFromFile(kPlugin));
     EXPECT_EQ(
         log.Text(),
-        Loading(path) +
+        Loading(kPlugin) +
             "[Warning] Failed to register data type, id is already taken: \"TestPlugin.Sample\"\n"
             "[Warning] Failed to register parameter, it is already registered: "
             "\"TestPlugin.FactorParameter\"\n"
@@ -137,8 +136,8 @@ TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {
     // Everything went: loading again registers afresh.
     TypeEvents events;
     log.Clear();
-    ASSERT_TRUE(library.LoadPluginFromFile(path));
-    EXPECT_EQ(log.Text(), Loading(path));
+    ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
+    EXPECT_EQ(log.Text(), Loading(kPlugin));
     EXPECT_EQ(events.added, kTestPluginTypes);
     library.UnloadPlugin("VantelTestPlugin");
 }
@@ -146,11 +145,10 @@ TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {
 // While a plug-in is developed it is loaded again from a new build: the types stay those of the first load,
 // so its library must stay mapped until the plug-in is unloaded.
 TEST(Plugin, EarlierLibraryOfAReloadedPluginStaysUntilUnload) {
-    TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
-    const fs::path rebuilt = temp.CopyTestPlugin(TestPluginFile("VantelTestPlugin").filename().string());
+    const fs::path rebuilt = temp.CopyTestPlugin(kPlugin.filename().string());
     TypeEvents events;
-    ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelTestPlugin")));
+    ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
     {
         const LogCapture quiet;  // the rebuild's types clash with the first load's
         ASSERT_TRUE(library.LoadPluginFromFile(rebuilt));
@@ -166,7 +164,6 @@ TEST(Plugin, EarlierLibraryOfAReloadedPluginStaysUntilUnload) {
 
 // A record registered for a type that is there already leaves with the plug-in; the type stays.
 TEST(Plugin, RecordForAnotherOwnersTypeLeavesTheTypeOnUnload) {
-    TypeLibrary& library = *TypeLibrary::Get();
     static const ObjectType outer("PluginTests.Outer", Operator::Type(), nullptr);
     library.RegisterType(&outer);
     TypeEvents events;
@@ -180,7 +177,7 @@ TEST(Plugin, RecordForAnotherOwnersTypeLeavesTheTypeOnUnload) {
     });
     {
         const LogCapture log;
-        ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelTestPlugin")));
+        ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
     }
     EXPECT_NE(library.FindOperatorInfo(&outer), nullptr);
     library.UnloadPlugin("VantelTestPlugin");
@@ -191,8 +188,6 @@ TEST(Plugin, RecordForAnotherOwnersTypeLeavesTheTypeOnUnload) {
 
 // Halfway through its load entry the plug-in throws: what it registered goes, and it is not loaded.
 TEST(Plugin, LoadEntryThatThrowsIsTakenBackWhole) {
-    TypeLibrary& library = *TypeLibrary::Get();
-    const fs::path path = TestPluginFile("VantelTestPlugin");
     const std::size_t typeCount = library.GetTypes().size();
     const std::size_t dataTypeCount = library.GetDataTypes().size();
     TypeEvents events;
@@ -203,8 +198,8 @@ TEST(Plugin, LoadEntryThatThrowsIsTakenBackWhole) {
             }
         });
         LogCapture log;
-        EXPECT_FALSE(library.LoadPluginFromFile(path));
-        EXPECT_EQ(log.Text(), Loading(path) +
+        EXPECT_FALSE(library.LoadPluginFromFile(kPlugin));
+        EXPECT_EQ(log.Text(), Loading(kPlugin) +
                                   "[Error] Failed to load plugin \"VantelTestPlugin\", its VantelPluginLoad "
                                   "entry point threw: out of licences\n");
         EXPECT_EQ(events.removed, (Names{"TestPlugin.SampleInput", "TestPlugin.SampleOutput"}));
@@ -218,22 +213,20 @@ TEST(Plugin, LoadEntryThatThrowsIsTakenBackWhole) {
     // Nothing was left behind to clash with a clean load.
     LogCapture log;
     events.added.clear();
-    ASSERT_TRUE(library.LoadPluginFromFile(path));
-    EXPECT_EQ(log.Text(), Loading(path));
+    ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
+    EXPECT_EQ(log.Text(), Loading(kPlugin));
     EXPECT_EQ(events.added, kTestPluginTypes);
     library.UnloadPlugin("VantelTestPlugin");
 }
 
 // A plug-in that unloads itself, or the plug-in loading it, from its load entry is refused; the load goes on.
 TEST(Plugin, PluginsThatAreLoadingCannotBeUnloadedOrLoadedAgain) {
-    TypeLibrary& library = *TypeLibrary::Get();
-    const fs::path path = TestPluginFile("VantelTestPlugin");
     for (const char* target : {"VantelTestPlugin", "VantelNestedTestPlugin"}) {
         SCOPED_TRACE(target);
         const EventSubscription meddler = library.TypeAddedEvent().Subscribe([&](const ObjectType* type) {
             if (type->GetName() == "TestPlugin.SampleInput") {
                 library.UnloadPlugin(target);
-                EXPECT_FALSE(library.LoadPluginFromFile(path));
+                EXPECT_FALSE(library.LoadPluginFromFile(kPlugin));
             }
         });
         const fs::path file = TestPluginFile(target);
@@ -241,24 +234,22 @@ TEST(Plugin, PluginsThatAreLoadingCannotBeUnloadedOrLoadedAgain) {
         ASSERT_TRUE(library.LoadPluginFromFile(file));
         const std::string refused =
             "[Warning] Failed to unload plugin, it is still loading: \"" + std::string(target) + "\"\n" +
-            Loading(path) + "[Warning] Failed to load plugin, it is still loading: \"VantelTestPlugin\"\n";
-        EXPECT_EQ(log.Text(), (file == path ? "" : Loading(file)) + Loading(path) + refused);
+            Loading(kPlugin) + "[Warning] Failed to load plugin, it is still loading: \"VantelTestPlugin\"\n";
+        EXPECT_EQ(log.Text(), (file == kPlugin ? "" : Loading(file)) + Loading(kPlugin) + refused);
         // The registrations after the refusal were booked to the right plug-ins, which unload cleanly.
         EXPECT_NE(library.GetType("TestPlugin.Math.Scale"), nullptr);
         TypeEvents events;
         library.UnloadAllPlugins();
-        EXPECT_EQ(events.removed.size(), file == path ? 4u : 6u);
+        EXPECT_EQ(events.removed.size(), file == kPlugin ? 4u : 6u);
         EXPECT_EQ(library.GetType("NestedTestPlugin.After"), nullptr);
     }
 }
 
 TEST(Plugin, PluginLoadedFromAnEntryPointOwnsOnlyItsOwnTypes) {
-    TypeLibrary& library = *TypeLibrary::Get();
     TypeEvents events;
     LogCapture log;
     ASSERT_TRUE(library.LoadPluginFromFile(TestPluginFile("VantelNestedTestPlugin")));
-    EXPECT_EQ(log.Text(), Loading(TestPluginFile("VantelNestedTestPlugin")) +
-                              Loading(TestPluginFile("VantelTestPlugin")));
+    EXPECT_EQ(log.Text(), Loading(TestPluginFile("VantelNestedTestPlugin")) + Loading(kPlugin));
     log.Clear();
     library.UnloadAllPlugins();  // the last loaded first
     EXPECT_EQ(log.Text(), "[Info] Unloading plugin: VantelTestPlugin\n" + kUnloadTrace +
@@ -271,7 +262,6 @@ TEST(Plugin, PluginLoadedFromAnEntryPointOwnsOnlyItsOwnTypes) {
 }
 
 TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
-    TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
     const fs::path noEntry = TestPluginFile("VantelNoEntryPlugin");
     const std::string extension = PluginFileExtension();
@@ -316,7 +306,6 @@ TEST(Plugin, RefusedLibrariesLeaveNoRecord) {
 }
 
 TEST(Plugin, NameComesFromTheFileOrTheCaller) {
-    TypeLibrary& library = *TypeLibrary::Get();
     const TempFolder temp;
     const std::string extension = PluginFileExtension();
     for (const auto& [file, name] :
@@ -359,7 +348,7 @@ TEST(PluginDeathTest, ProcessEndsCleanlyWithAPluginLoaded) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            TypeLibrary::Get()->LoadPluginFromFile(TestPluginFile("VantelTestPlugin"));
+            library.LoadPluginFromFile(kPlugin);
             std::exit(0);
         },
         testing::ExitedWithCode(0), "");

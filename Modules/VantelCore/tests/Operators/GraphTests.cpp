@@ -55,18 +55,6 @@ public:
     VANTEL_OBJECT_TYPE(NumberInput, DataInput, "Vantel.Test.NumberInput");
 };
 
-TEST(Graph, KeysComeFromNamesOrTypes) {
-    Graph graph;
-    SourceOperator& unnamed = Add<SourceOperator>(graph);
-    AddOperator& named = Add<AddOperator>(graph, "Sum");
-    EXPECT_EQ(unnamed.GetKey().rfind("Source [", 0), 0u);
-    EXPECT_EQ(named.GetKey().rfind("Sum [", 0), 0u);
-    EXPECT_EQ(unnamed.GetGraph(), &graph);
-    EXPECT_EQ(graph.Resolve(*Path::Parse(named.GetKey() + "/Offset")), &named.offset);
-    EXPECT_EQ(named.offset.GetPath().ToString(), "/" + named.GetKey() + "/Offset");
-    EXPECT_TRUE(unnamed.Outdated());  // new operators run in their first frame
-}
-
 TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     Graph graph;
     SourceOperator& source = Add<SourceOperator>(graph);
@@ -277,7 +265,7 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
     EXPECT_EQ(crossed.in.FindIncomingConnection(1)->source, &from.out);
 }
 
-TEST(Graph, RemovingAnOperatorDisconnectsIt) {
+TEST(Graph, AddedOperatorsGetKeysAndRemovedOnesAreDisconnected) {
     Graph graph;
     std::vector<Operator*> added, gone;
     EventSubscription onAdd =
@@ -285,8 +273,15 @@ TEST(Graph, RemovingAnOperatorDisconnectsIt) {
     EventSubscription onGone =
         graph.OperatorRemovedEvent().Subscribe([&](Operator* op) { gone.push_back(op); });
     SourceOperator& source = Add<SourceOperator>(graph);
-    AddOperator& sink = Add<AddOperator>(graph);
+    AddOperator& sink = Add<AddOperator>(graph, "Sum");
     EXPECT_EQ(added, (std::vector<Operator*>{&source, &sink}));
+    // Keys come from the name, or from the type without one.
+    EXPECT_EQ(source.GetKey().rfind("Source [", 0), 0u);
+    EXPECT_EQ(sink.GetKey().rfind("Sum [", 0), 0u);
+    EXPECT_EQ(source.GetGraph(), &graph);
+    EXPECT_EQ(graph.Resolve(*Path::Parse(sink.GetKey() + "/Offset")), &sink.offset);
+    EXPECT_EQ(sink.offset.GetPath().ToString(), "/" + sink.GetKey() + "/Offset");
+    EXPECT_TRUE(source.Outdated());  // new operators run in their first frame
     graph.AddDataConnection({&source.out, &sink.in});
     graph.AddParameterConnection({&source.value, &sink.offset, {{0, 0}}}, false);
     std::unique_ptr<Operator> removed = graph.RemoveOperator(&source);
@@ -404,8 +399,8 @@ TEST(NestedGraph, BoundaryOperatorsFollowTheGraphsMembers) {
 }
 
 // A mirror parameter leaves its key in the file, so the mirrors must exist whether or not anything looked at
-// the boundary operators before saving.
-TEST(NestedGraph, SavedBytesDependOnlyOnTheModel) {
+// the boundary operators before saving; and saving changes nothing the next frame computes.
+TEST(NestedGraph, SavedBytesDependOnlyOnTheModelAndSavingLeavesTheNextFrame) {
     Testing::RegisterProjectTestTypes();
     Project project;
     Graph& nested = Add<Graph>(*project.GetRootGraph());
@@ -438,21 +433,12 @@ TEST(NestedGraph, SavedBytesDependOnlyOnTheModel) {
 
     gain->SetName("Gain");
     EXPECT_EQ(inputs.GetAllParameters()[0]->GetName(), "Gain");  // followed at once, unasked
-}
 
-// The model in memory and the file it just wrote compute the same next frame: saving consumes no mark.
-TEST(NestedGraph, SavingLeavesTheNextFrameAsItWas) {
-    Testing::RegisterProjectTestTypes();
-    Project project;
-    Graph& nested = Add<Graph>(*project.GetRootGraph());
-    GraphInputsOperator& inputs = Add<GraphInputsOperator>(nested);
+    // The model in memory and the file it just wrote compute the same next frame: saving consumes no mark.
     AddOperator& inner = Add<AddOperator>(nested);
-    auto* gain = static_cast<NumberParameter*>(nested.AddUserParameter(NumberParameter::Type(), false));
     ASSERT_TRUE(nested.AddParameterConnection({inputs.FindMirror(*gain), &inner.offset, {{0, 0}}}, false));
-    gain->SetValue(3.0);  // before the first frame
-
-    const nlohmann::json saved = Serialization::SerializeProject(project);
-    std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(saved);
+    static_cast<NumberParameter*>(gain)->SetValue(3.0);  // before the first frame
+    loaded = Deserialization::DeserializeProject(Serialization::SerializeProject(project));
     ASSERT_NE(loaded, nullptr);
     for (Project* model : {&project, loaded.get()}) {
         Runner runner(std::make_unique<FixedClock>(0.1));
