@@ -755,7 +755,7 @@ Object* Graph::FindChildImplementation(std::string_view key) {
     if (Object* own = Operator::FindChildImplementation(key)) {
         return own;
     }
-    const auto found = implementation->operatorsByKey.find(std::string(key));
+    const auto found = implementation->operatorsByKey.find(key);
     return found == implementation->operatorsByKey.end() ? nullptr : found->second;
 }
 

@@ -6,7 +6,9 @@
 
 #include <cstddef>
 #include <memory>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -55,8 +57,13 @@ private:
     std::vector<Operator*> operators;
     std::vector<const Operator*> constOperators;
     std::vector<std::unique_ptr<Operator>> ownedOperators;  // in the order of `operators`
-    // Keys are fixed while an operator is in the graph, so lookups by key need no scan.
-    std::unordered_map<std::string, Operator*> operatorsByKey;
+    // Keys are fixed while an operator is in the graph, so lookups by key need no scan. A path's pieces are
+    // looked up as they are, without a string made for each.
+    struct KeyHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
+    };
+    std::unordered_map<std::string, Operator*, KeyHash, std::equal_to<>> operatorsByKey;
     std::vector<DataConnection> dataConnections;
     ParameterConnectionMap parameterConnections;
     std::vector<Operator*> executionOrder;
