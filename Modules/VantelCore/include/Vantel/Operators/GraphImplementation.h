@@ -5,8 +5,8 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
