@@ -381,13 +381,12 @@ void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& given, std::stri
     std::size_t insertAt = 0;
     std::vector<ParameterNode*> others;
     for (std::size_t i = 0; i < children.size(); ++i) {
-        if (std::find(nodes.begin(), nodes.end(), children[i]) != nodes.end()) {
-            continue;
+        if (i == firstIndex) {
+            insertAt = others.size();
         }
-        if (i < firstIndex) {
-            ++insertAt;
+        if (std::find(nodes.begin(), nodes.end(), children[i]) == nodes.end()) {
+            others.push_back(children[i]);
         }
-        others.push_back(children[i]);
     }
     others.insert(others.begin() + static_cast<std::ptrdiff_t>(insertAt), nodes.begin(), nodes.end());
     implementation->Reorder(std::move(others));
