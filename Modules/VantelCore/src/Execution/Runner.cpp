@@ -39,7 +39,8 @@ public:
     bool started = false;
     // One context for every frame, updated before each: a frame allocates nothing of its own.
     std::unique_ptr<ExecutionContext> context = Access::CreateExecutionContext(0.0, 0.0, 0);
-    // The operators whose structure changed during the frame, kept for its capacity.
+    // The operators whose structure changed during the frame, kept for its capacity. Emptied as a frame
+    // begins, so that a frame that threw leaves nothing behind for the next.
     std::vector<Operator*> unsettled;
 
     void RunFrame(Graph& graph);
@@ -66,7 +67,6 @@ void Runner::Implementation::SettleStructures() {
         Access::GetImplementation(*op)->UpdateStructureIfDirty();
         op->MarkDirty();
     }
-    unsettled.clear();
 }
 
 Runner::Runner(std::unique_ptr<Clock> clock) : implementation(std::make_unique<Implementation>()) {

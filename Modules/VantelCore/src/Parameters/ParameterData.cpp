@@ -171,10 +171,8 @@ struct ParameterData::Record {
                                               std::uint64_t rows) {
         auto record = std::make_unique<Record>();
         record->kind = kind;
-        record->ints.reserve(floats.size());
-        for (double value : floats) {
-            record->ints.push_back(TruncateToInt(value));
-        }
+        record->ints.resize(floats.size());
+        std::transform(floats.begin(), floats.end(), record->ints.begin(), TruncateToInt);
         record->floats = std::move(floats);
         record->columns = columns;
         record->rows = rows;

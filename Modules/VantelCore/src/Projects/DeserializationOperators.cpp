@@ -142,22 +142,26 @@ DataInputList* FindList(const Operator& op, const std::string& key) {
     return nullptr;
 }
 
+void CreateInputsOfList(Operator& op, const json& item, Context& context) {
+    const std::string key = Detail::KeyOf(item);
+    DataInputList* list = FindList(op, key);
+    if (list == nullptr) {
+        Detail::DropEntry(context, DroppedEntry::Kind::ListInputs, op, key,
+                          "CreateListInputs: data input list '" + key + "' not found in operator '" +
+                              op.GetName() + "', its inputs are dropped.");
+        return;
+    }
+    // A list input's entry holds only its key: its name comes from its place in the list.
+    for (const json& inputEntry : Detail::AsArray(item.at("inputs"))) {
+        Access::GetImplementation(*list)->CreateInput(Detail::KeyOf(inputEntry));
+    }
+}
+
+// Entries without "inputs" are the user's own inputs, made elsewhere.
 void CreateListInputs(Operator& op, const json& entry, Context& context) {
     for (const json& item : Detail::ArrayAt(entry, "dataInputs")) {
-        if (!item.is_object() || !item.contains("inputs")) {
-            continue;
-        }
-        const std::string key = Detail::KeyOf(item);
-        DataInputList* list = FindList(op, key);
-        if (list == nullptr) {
-            Detail::DropEntry(context, DroppedEntry::Kind::ListInputs, op, key,
-                              "CreateListInputs: data input list '" + key + "' not found in operator '" +
-                                  op.GetName() + "', its inputs are dropped.");
-            continue;
-        }
-        // A list input's entry holds only its key: its name comes from its place in the list.
-        for (const json& inputEntry : Detail::AsArray(item.at("inputs"))) {
-            Access::GetImplementation(*list)->CreateInput(Detail::KeyOf(inputEntry));
+        if (item.is_object() && item.contains("inputs")) {
+            CreateInputsOfList(op, item, context);
         }
     }
 }
