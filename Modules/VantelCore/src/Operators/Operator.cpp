@@ -53,11 +53,18 @@ std::size_t IndexIn(const std::vector<Item>& items, const Item& item) {
     return found == items.end() ? ParameterNode::npos : static_cast<std::size_t>(found - items.begin());
 }
 
+// Moves `item` to `index`; false, and nothing moved, when it is not there, `index` is past the end or it is
+// there already.
 template <typename Item>
-void MoveItem(std::vector<Item>& items, std::size_t from, std::size_t to) {
-    Item item = std::move(items[from]);
-    items.erase(items.begin() + static_cast<std::ptrdiff_t>(from));
-    items.insert(items.begin() + static_cast<std::ptrdiff_t>(to), std::move(item));
+bool MoveItem(std::vector<Item>& items, const Item& item, std::size_t index) {
+    const std::size_t current = IndexIn(items, item);
+    if (current == ParameterNode::npos || index >= items.size() || current == index) {
+        return false;
+    }
+    Item moved = std::move(items[current]);
+    items.erase(items.begin() + static_cast<std::ptrdiff_t>(current));
+    items.insert(items.begin() + static_cast<std::ptrdiff_t>(index), std::move(moved));
+    return true;
 }
 
 // Hands ownership of `port` from `owned` to `target`, or destroys it when there is no target.
@@ -402,15 +409,10 @@ bool Operator::RemoveDataInput(DataInput* input) {
 }
 
 bool Operator::MoveDataInput(DataInput* input, std::size_t index) {
-    std::vector<DataInputSlot>& slots = implementation->inputSlots;
-    if (input == nullptr || input->IsAddedByUser()) {
+    if (input == nullptr || input->IsAddedByUser() ||
+        !MoveItem(implementation->inputSlots, DataInputSlot(input), index)) {
         return false;
     }
-    const std::size_t current = IndexIn(slots, DataInputSlot(input));
-    if (current == ParameterNode::npos || index >= slots.size() || current == index) {
-        return false;
-    }
-    MoveItem(slots, current, index);
     implementation->flatInputsStale = true;
     implementation->dataPortsReorderedEvent.Fire();
     return true;
@@ -468,15 +470,9 @@ bool Operator::RemoveDataOutput(DataOutput* output) {
 }
 
 bool Operator::MoveDataOutput(DataOutput* output, std::size_t index) {
-    std::vector<DataOutput*>& outputs = implementation->outputs;
-    if (output == nullptr || output->IsAddedByUser()) {
+    if (output == nullptr || output->IsAddedByUser() || !MoveItem(implementation->outputs, output, index)) {
         return false;
     }
-    const std::size_t current = IndexIn(outputs, output);
-    if (current == ParameterNode::npos || index >= outputs.size() || current == index) {
-        return false;
-    }
-    MoveItem(outputs, current, index);
     implementation->constOutputsStale = true;
     implementation->dataPortsReorderedEvent.Fire();
     return true;

@@ -134,6 +134,7 @@ TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
     EXPECT_EQ(op.GetAllDataInputs().back(), &image);
     EXPECT_EQ(reorders, 1);
     DataOutput preview(&op, "Preview");
+    EXPECT_FALSE(op.MoveDataOutput(&preview, 2));
     EXPECT_TRUE(op.MoveDataOutput(&preview, 0));
     EXPECT_EQ(op.GetAllDataOutputs().front(), &preview);
     EXPECT_FALSE(op.MoveDataOutput(&preview, 0));
