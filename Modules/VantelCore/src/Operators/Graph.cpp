@@ -258,12 +258,12 @@ std::size_t Graph::Implementation::IndexOf(const Operator* op) const {
 const std::vector<Operator*>& Graph::Implementation::GetExecutionOrder() {
     if (orderDirty) {
         RebuildOrder();
-        orderDirty = false;
     }
     return executionOrder;
 }
 
 void Graph::Implementation::RebuildOrder() {
+    orderDirty = false;
     executionOrder.clear();
     executionStates.clear();
     ranks.clear();
@@ -312,7 +312,6 @@ void Graph::Implementation::RebuildOrder() {
 bool Graph::Implementation::IsUpstream(const Operator* of, const Operator* candidate) {
     if (!ranksValid) {
         RebuildOrder();
-        orderDirty = false;
     }
     if (ranksValid) {
         const auto ofRank = ranks.find(of);
