@@ -11,13 +11,9 @@
 #include <Vantel/Parameters/ParameterBundleList.h>
 #include <Vantel/Parameters/PtrListParameter.h>
 #include <Vantel/Parameters/PtrParameter.h>
-#include <Vantel/Projects/Project.h>
-#include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Transaction.h>
-#include <Vantel/Projects/UndoRedo.h>
 
 #include "Support/LogCapture.h"
-#include "Support/ProjectOperators.h"
 #include "Support/TestOperators.h"
 
 namespace Vantel {
@@ -68,7 +64,6 @@ TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
     ReferrerOperator loose;  // in no graph
     PtrParameter detached;   // no operator at all
     const auto in = [](const ObjectType* type, Scope scope) { return ObjectFilter{{type}, scope}; };
-    const ObjectFilter ops = in(Operator::Type(), Scope::OwnOperator);
     const ObjectFilter params = in(Parameter::Type(), Scope::OwnOperator);
     const ObjectFilter others{{Parameter::Type()}, Scope::SameGraph, true};
     ObjectFilter needsOutput = in(Parameter::Type(), Scope::SameGraph);
@@ -106,7 +101,7 @@ TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
     check("flags ignore non-parameters", held, opsNeedOutput, &s.adder, true);
     check("forbidden flag", held, noOutput, &s.adder.result, false);
     check("object without operator", held, params, &detached, false);
-    check("no graph: own operator", &loose.target, ops, &loose, true);
+    check("no graph: own operator", &loose.target, in(Operator::Type(), Scope::OwnOperator), &loose, true);
     check("no graph: no graph", &loose.target, in(Object::Type(), Scope::SameGraph), &loose.gain, false);
     check("no operator: type and flags only", &detached, noOutput, &s.deep.value, true);
 }
@@ -294,33 +289,6 @@ TEST(ReferenceParameters, RemovingANodeClearsReferencesIntoItsSubtree) {
     EXPECT_EQ(records[1], Record(ParameterValueRecord{s.holder.targets.GetPath(), listBefore,
                                                       json({listBefore[0], listBefore[2]})}));
     EXPECT_TRUE(std::holds_alternative<BundleRemovedRecord>(records[2]));
-}
-
-// Undo of a removal gives back the references that pointed into the removed operator, redo clears them again.
-TEST(ReferenceParameters, RemovingAnOperatorClearsReferencesUndoably) {
-    Testing::RegisterProjectTestTypes();
-    Project project;
-    Graph& root = *project.GetRootGraph();
-    SourceOperator& source = Add<SourceOperator>(root);
-    Testing::MixerOperator& mixer = Add<Testing::MixerOperator>(root);
-    mixer.focus = &source;
-    ASSERT_EQ(mixer.focus.Value(), &source);
-    const auto save = [&project] { return Serialization::SerializeProject(project).dump(4); };
-    const std::string before = save();
-
-    Transaction transaction("Remove source");
-    root.RemoveOperator(&source).reset();
-    std::optional<CommittedTransaction> done = transaction.Commit();
-    ASSERT_TRUE(done);
-    const std::string after = save();
-    LogCapture log;
-    EXPECT_TRUE(UndoTransaction(project, *done));
-    EXPECT_EQ(save(), before);
-    ASSERT_NE(mixer.focus.Value(), nullptr);
-    EXPECT_TRUE(ApplyTransaction(project, *done));
-    EXPECT_EQ(mixer.focus.Value(), nullptr);
-    EXPECT_EQ(save(), after);
-    EXPECT_EQ(log.Text(), "");
 }
 
 }  // namespace
