@@ -33,7 +33,9 @@ public:
     PtrListParameter targets{this, "Targets"};
     NumberParameter gain{this, "Gain"};
     DataInputList sources{this, "Sources", DataInput::Type(), {}};
-    ParameterBundleList layers{this, "Layers", {}};
+    ParameterBundleList layers{this, "Layers", {.created = [](ParameterBundle& layer) {
+                                   layer.Add(std::make_unique<NumberParameter>(nullptr, "Opacity"));
+                               }}};
 
     VANTEL_OBJECT_TYPE(ReferrerOperator, Operator, "Vantel.Test.Referrer");
 };
@@ -50,14 +52,6 @@ struct Scene {
     SourceOperator& deep = Add<SourceOperator>(inner);
     ReferrerOperator& nested = Add<ReferrerOperator>(inner);
 };
-
-NumberParameter& AddLayer(ParameterBundleList& layers, ParameterBundle*& layer) {
-    layer = layers.CreateBundle("Layer", "Layer");
-    auto opacity = std::make_unique<NumberParameter>(nullptr, "Opacity");
-    NumberParameter& added = *opacity;
-    layer->Add(std::move(opacity));
-    return added;
-}
 
 TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
     Scene s;
@@ -208,8 +202,8 @@ TEST(ReferenceParameters, AllowedObjectsAreExactlyThoseThatPassInWalkOrder) {
     Scene s;
     DataInput* listed = s.root.AddDataConnection(s.sibling.out, s.holder.sources);
     ASSERT_NE(listed, nullptr);
-    ParameterBundle* layer = nullptr;
-    NumberParameter& opacity = AddLayer(s.holder.layers, layer);
+    ParameterBundle* layer = s.holder.layers.CreateBundle("Layer", "Layer");
+    Object* opacity = layer->Find("Opacity");
     const auto check = [&s](const char* name, const ObjectFilter& filter,
                             const std::vector<Object*>& expected) {
         SCOPED_TRACE(name);
@@ -222,7 +216,7 @@ TEST(ReferenceParameters, AllowedObjectsAreExactlyThoseThatPassInWalkOrder) {
           {{DataInput::Type(), DataInputList::Type(), DataOutput::Type()}, Scope::SameGraph},
           {&s.holder.sources, listed, &s.sibling.out, &s.adder.in, &s.adder.out});
     check("parameter nodes, groups before children", {{ParameterNode::Type()}, Scope::OwnOperator},
-          {&s.holder.target, &s.holder.targets, &s.holder.gain, &s.holder.layers, layer, &opacity});
+          {&s.holder.target, &s.holder.targets, &s.holder.gain, &s.holder.layers, layer, opacity});
     check("the containing graph", {{Object::Type()}, Scope::ContainingGraph}, {&s.root});
     check("flags and exclusion",
           {.types = {Parameter::Type()},
@@ -270,12 +264,12 @@ TEST(ReferenceParameters, ListAddRemoveContainsAndRemoveReferencesTo) {
 
 TEST(ReferenceParameters, RemovingANodeClearsReferencesIntoItsSubtree) {
     Scene s;
-    ParameterBundle* layer = nullptr;
-    NumberParameter& opacity = AddLayer(s.nested.layers, layer);
+    ParameterBundle* layer = s.nested.layers.CreateBundle("Layer", "Layer");
+    Object* opacity = layer->Find("Opacity");
     const ObjectFilter below{.types = {Object::Type()}, .scope = Scope::BelowContainingGraph};
     s.holder.target.SetFilter(below);  // from the root graph into the nested one
     s.holder.targets.SetFilter(below);
-    s.holder.target = &opacity;
+    s.holder.target = opacity;
     s.holder.targets.SetValue({&s.deep, layer, &s.nested.gain});
     const json targetBefore = s.holder.target.SerializeValue();
     const json listBefore = s.holder.targets.SerializeValue();
