@@ -22,6 +22,7 @@
 namespace {
 
 using nlohmann::json;
+using Vantel::Testing::Add;
 using Vantel::Testing::AddOperator;
 using Vantel::Testing::MixerOperator;
 using Vantel::Testing::SourceOperator;
@@ -35,10 +36,6 @@ protected:
         const json reply = Reply(request);
         EXPECT_EQ(reply["ok"], true) << request.dump() << " -> " << reply.dump();
         return reply.value("result", json());
-    }
-    template <typename T>
-    static T& Add(Vantel::Graph& graph) {
-        return Vantel::Testing::Add<T>(graph);
     }
     static std::string PathOf(Vantel::Object& object) { return object.GetPath().ToString(); }
 
