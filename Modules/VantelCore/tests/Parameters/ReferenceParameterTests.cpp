@@ -60,12 +60,9 @@ TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
     const auto in = [](const ObjectType* type, Scope scope) { return ObjectFilter{{type}, scope}; };
     const ObjectFilter params = in(Parameter::Type(), Scope::OwnOperator);
     const ObjectFilter others{{Parameter::Type()}, Scope::SameGraph, true};
-    ObjectFilter needsOutput = in(Parameter::Type(), Scope::SameGraph);
-    needsOutput.requiredFlags = ParameterFlag::Output;
-    ObjectFilter opsNeedOutput = needsOutput;
-    opsNeedOutput.types = {Operator::Type()};
-    ObjectFilter noOutput = in(Parameter::Type(), Scope::SameGraph);
-    noOutput.forbiddenFlags = ParameterFlag::Output;
+    const ObjectFilter needsOutput{{Parameter::Type()}, Scope::SameGraph, false, ParameterFlag::Output};
+    const ObjectFilter opsNeedOutput{{Operator::Type()}, Scope::SameGraph, false, ParameterFlag::Output};
+    const ObjectFilter noOutput{{Parameter::Type()}, Scope::SameGraph, false, {}, ParameterFlag::Output};
     const auto check = [](const char* name, PtrParameter* parameter, const ObjectFilter& filter,
                           Object* object, bool passes) {
         SCOPED_TRACE(name);
