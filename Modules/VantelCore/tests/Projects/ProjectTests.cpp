@@ -341,13 +341,6 @@ TEST(Project, SavingReplacesTheFileWholeOrNotAtAll) {
     Project project;
     const fs::path folder = TempFile("folder");
     fs::create_directory(folder);
-    const auto names = [&folder] {
-        std::set<std::string> found;
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-            found.insert(entry.path().filename().string());
-        }
-        return found;
-    };
     const fs::path file = folder / "project.json";
     std::ofstream(file) << "old";
     // Windows keeps only a read-only mark, so what counts is that the file keeps what it had.
@@ -389,7 +382,11 @@ TEST(Project, SavingReplacesTheFileWholeOrNotAtAll) {
               "[Error] Project::Serialize: failed to write project to: " + inner.string() +
                   "\n[Error] Project::Serialize: failed to write project to: " + missing.string() + "\n");
     EXPECT_TRUE(fs::is_directory(inner));
-    EXPECT_EQ(names(), expectedNames);
+    std::set<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        names.insert(entry.path().filename().string());
+    }
+    EXPECT_EQ(names, expectedNames);
     EXPECT_EQ(openFiles(), openBefore);
     fs::remove_all(folder);
 }
