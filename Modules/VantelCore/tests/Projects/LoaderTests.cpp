@@ -356,16 +356,15 @@ TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     // An operator that is no graph takes them as parameters its user added, too.
     Operator plain;
     EXPECT_TRUE(Deserialization::RestoreOwnStructure(plain, other, context));
-    const Parameter* only = plain.GetParameterGroup().FindParameter("Only");
+    Parameter* only = plain.GetParameterGroup().FindParameter("Only");
     ASSERT_NE(only, nullptr);
     EXPECT_TRUE(only->IsAddedByUser());
 
     // Into an existing member, the stored key is taken only while it is detached; the name always.
     LogCapture log;
-    Parameter& attached = *plain.GetParameterGroup().FindParameter("Only");
-    Deserialization::DeserializeParameter(json{{"key", "Renamed"}, {"name", "Shown"}}, attached, context);
-    EXPECT_EQ(attached.GetKey(), "Only");
-    EXPECT_EQ(attached.GetName(), "Shown");
+    Deserialization::DeserializeParameter(json{{"key", "Renamed"}, {"name", "Shown"}}, *only, context);
+    EXPECT_EQ(only->GetKey(), "Only");
+    EXPECT_EQ(only->GetName(), "Shown");
     DataOutput detached;
     Deserialization::DeserializeDataOutput(json{{"name", "Unkeyed"}}, detached, context);
     EXPECT_EQ(detached.GetKey(), "");  // no operator gave it one
