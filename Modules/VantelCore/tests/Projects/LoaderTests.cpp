@@ -382,9 +382,7 @@ TEST(ConnectionPaths, EndpointsAreWrittenBelowTheConsumersGraphSortedAndReadBack
     auto& mixer = Add<MixerOperator>(inner, "Mixer");
     auto& top = Add<SourceOperator>(root, "Top");
     auto& add = Add<AddOperator>(root, "Add");
-    ParameterBundle* band = mixer.bands.CreateBundle("Band", "Low");
-    ASSERT_NE(band, nullptr);
-    auto* gain = dynamic_cast<NumberParameter*>(band->Find("Gain"));
+    auto* gain = dynamic_cast<NumberParameter*>(mixer.bands.CreateBundle("Band", "Low")->Find("Gain"));
     ASSERT_NE(gain, nullptr);
 
     // Made in the reverse of the written order.
