@@ -292,8 +292,6 @@ TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSaved) {
     Graph& holder = Add<Graph>(root, "Holder");
     Parameter* partly = holder.AddUserParameter(Vector3Parameter::Type(), false);
     Parameter* fully = holder.AddUserParameter(Vector3Parameter::Type(), false);
-    partly->SetName("Partly");
-    fully->SetName("Fully");
     source.value.SetValue(3.0);
     ASSERT_TRUE(root.AddParameterConnection({&source.value, &driven.offset, {{0, 0}}}, false));
     ASSERT_TRUE(root.AddParameterConnection({&source.value, partly, {{0, 0}, {0, 2}}}, false));
