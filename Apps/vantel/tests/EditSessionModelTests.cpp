@@ -58,7 +58,7 @@ TEST_F(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     };
 
     const std::string list = PathOf(mixer.bands);
-    const std::string first = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
+    Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}});
     const std::string second = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
     const std::string added = keys();
     Ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
