@@ -107,9 +107,8 @@ TEST(ReferenceParameters, NarrowedFilterAndDeadReferentsClearTheValue) {
         target.SetFilter({.types = {Operator::Type()}, .scope = Scope::OwnOperator});
         target.SetFilter(target.GetFilter());  // nothing left to clear
         EXPECT_EQ(target.Value(), nullptr);
-        const std::vector<Record> expected = {
-            ParameterValueRecord{target.GetPath(), s.sibling.GetKey(), nullptr}};
-        EXPECT_EQ(transaction.GetRecords(), expected);
+        EXPECT_EQ(transaction.GetRecords(),
+                  (std::vector<Record>{ParameterValueRecord{target.GetPath(), s.sibling.GetKey(), nullptr}}));
     }
     target.SetFilter({.types = {Operator::Type()}, .scope = Scope::BelowContainingGraph});
     target.SetFromData(ParameterData(Ptr<Object>(&s.deep)));
