@@ -38,8 +38,7 @@ std::string Save(const Project& project) {
 CommittedTransaction Record(std::string_view name, const std::function<void()>& edit) {
     Transaction transaction(name);
     edit();
-    std::optional<CommittedTransaction> done = transaction.Commit();
-    return done ? *done : CommittedTransaction{};
+    return transaction.Commit().value_or(CommittedTransaction{});
 }
 
 // A port as a user adds it to an operator that is not a graph.
