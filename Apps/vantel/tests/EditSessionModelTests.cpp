@@ -22,6 +22,7 @@
 namespace {
 
 using nlohmann::json;
+using Vantel::Testing::Add;
 using Vantel::Testing::AddOperator;
 using Vantel::Testing::MixerOperator;
 using Vantel::Testing::SourceOperator;
@@ -35,10 +36,6 @@ protected:
         const json reply = Reply(request);
         EXPECT_EQ(reply["ok"], true) << request.dump() << " -> " << reply.dump();
         return reply.value("result", json());
-    }
-    template <typename T>
-    static T& Add(Vantel::Graph& graph) {
-        return Vantel::Testing::Add<T>(graph);
     }
     static std::string PathOf(Vantel::Object& object) { return object.GetPath().ToString(); }
 
@@ -61,7 +58,7 @@ TEST_F(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     };
 
     const std::string list = PathOf(mixer.bands);
-    const std::string first = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
+    Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}});
     const std::string second = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
     const std::string added = keys();
     Ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});

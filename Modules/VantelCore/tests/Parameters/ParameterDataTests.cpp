@@ -26,11 +26,6 @@ constexpr std::int64_t kInvalid = std::numeric_limits<std::int64_t>::min();
 constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-class Thing : public Object {
-public:
-    using Object::Object;
-};
-
 TEST(ParameterData, TextReadsNumbersAfterLeadingTextUntilAForeignSeparator) {
     const std::tuple<std::string, Floats, Ints> rows[] = {
         {"  3.7 , -2e1,4", {3.7, -20, 4}, {3, -20, 4}},
@@ -153,8 +148,8 @@ TEST(ParameterData, CopiesOwnTheirRecordAndOnlyMovingHandsOverEmptiness) {
 }
 
 TEST(ParameterData, PointerShowsTheNameAndComparesByIdentityOfTheLivingObject) {
-    auto blur = std::make_unique<Thing>("Blur");
-    Thing twin("Blur");
+    auto blur = std::make_unique<Object>("Blur");
+    Object twin("Blur");
     const ParameterData live{Ptr<Object>(blur.get())};
     EXPECT_EQ(live.GetString(), "Blur");  // a plain object shows its key
     EXPECT_EQ(live.GetPointer().Get(), blur.get());

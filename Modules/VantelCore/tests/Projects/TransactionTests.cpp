@@ -160,6 +160,7 @@ TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
         const char* name;
         std::vector<Record> made;
         std::vector<Record> committed;
+        bool unchanged = false;  // committed as made
     };
     const std::vector<Row> rows{
         {"values fold to first previous and last next",
@@ -170,9 +171,7 @@ TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
          {Value("/A/X", 0.0, -0.0), OperatorPositionRecord{At("/A"), glm::vec2(0.0f), glm::vec2(-0.0f)},
           Value("/A/Y", NAN, NAN)},
          {Value("/A/X", 0.0, -0.0), OperatorPositionRecord{At("/A"), glm::vec2(0.0f), glm::vec2(-0.0f)}}},
-        {"different targets stay",
-         {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)},
-         {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)}},
+        {"different targets stay", {Value("/A/X", 0, 1), Value("/A/Y", 1, 2)}, {}, true},
         {"components fold only with the same component",
          {ParameterComponentRecord{At("/A/V"), 0, 0, 1}, ParameterComponentRecord{At("/A/V"), 1, 0, 1},
           ParameterComponentRecord{At("/A/V"), 1, 1, 5}},
@@ -184,7 +183,8 @@ TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
          {RenameRecord{At("/A"), "a", "c"}, ParameterNodeMoveRecord{At("/A/P"), 1, 3}}},
         {"only adjacent records fold",
          {Value("/A/X", 0, 1), Value("/A/Y", 0, 1), Value("/A/X", 1, 2)},
-         {Value("/A/X", 0, 1), Value("/A/Y", 0, 1), Value("/A/X", 1, 2)}},
+         {},
+         true},
         {"a dropped record lets its neighbours fold",
          {Value("/A/X", 0, 1), Value("/A/Y", 0, 1), Value("/A/Y", 1, 0), Value("/A/X", 1, 2)},
          {Value("/A/X", 0, 2)}},
@@ -192,9 +192,8 @@ TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
          {DataConnectionRecord{At("/A"), At("/B"), Presence::Added},
           DataConnectionRecord{At("/A"), At("/B"), Presence::Removed}, StructureRecord{At("/A"), 1, 1},
           StructureRecord{At("/A"), 1, 1}, Compound("/A/M"), Compound("/A/M")},
-         {DataConnectionRecord{At("/A"), At("/B"), Presence::Added},
-          DataConnectionRecord{At("/A"), At("/B"), Presence::Removed}, StructureRecord{At("/A"), 1, 1},
-          StructureRecord{At("/A"), 1, 1}, Compound("/A/M"), Compound("/A/M")}},
+         {},
+         true},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -202,9 +201,10 @@ TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
         for (const Record& record : row.made) {
             Transaction::AddRecord(record);
         }
+        const std::vector<Record> expected = row.unchanged ? row.made : row.committed;
         std::optional<CommittedTransaction> committed = transaction.Commit();
-        EXPECT_EQ(committed ? committed->records : std::vector<Record>{}, row.committed);
-        EXPECT_EQ(committed.has_value(), !row.committed.empty());
+        EXPECT_EQ(committed ? committed->records : std::vector<Record>{}, expected);
+        EXPECT_EQ(committed.has_value(), !expected.empty());
     }
 }
 

@@ -126,7 +126,7 @@ private:
 
 // The core types and the test types above, registered once per process (a second registration warns).
 inline void RegisterProjectTestTypes() {
-    static const bool registered = [] {
+    [[maybe_unused]] static const bool registered = [] {
         RegisterCoreTypes();
         for (const ObjectType* type :
              {SourceOperator::Type(), AddOperator::Type(), NumberParameter::Type(), MixerOperator::Type(),
@@ -135,7 +135,6 @@ inline void RegisterProjectTestTypes() {
         }
         return true;
     }();
-    static_cast<void>(registered);
 }
 
 }  // namespace Vantel::Testing
