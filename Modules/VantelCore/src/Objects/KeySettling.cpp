@@ -9,6 +9,12 @@ namespace Vantel {
 
 void SettleChildKey(Object& child, std::string_view prefix, std::string_view where,
                     const std::function<bool(std::string_view)>& isFree) {
+    SettleChildKey(
+        child, prefix, [where] { return std::string(where); }, isFree);
+}
+
+void SettleChildKey(Object& child, std::string_view prefix, const std::function<std::string()>& where,
+                    const std::function<bool(std::string_view)>& isFree) {
     if (child.GetKey().empty()) {
         child.SetKey(GenerateKey(prefix, isFree));
         return;
@@ -20,7 +26,7 @@ void SettleChildKey(Object& child, std::string_view prefix, std::string_view whe
     while (!isFree(key)) {
         key += '_';
     }
-    LogError("The key '" + child.GetKey() + "' is already taken in " + std::string(where) +
+    LogError("The key '" + child.GetKey() + "' is already taken in " + where() +
              ". Keys must be unique among all children of their parent. Using '" + key +
              "' instead. Values stored under that key are lost once the collision is fixed.");
     child.SetKey(key);

@@ -45,9 +45,10 @@ DataInput* DataInputList::Implementation::CreateInput(std::string_view key) {
         input->SetKey(key);
     }
     const DataTypeInfo* dataType = TypeLibrary::Get()->FindDataType(inputType);
-    SettleChildKey(*input, dataType != nullptr ? std::string_view(dataType->name) : std::string_view("Input"),
-                   "data input list '" + name + "'",
-                   [this](std::string_view candidate) { return list.FindChild(candidate) == nullptr; });
+    SettleChildKey(
+        *input, dataType != nullptr ? std::string_view(dataType->name) : std::string_view("Input"),
+        [this] { return "data input list '" + name + "'"; },
+        [this](std::string_view candidate) { return list.FindChild(candidate) == nullptr; });
 
     DataInput::Implementation& port = *Access::GetImplementation(*input);
     port.SetOperator(op);

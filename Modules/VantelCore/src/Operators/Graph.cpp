@@ -532,13 +532,13 @@ bool Graph::CanAddParameterConnection(const ParameterConnection& connection, boo
     }
     const int sourceCount = source->GetComponentCount();
     const int targetCount = target->GetComponentCount();
-    std::vector<int> targets;
-    for (const ComponentLink& link : connection.links) {
-        if (link.source < 0 || link.source >= sourceCount || link.target < 0 || link.target >= targetCount ||
-            std::find(targets.begin(), targets.end(), link.target) != targets.end()) {
+    const std::vector<ComponentLink>& links = connection.links;
+    for (auto link = links.begin(); link != links.end(); ++link) {
+        const auto sameTarget = [&](const ComponentLink& earlier) { return earlier.target == link->target; };
+        if (link->source < 0 || link->source >= sourceCount || link->target < 0 ||
+            link->target >= targetCount || std::any_of(links.begin(), link, sameTarget)) {
             return false;
         }
-        targets.push_back(link.target);
     }
     if (!replace) {
         for (const ParameterConnection& existing : target->GetIncomingConnections()) {
@@ -546,8 +546,8 @@ bool Graph::CanAddParameterConnection(const ParameterConnection& connection, boo
                 return false;
             }
         }
-        for (int component : targets) {
-            if (target->FindIncomingConnection(component) != nullptr) {
+        for (const ComponentLink& link : links) {
+            if (target->FindIncomingConnection(link.target) != nullptr) {
                 return false;
             }
         }

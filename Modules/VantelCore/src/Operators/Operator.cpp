@@ -233,8 +233,9 @@ void Operator::Implementation::MarkParameterTreeChanged() {
 }
 
 void Operator::Implementation::SettleChildKey(Object& child, std::string_view base) {
-    Vantel::SettleChildKey(child, base, "operator '" + owner.GetKey() + "'",
-                           [this](std::string_view key) { return owner.FindChild(key) == nullptr; });
+    Vantel::SettleChildKey(
+        child, base, [this] { return "operator '" + owner.GetKey() + "'"; },
+        [this](std::string_view key) { return owner.FindChild(key) == nullptr; });
 }
 
 // ---- Operator ----

@@ -240,8 +240,9 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
     if (implementation->owningOperator != nullptr) {
         Access::GetImplementation(*implementation->owningOperator)->SettleChildKey(*node, wanted);
     } else {
-        Vantel::SettleChildKey(*node, wanted, "parameter group '" + GetKey() + "'",
-                               [this](std::string_view key) { return Find(key) == nullptr; });
+        Vantel::SettleChildKey(
+            *node, wanted, [this] { return "parameter group '" + GetKey() + "'"; },
+            [this](std::string_view key) { return Find(key) == nullptr; });
     }
 
     implementation->Attach(node, index);

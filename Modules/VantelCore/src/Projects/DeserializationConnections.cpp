@@ -57,8 +57,13 @@ Object* ResolveEndpoint(Graph& graph, std::string_view text) {
     return current;
 }
 
-std::string Describe(const std::string& outputText, const std::string& inputText) {
-    return outputText + " -> " + inputText;
+// The entry's description is made only for a connection that is dropped: loading makes thousands that are
+// not.
+void DropConnection(Context& context, DroppedEntry::Kind kind, Graph& graph, const std::string& outputText,
+                    const std::string& inputText, std::string_view before, std::string_view after) {
+    const std::string description = outputText + " -> " + inputText;
+    Detail::DropEntry(context, kind, graph, description,
+                      std::string(before).append(description).append(after));
 }
 
 // A number no int holds is saturated, so that it names no component and the connection is refused, rather
@@ -94,18 +99,16 @@ void DeserializeDataConnections(const json& connections, Graph& graph, Context& 
         Object* target = ResolveEndpoint(graph, inputText);
         auto* input = dynamic_cast<DataInput*>(target);
         auto* list = dynamic_cast<DataInputList*>(target);
-        const std::string description = Describe(outputText, inputText);
         if (output == nullptr || (input == nullptr && list == nullptr)) {
-            Detail::DropEntry(context, DroppedEntry::Kind::DataConnection, graph, description,
-                              "DeserializeDataConnections: could not resolve connection '" + description +
-                                  "', it is dropped.");
+            DropConnection(context, DroppedEntry::Kind::DataConnection, graph, outputText, inputText,
+                           "DeserializeDataConnections: could not resolve connection '", "', it is dropped.");
             continue;
         }
         const bool added = input != nullptr ? graph.AddDataConnection({output, input})
                                             : graph.AddDataConnection(*output, *list) != nullptr;
         if (!added) {
-            Detail::DropEntry(context, DroppedEntry::Kind::DataConnection, graph, description,
-                              "DeserializeDataConnections: failed to add connection '" + description + "'.");
+            DropConnection(context, DroppedEntry::Kind::DataConnection, graph, outputText, inputText,
+                           "DeserializeDataConnections: failed to add connection '", "'.");
         }
     }
 }
@@ -116,26 +119,23 @@ void DeserializeParameterConnections(const json& connections, Graph& graph, Cont
         std::string inputStorage;
         const std::string& outputText = Detail::StringField(entry, "output", outputStorage);
         const std::string& inputText = Detail::StringField(entry, "input", inputStorage);
-        const std::string description = Describe(outputText, inputText);
+        const auto drop = [&](std::string_view before, std::string_view after) {
+            DropConnection(context, DroppedEntry::Kind::ParameterConnection, graph, outputText, inputText,
+                           before, after);
+        };
         std::vector<ComponentLink> links = ReadLinks(entry);
         if (links.empty()) {
-            Detail::DropEntry(context, DroppedEntry::Kind::ParameterConnection, graph, description,
-                              "DeserializeParameterConnections: connection '" + description +
-                                  "' has no links, it is dropped.");
+            drop("DeserializeParameterConnections: connection '", "' has no links, it is dropped.");
             continue;
         }
         auto* source = dynamic_cast<Parameter*>(ResolveEndpoint(graph, outputText));
         auto* target = dynamic_cast<Parameter*>(ResolveEndpoint(graph, inputText));
         if (source == nullptr || target == nullptr) {
-            Detail::DropEntry(context, DroppedEntry::Kind::ParameterConnection, graph, description,
-                              "DeserializeParameterConnections: could not resolve connection '" +
-                                  description + "', it is dropped.");
+            drop("DeserializeParameterConnections: could not resolve connection '", "', it is dropped.");
             continue;
         }
         if (!graph.AddParameterConnection({source, target, std::move(links)}, false)) {
-            Detail::DropEntry(
-                context, DroppedEntry::Kind::ParameterConnection, graph, description,
-                "DeserializeParameterConnections: failed to add connection '" + description + "'.");
+            drop("DeserializeParameterConnections: failed to add connection '", "'.");
         }
     }
 }

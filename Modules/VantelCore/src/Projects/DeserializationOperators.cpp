@@ -338,24 +338,41 @@ void PruneOrphanListInputs(Operator& op) {
     Detail::PruneListInputs(op, nullptr);
 }
 
-void Detail::PruneListInputs(Operator& op, Context* context) {
-    for (DataInput* input : std::vector<DataInput*>(op.GetAllDataInputs())) {
-        DataInputList* list = input->GetList();
-        if (list == nullptr || input->IsConnected()) {
+namespace {
+
+// Only lists hold inputs to prune, and most have none: the inputs are copied only for a list that does.
+void PruneList(Operator& op, DataInputList& list, Context* context) {
+    const std::vector<DataInput*>& inputs = list.GetInputs();
+    const auto orphan = [](const DataInput* input) { return !input->IsConnected(); };
+    if (std::none_of(inputs.begin(), inputs.end(), orphan)) {
+        return;
+    }
+    for (DataInput* input : std::vector<DataInput*>(inputs)) {
+        if (!orphan(input)) {
             continue;
         }
         std::string reason =
-            "PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" + list->GetKey() +
+            "PruneOrphanListInputs: input '" + input->GetKey() + "' of list '" + list.GetKey() +
             "' in operator '" + op.GetName() +
             "' has no connection and is removed. The file lost the connection to it, or the "
             "connection could not be made (see the error above it); connecting the source again "
             "recreates the input.";
         LogWarning(reason);
         if (context != nullptr) {
-            ContextAccess::NoteDropped(*context, DroppedEntry::Kind::ListInput, &op,
-                                       list->GetKey() + "/" + input->GetKey(), std::move(reason));
+            Detail::ContextAccess::NoteDropped(*context, DroppedEntry::Kind::ListInput, &op,
+                                               list.GetKey() + "/" + input->GetKey(), std::move(reason));
         }
-        Access::GetImplementation(*list)->RemoveInput(input);
+        Access::GetImplementation(list)->RemoveInput(input);
+    }
+}
+
+}  // namespace
+
+void Detail::PruneListInputs(Operator& op, Context* context) {
+    for (const DataInputSlot& slot : op.GetAllDataInputSlots()) {
+        if (DataInputList* const* list = std::get_if<DataInputList*>(&slot); list != nullptr) {
+            PruneList(op, **list, context);
+        }
     }
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <string_view>
 
 #include <Vantel/Export.h>
@@ -21,6 +22,11 @@ class Object;
 // all children of their parent. Using '<new key>' instead. Values stored under that key are lost once the
 // collision is fixed." A free key is kept as it is.
 VANTEL_API void SettleChildKey(Object& child, std::string_view prefix, std::string_view where,
+                               const std::function<bool(std::string_view)>& isFree);
+// The same, with `where` made only for the error: a container that settles thousands of keys (a load) then
+// builds no text for the ones that are free.
+VANTEL_API void SettleChildKey(Object& child, std::string_view prefix,
+                               const std::function<std::string()>& where,
                                const std::function<bool(std::string_view)>& isFree);
 
 }  // namespace Vantel
