@@ -118,6 +118,7 @@ TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
     Operator other;
     EXPECT_FALSE(other.AddDataInput(&image));
     EXPECT_FALSE(other.RemoveDataInput(&image));
+    EXPECT_FALSE(other.RemoveDataOutput(&result));
     // Plug-ins may detach directly: a port of another operator is in no slot of this one.
     EXPECT_FALSE(Access::GetImplementation(other)->DetachDataInput(&image));
     EXPECT_FALSE(Access::GetImplementation(other)->DetachDataOutput(&result));
