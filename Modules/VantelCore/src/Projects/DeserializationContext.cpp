@@ -44,10 +44,8 @@ public:
         }
     };
 
-    // Applies the reference values; gives the operators whose structural values were among them, each once
-    // and in the order met.
-    std::vector<Ptr<Operator>> ApplyReferenceValues(Context& context) {
-        std::vector<Ptr<Operator>> structural;
+    // Applies the reference values. A structural one rebuilds its operator as it is set, like any change.
+    void ApplyReferenceValues(Context& context) {
         for (DeferredValue& deferred : std::exchange(references, {})) {
             Parameter* parameter = deferred.parameter.Get();
             if (parameter == nullptr) {
@@ -57,19 +55,14 @@ public:
                 continue;
             }
             Detail::GiveValue(*parameter, deferred.value, context);
-            Operator* op = parameter->GetOperator();
-            if (op != nullptr && parameter->HasParameterFlag(ParameterFlag::Structural) &&
-                std::find(structural.begin(), structural.end(), Ptr<Operator>(op)) == structural.end()) {
-                structural.emplace_back(op);
-            }
         }
-        return structural;
     }
 
-    // Rebuilds each operator and gives its stored values a second chance.
-    void ApplyStoredValues(std::vector<Ptr<Operator>> operators, Context& context) {
+    // Rebuilds each operator that has stored values left and gives those a second chance, the values whose
+    // structural parameter went away included (they get their report).
+    void ApplyStoredValues(Context& context) {
         std::vector<StoredValue> values = std::exchange(stored, {});
-        // Values whose structural parameter went away still get their chance, and their report.
+        std::vector<Ptr<Operator>> operators;
         for (const StoredValue& value : values) {
             if (value.op && std::find(operators.begin(), operators.end(), value.op) == operators.end()) {
                 operators.push_back(value.op);
@@ -164,7 +157,8 @@ void Context::DeferConnections(Graph& graph, nlohmann::json dataConnections,
 }
 
 void Context::ResolveReferences() {
-    implementation->ApplyStoredValues(implementation->ApplyReferenceValues(*this), *this);
+    implementation->ApplyReferenceValues(*this);
+    implementation->ApplyStoredValues(*this);
 
     const std::vector<Implementation::DeferredConnections> graphs = std::exchange(implementation->graphs, {});
     for (const Implementation::DeferredConnections& deferred : graphs) {

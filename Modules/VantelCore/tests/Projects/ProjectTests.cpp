@@ -130,7 +130,10 @@ struct Scene {
         mixer.focus = &nested;
         mixer.picks.SetValue({&mirror, &source});  // the mirror comes later in the file
         mirror.model = &source;
-        static_cast<NumberParameter*>(mirror.GetParameterGroup().FindParameter("Value"))->SetValue(7.0);
+        // Driven whole, the mirrored value is not stored: the resolved reference must rebuild it in time for
+        // its connection.
+        EXPECT_TRUE(root.AddParameterConnection(
+            {&source.value, mirror.GetParameterGroup().FindParameter("Value"), {{0, 0}}}, false));
     }
 };
 
