@@ -25,8 +25,7 @@ struct TypeLine {
 };
 
 void PrintGroup(const char* title, std::vector<TypeLine> lines) {
-    std::sort(lines.begin(), lines.end(),
-              [](const TypeLine& a, const TypeLine& b) { return a.typeName < b.typeName; });
+    std::ranges::sort(lines, {}, &TypeLine::typeName);
     std::size_t width = 0;
     for (const TypeLine& line : lines) {
         width = std::max(width, line.typeName.size());

@@ -250,6 +250,10 @@ TEST(Host, UpgradeWritesAFileThatLoadsAndRunSaves) {
     ASSERT_EQ(upgrade.code, 0) << upgrade.err;
     EXPECT_EQ(Host(temp, {"check", "once.json", "--plugin", kTestPlugin}).code, 0);
     EXPECT_EQ(Host(temp, {"upgrade", Data("broken.json"), "never.json"}).code, 1);
+    const Result unwritable =
+        Host(temp, {"upgrade", Data("nested.json"), "no/such/folder/out.json", "--plugin", kTestPlugin});
+    EXPECT_EQ(unwritable.code, 1);
+    EXPECT_THAT(unwritable.err, EndsWith("\nvantel: cannot write no/such/folder/out.json\n"));
 
     // Writing what a lossy load left, or over the input, takes --force; a refusal is one line and no file.
     const Result lossy = Host(temp, {"upgrade", Data("dropped.json"), "lossy.json"});
