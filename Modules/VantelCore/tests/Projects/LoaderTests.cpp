@@ -335,6 +335,25 @@ TEST(Loader, NewerFilesWarnOlderAndDevelopmentFilesLoadSilently) {
                     .IsOlderThanThisBuild());
 }
 
+// What a context defers it keeps: the entry may be gone by the time the connections are made.
+TEST(Loader, AContextOutlivesTheEntriesItDefers) {
+    Testing::RegisterProjectTestTypes();
+    Deserialization::Context context;
+    std::unique_ptr<Operator> made;
+    {
+        const json entry = json::parse(R"({"type": "Vantel.General.Graph", "key": "G", "operators": [
+            {"type": "Vantel.Test.Source", "key": "S"}, {"type": "Vantel.Test.Add", "key": "A"}],
+            "dataConnections": [{"output": "S/Out", "input": "A/In"}],
+            "parameterConnections": [{"output": "S/Value", "input": "A/Offset", "links": [[0, 0]]}]})");
+        made = Deserialization::DeserializeOperator(entry, context);
+    }
+    context.ResolveReferences();
+    const auto* graph = dynamic_cast<const Graph*>(made.get());
+    ASSERT_NE(graph, nullptr);
+    EXPECT_EQ(graph->GetDataConnections().size(), 1u);
+    EXPECT_EQ(graph->GetParameterConnections().size(), 1u);
+}
+
 TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     Testing::RegisterProjectTestTypes();
     Graph graph;
