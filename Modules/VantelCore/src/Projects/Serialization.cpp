@@ -36,12 +36,6 @@ namespace {
 using Detail::TextWriter;
 using Detail::TreeWriter;
 
-// Output text, then input text, as std::pair and std::tuple compare them.
-bool TextsBefore(const std::string& output, const std::string& input, const std::string& otherOutput,
-                 const std::string& otherInput) {
-    return std::tie(output, input) < std::tie(otherOutput, otherInput);
-}
-
 // A value that connections recompute after loading is not stored.
 bool IsEveryComponentDriven(const Parameter& parameter) {
     if (!parameter.HasIncomingConnection()) {
@@ -127,17 +121,11 @@ std::vector<ParameterConnectionTexts> SortedParameterConnectionTexts(
         entries.push_back(
             {RelativeText(*endpoints.source, graph), RelativeText(*endpoints.target, graph), &links});
     }
-    // Equal texts, which a consistent graph never has, fall back on the links' address as a tuple would.
-    std::sort(entries.begin(), entries.end(),
-              [](const ParameterConnectionTexts& first, const ParameterConnectionTexts& second) {
-                  if (TextsBefore(first.output, first.input, second.output, second.input)) {
-                      return true;
-                  }
-                  if (TextsBefore(second.output, second.input, first.output, first.input)) {
-                      return false;
-                  }
-                  return std::less<>()(first.links, second.links);
-              });
+    // Output text, then input text, as the data connections' pairs sort. Two entries with equal texts could
+    // not be told apart when the file is read either, so their order does not matter.
+    std::ranges::sort(entries, {}, [](const ParameterConnectionTexts& entry) {
+        return std::tie(entry.output, entry.input);
+    });
     return entries;
 }
 
