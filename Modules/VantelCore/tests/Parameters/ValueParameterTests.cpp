@@ -226,6 +226,9 @@ TEST(ValueParameters, ComponentWritesRoundAndIgnoreForeignComponents) {
         offset.SetComponent(2, 9.0);
         EXPECT_EQ(offset.Value(), glm::dvec2(1, 0.25));
         ColorParameter tint(nullptr, "Tint", Color{});
+        EXPECT_TRUE(tint.IsAlphaEnabled());
+        tint.SetAlphaEnabled(false);  // only a user interface hides alpha then: it is still written
+        EXPECT_FALSE(tint.IsAlphaEnabled());
         tint.SetComponent(3, 0.5);
         tint.SetComponent(1, 1e300);
         tint.SetComponent(4, 1.0);
