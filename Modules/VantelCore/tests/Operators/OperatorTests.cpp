@@ -231,8 +231,13 @@ TEST(DataInputList, InputsAreNumberedInOrderAndKeepTheirKeys) {
     EXPECT_EQ(op.GetAllDataInputs(), (std::vector<DataInput*>{c, a}));  // the operator's view follows
     EXPECT_EQ(Names(list), (std::vector<std::string>{"Input 1", "Input 2"}));
     EXPECT_TRUE(transaction.GetRecords().empty());  // the operator is in no graph
-    EXPECT_EQ(calls,
-              (std::vector<std::string>{"created a", "created b", "created c", "removing b", "reordered"}));
+    // A rename is announced through the operator, as a port's is, and only when the name changes.
+    const EventSubscription renamed = Access::GetImplementation(op)->MemberRenamedEvent().Subscribe(
+        [&](Object* member) { calls.push_back(member == &list ? "renamed " + list.GetName() : "renamed?"); });
+    list.SetName("Sheets");
+    list.SetName("Sheets");
+    EXPECT_EQ(calls, (std::vector<std::string>{"created a", "created b", "created c", "removing b",
+                                               "reordered", "renamed Sheets"}));
 }
 
 TEST(DataInputList, KeysAreSettledAndBadTypesRefused) {
