@@ -231,8 +231,10 @@ TEST(ValueParameters, ComponentWritesRoundAndIgnoreForeignComponents) {
         EXPECT_FALSE(tint.IsAlphaEnabled());
         tint.SetComponent(3, 0.5);
         tint.SetComponent(1, 1e300);
+        tint.SetComponent(0, 0.25);
         tint.SetComponent(4, 1.0);
-        EXPECT_EQ(tint.Value(), (Color{0.0f, std::numeric_limits<float>::infinity(), 0.0f, 0.5f}));
+        tint.SetComponent(-1, 1.0);
+        EXPECT_EQ(tint.Value(), (Color{0.25f, std::numeric_limits<float>::infinity(), 0.0f, 0.5f}));
     }
 }
 
