@@ -199,6 +199,24 @@ TEST(Graph, ExecutesInDependencyOrderAndHandsOnValuesSetBetweenFrames) {
     EXPECT_EQ(c.runs, 2);
     EXPECT_EQ(driven.offset.Value(), 10.0);
     EXPECT_EQ(driven.result.Value(), 10.0);
+
+    // A chain long enough that the frame fetches operators ahead of their turn, added against its order.
+    Graph chain;
+    std::vector<AddOperator*> links(100);
+    for (AddOperator*& link : links) {
+        link = &Add<AddOperator>(chain);
+        link->offset.SetValue(1.0);
+    }
+    SourceOperator& head = Add<SourceOperator>(chain);
+    for (std::size_t i = 0; i < links.size(); ++i) {
+        ASSERT_TRUE(chain.AddDataConnection({i == 0 ? &head.out : &links[i - 1]->out, &links[i]->in}));
+    }
+    for (const double value : {0.5, 1.5}) {
+        head.value.SetValue(value);
+        chain.Execute(*Frame());
+        EXPECT_EQ(links.back()->result.Value(), value + 100.0);
+    }
+    EXPECT_EQ(links.front()->runs, 2);
 }
 
 // A feeds C directly by data and again through B by parameters, so C reaches the queue before its second
