@@ -390,6 +390,16 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
         EXPECT_EQ(log.Text(), "");  // no image is not an image of the wrong kind
         EXPECT_FALSE(pipeline.work->GetAllDataOutputs()[0]->HasData());
         EXPECT_FALSE(fs::exists(pipeline.folder / "out.png"));
+
+        // So is a result that came back but was not taken yet: it never reaches the output later.
+        Param<StringParameter>(*pipeline.load, "File") = pipeline.folder / "in.png";
+        pipeline.Frame();
+        Pipeline::Settle();
+        Param<StringParameter>(*pipeline.load, "File") = "";
+        pipeline.Frame();
+        Param<StringParameter>(*pipeline.load, "File") = pipeline.folder / "in.png";
+        pipeline.Frame();
+        EXPECT_FALSE(pipeline.work->GetAllDataOutputs()[0]->HasData());
     }
     {
         // An overtaken job never reaches the output, even when it finishes long before the newer one.
