@@ -106,7 +106,8 @@ class Transaction::Implementation {
 public:
     std::string name;
     std::vector<Record> records;
-    // Indices into `records` of the position records that a later move of the same operator folds into.
+    // Indices into `records` of the position records that a later move of the same operator folds into. Read
+    // only while the transaction collects.
     std::vector<std::size_t> pending;
     Transaction* enclosing = nullptr;
     bool finished = false;
@@ -135,7 +136,6 @@ public:
             inner.finished = true;
             inner.enclosing = nullptr;
             inner.records.clear();
-            inner.pending.clear();
         }
     }
 
@@ -212,7 +212,6 @@ std::optional<CommittedTransaction> Transaction::Commit() {
     }
     implementation->Finish();
     Normalize(implementation->records);
-    implementation->pending.clear();
     if (implementation->records.empty()) {
         return std::nullopt;
     }
