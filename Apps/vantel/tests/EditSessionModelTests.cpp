@@ -10,7 +10,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/OperatorInfo.h>
 #include <Vantel/Parameters/ParameterBundle.h>
 #include <Vantel/Projects/Project.h>
 #include <Vantel/Projects/Serialization.h>
@@ -124,6 +126,35 @@ TEST_F(EditSessionModel, LinksReplacementListInputsAndPasteAreEdits) {
 }
 
 // Each refusal names what was wrong and leaves no step in the history.
+// The palette describes a bundle list by its summary and kinds, every other member by its type.
+TEST_F(EditSessionModel, TypesDescribeBundleListsByTheirKinds) {
+    const auto entry = [](const char* name, const char* type) {
+        Vantel::OperatorInfo::Entry made;
+        made.name = name;
+        made.type = type;
+        return made;
+    };
+    Vantel::OperatorInfo::Entry bands = entry("Bands", "");
+    bands.summary = "One band per bundle.";
+    bands.kinds.push_back({"Band", {entry("Gain", "Float")}});
+    Vantel::OperatorInfo info;
+    info.type = MixerOperator::Type();
+    info.name = "Mixer";
+    info.parameters = {entry("Mix", "Float"), bands};
+    Vantel::TypeLibrary::Get()->RegisterOperator(info);
+    const json types = Ok({{"type", "getTypes"}});
+    for (const json& described : types["operators"]) {
+        if (described["type"] == "Vantel.Test.Mixer") {
+            EXPECT_EQ(described["parameters"], json::parse(R"([
+                {"name": "Mix", "type": "Float", "description": ""},
+                {"name": "Bands", "type": "", "description": "", "summary": "One band per bundle.",
+                 "kinds": [{"name": "Band", "parameters": [{"name": "Gain", "type": "Float", "description": ""}]}]}])"));
+            return;
+        }
+    }
+    ADD_FAILURE() << "the mixer is not in the palette";
+}
+
 TEST_F(EditSessionModel, RefusalsSayWhy) {
     auto& mixer = Add<MixerOperator>(root);
     auto& nested = Add<Vantel::Graph>(root);
