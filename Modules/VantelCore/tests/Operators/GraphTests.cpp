@@ -213,8 +213,9 @@ TEST(Graph, ExecutesInDependencyOrderAndHandsOnValuesSetBetweenFrames) {
     }
     for (const double value : {0.5, 1.5}) {
         head.value.SetValue(value);
-        chain.Execute(*Frame());
+        chain.Execute(*Access::CreateExecutionContext(value, 0.0, 0));  // the time as the frame's context
         EXPECT_EQ(links.back()->result.Value(), value + 100.0);
+        EXPECT_EQ(links.back()->lastFrameTime, value);
     }
     EXPECT_EQ(links.front()->runs, 2);
 }
