@@ -46,6 +46,7 @@ TEST(FileImportRegistry, ForgetsImportersOfUnloadedPlugins) {
     const ObjectType* scale = library.GetType("TestPlugin.Math.Scale");
     ASSERT_NE(scale, nullptr);
     int imported = 0;
+    FileImportRegistry::Get()->RegisterImporter({".keep"}, Operator::Type(), [](Operator&, const auto&) {});
     FileImportRegistry::Get()->RegisterImporter({".scale"}, scale,
                                                 [&](Operator&, const std::filesystem::path&) { ++imported; });
     const FileImportRegistry::Importer* importer = FileImportRegistry::Get()->FindImporter("a.scale");
@@ -57,6 +58,7 @@ TEST(FileImportRegistry, ForgetsImportersOfUnloadedPlugins) {
     EXPECT_EQ(imported, 1);
     library.UnloadPlugin("VantelTestPlugin");
     EXPECT_EQ(FileImportRegistry::Get()->FindImporter("a.scale"), nullptr);
+    EXPECT_NE(FileImportRegistry::Get()->FindImporter("a.keep"), nullptr);  // another type's importer stays
 }
 
 }  // namespace
