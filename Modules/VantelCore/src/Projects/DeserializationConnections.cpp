@@ -99,16 +99,18 @@ void DeserializeDataConnections(const json& connections, Graph& graph, Context& 
         Object* target = ResolveEndpoint(graph, inputText);
         auto* input = dynamic_cast<DataInput*>(target);
         auto* list = dynamic_cast<DataInputList*>(target);
+        const auto drop = [&](std::string_view before, std::string_view after) {
+            DropConnection(context, DroppedEntry::Kind::DataConnection, graph, outputText, inputText, before,
+                           after);
+        };
         if (output == nullptr || (input == nullptr && list == nullptr)) {
-            DropConnection(context, DroppedEntry::Kind::DataConnection, graph, outputText, inputText,
-                           "DeserializeDataConnections: could not resolve connection '", "', it is dropped.");
+            drop("DeserializeDataConnections: could not resolve connection '", "', it is dropped.");
             continue;
         }
         const bool added = input != nullptr ? graph.AddDataConnection({output, input})
                                             : graph.AddDataConnection(*output, *list) != nullptr;
         if (!added) {
-            DropConnection(context, DroppedEntry::Kind::DataConnection, graph, outputText, inputText,
-                           "DeserializeDataConnections: failed to add connection '", "'.");
+            drop("DeserializeDataConnections: failed to add connection '", "'.");
         }
     }
 }
