@@ -690,6 +690,14 @@ void Graph::Execute(ExecutionContext& context) {
             PrefetchLines(order[i + kPrefetchDistance], busy ? kRunningOperatorBytes : 1);
             Prefetch(states[i + kPrefetchDistance]->FrameFields());
         }
+        // The list of outputs lies on the heap, apart from the blocks; it is asked for in a second stage,
+        // half the distance ahead, once the first line of the operator's block has come in.
+        if (i + kPrefetchDistance / 2 < order.size()) {
+            const Operator::Implementation& ahead = *states[i + kPrefetchDistance / 2];
+            if (ahead.IsLikelyToRun(frame)) {
+                Prefetch(ahead.Outputs().data());
+            }
+        }
         Operator* op = order[i];
         if (op->Outdated()) {
             op->Execute(context);
