@@ -45,15 +45,16 @@ public:
 private:
     friend class DataPort;
 
-    std::string name;
-    Color uiColor{1.0f, 1.0f, 1.0f, 1.0f};
+    // What Store reads and writes each frame first, in the block's first cache line.
     Operator* op = nullptr;
-    bool addedByUser = false;
     std::uint64_t lastSerial = 0;
     // The change mark: the operator's mark epoch when it was set (the operator clears the marks of all its
     // ports at once by starting a new epoch), kMarkedAlone for a port of no operator, 0 when clear.
     std::uint64_t markedAt = 0;
     std::shared_ptr<Data> data;
+    bool addedByUser = false;
+    std::string name;
+    Color uiColor{1.0f, 1.0f, 1.0f, 1.0f};
 };
 
 // DataInput::Implementation
