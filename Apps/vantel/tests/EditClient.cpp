@@ -6,6 +6,9 @@
 #include <httplib.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#if defined(__linux__)
+#include <sys/prctl.h>
+#endif
 
 namespace EditTesting {
 namespace {
@@ -28,6 +31,10 @@ EditProcess::EditProcess(const std::filesystem::path& host, const std::filesyste
     }
     pid = fork();
     if (pid == 0) {
+#if defined(__linux__)
+        // A test that is killed (a timeout, a hung planted bug) must not leave its server running.
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+#endif
         dup2(pipeFds[1], STDOUT_FILENO);
         close(pipeFds[0]);
         close(pipeFds[1]);
@@ -48,6 +55,7 @@ EditProcess::EditProcess(const std::filesystem::path& host, const std::filesyste
     const std::size_t slash = address.find('/', colon);
     const std::size_t equals = address.rfind('=');
     if (colon == std::string::npos || slash == std::string::npos || equals == std::string::npos) {
+        Stop(SIGKILL);  // no destructor runs after a constructor throws
         throw std::runtime_error("vantel edit printed no address: '" + address + "'");
     }
     port = std::stoi(address.substr(colon + 1, slash - colon - 1));
