@@ -35,26 +35,19 @@ Object* ResolveEndpoint(Graph& graph, std::string_view text) {
         return &graph;
     }
     // An invalid piece anywhere makes the whole text no path, even after a piece that names nothing.
-    for (std::string_view rest = text;;) {
-        const std::size_t slash = rest.find('/');
-        if (!Path::IsValidKey(rest.substr(0, slash))) {
+    Object* current = &graph;
+    for (;;) {
+        const std::size_t slash = text.find('/');
+        const std::string_view piece = text.substr(0, slash);
+        if (!Path::IsValidKey(piece)) {
             return nullptr;
         }
+        current = current != nullptr ? current->FindChild(piece) : nullptr;
         if (slash == std::string_view::npos) {
-            break;
-        }
-        rest.remove_prefix(slash + 1);
-    }
-    Object* current = &graph;
-    while (current != nullptr) {
-        const std::size_t slash = text.find('/');
-        current = current->FindChild(text.substr(0, slash));
-        if (slash == std::string_view::npos) {
-            break;
+            return current;
         }
         text.remove_prefix(slash + 1);
     }
-    return current;
 }
 
 // The entry's description is made only for a connection that is dropped: loading makes thousands that are

@@ -107,7 +107,8 @@ TEST(Loader, WholeLoadFailuresReturnNullWithTheirReason) {
 TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     Testing::RegisterProjectTestTypes();
     const json document = json::parse(std::string("{") + kVersion + R"(, "root": {
-        "type": "Vantel.General.Graph", "key": "Project [abc]", "name": "Root", "operators": [
+        "type": "Vantel.General.Graph", "key": "Project [abc]", "name": "Root",
+        "parameters": [{"key": "Odd", "type": "Vantel.Test.Nothing", "name": "Odd"}], "operators": [
             {"type": "Vantel.Test.Source", "key": "Source", "name": "Source", "position": [1, "x"],
              "parameters": [{"key": "Value", "value": 4.0}, {"key": "Nope", "value": 3}]},
             {"type": "Vantel.Test.Gone", "key": "Gone", "name": "Gone"},
@@ -133,6 +134,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     ASSERT_NE(project, nullptr);
     EXPECT_EQ(
         log.Text(),
+        "[Error] DeserializeParameter: type 'Vantel.Test.Nothing' not found in type library.\n"
         "[Error] DeserializeOperator: the position of operator 'Source' is not two numbers, it is dropped.\n"
         "[Error] ApplyParameterValues: parameter 'Nope' not found in operator 'Source', its value is "
         "dropped.\n"
@@ -182,6 +184,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
     // The same losses for the host, one entry per item, each owned by the object it belonged to.
     using Kind = DroppedEntry::Kind;
     const std::pair<Kind, std::string> expected[] = {
+        {Kind::AddedMember, "/: Odd"},
         {Kind::Position, "/Source: position"},
         {Kind::ParameterValue, "/Source: Nope"},
         {Kind::Operator, "/: Gone"},
@@ -207,7 +210,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         EXPECT_EQ(dropped[i].owner + ": " + dropped[i].key, expected[i].second);
         EXPECT_NE(log.Text().find(dropped[i].reason + "\n"), std::string::npos);
     }
-    EXPECT_EQ(dropped[2].reason, "DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.");
+    EXPECT_EQ(dropped[3].reason, "DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.");
 }
 
 // Takes no more bundles than its operator has stages.
