@@ -51,9 +51,9 @@ json EntriesJson(const std::vector<Vantel::OperatorInfo::Entry>& entries) {
     return result;
 }
 
-// A data type's colour is the one its output ports start with.
+// A data type's colour is the one its output ports start with (a registered data type has an output type).
 json DataTypeColor(const Vantel::DataTypeInfo& info) {
-    if (info.outputType == nullptr || !info.outputType->CanCreate()) {
+    if (!info.outputType->CanCreate()) {
         return nullptr;
     }
     const std::unique_ptr<Vantel::Object> port = info.outputType->CreateInstance();

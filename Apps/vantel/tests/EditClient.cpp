@@ -105,6 +105,12 @@ int EditProcess::Post(const std::string& body, const std::string& givenToken, co
     return result ? result->status : 0;
 }
 
+std::pair<int, std::string> EditProcess::Get(const std::string& path) {
+    httplib::Client client("127.0.0.1", port);
+    const httplib::Result result = client.Get(path);
+    return result ? std::pair(result->status, result->body) : std::pair(0, std::string());
+}
+
 EventReader::EventReader(int port, const std::string& token) {
     thread = std::thread([this, port, token] {
         httplib::Client client("127.0.0.1", port);

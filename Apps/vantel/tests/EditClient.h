@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -36,6 +37,8 @@ public:
     // The raw exchange, for the tests of refusals: returns the HTTP status.
     int Post(const std::string& body, const std::string& token, const std::string& origin = "",
              const std::string& host = "");
+    // GET `path`: the HTTP status (0 when nothing answered) and the body.
+    std::pair<int, std::string> Get(const std::string& path);
 
 private:
     int pid = -1;

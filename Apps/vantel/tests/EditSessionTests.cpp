@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -212,6 +213,16 @@ TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
     EXPECT_EQ(session.Post(std::string(5 * 1024 * 1024, ' '), session.GetToken()), 413);
     EXPECT_EQ(session.Post("{\"type\": ", session.GetToken()), 400);
     EXPECT_EQ(session.Request({{"type", "getState"}})["ok"], true);
+
+    // The page, or where it is not built the note that says so, is an HTML document either way.
+    EXPECT_EQ(session.Get("/").first, 403);
+    const std::string token = "?token=" + session.GetToken();
+    const auto [status, page] = session.Get("/" + token);
+    EXPECT_TRUE(status == 200 || status == 404) << status;
+    std::string opening = page.substr(0, 14);
+    std::ranges::transform(opening, opening.begin(), [](unsigned char c) { return std::tolower(c); });
+    EXPECT_EQ(opening, "<!doctype html");
+    EXPECT_EQ(session.Get("/assets/none.js" + token), std::pair(404, std::string("no such file")));
 }
 
 // Ctrl+C, or the system ending the session (SIGTERM), keeps unsaved work.

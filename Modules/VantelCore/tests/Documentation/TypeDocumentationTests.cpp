@@ -160,6 +160,7 @@ TEST(TypeDocumentation, GoodDocFillsTheRecordAndKeepsTheWholeBody) {
         "      Image:\r\n"
         "        parameters:\r\n"
         "          Opacity: {type: Float, description: How much shows.}\r\n"
+        "          Masks: {summary: Bundles in a bundle., kinds: {Mask: {parameters: {}}}}\r\n"
         "      Text: {parameters: {}}\r\n"
         "--- \t\r\n"  // a marker may end in blanks
         "# Blend\n\n---\nA rule above.\n";
@@ -186,6 +187,7 @@ TEST(TypeDocumentation, GoodDocFillsTheRecordAndKeepsTheWholeBody) {
     const OperatorInfo::Entry* opacity = info.FindBundleParameter("Layers", "Image", "Opacity");
     ASSERT_NE(opacity, nullptr);
     EXPECT_EQ(opacity->type, "Float");
+    EXPECT_TRUE(info.FindBundleParameter("Layers", "Image", "Masks")->IsBundleList());
     EXPECT_EQ(info.FindInput("Layer 3"), &info.inputs[0]);
 
     // A data type's id is what its doc names; a parameter type's name is its display name.

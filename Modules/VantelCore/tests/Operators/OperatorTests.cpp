@@ -175,7 +175,13 @@ TEST(Operator, OwnedAndMemberPortsComeAndGo) {
         ++removed;
     });
     auto member = std::make_unique<DataInput>(op.get(), "Member");
-    EXPECT_TRUE(op->RemoveDataOutput(raw));  // destroys it
+    Ptr<DataOutput> removedOutput(raw);
+    auto ownedInput = std::make_unique<DataInput>();
+    Ptr<DataInput> removedInput(ownedInput.get());
+    ASSERT_TRUE(op->AddDataInput(std::move(ownedInput)));
+    EXPECT_TRUE(op->RemoveDataOutput(raw) && op->RemoveDataInput(removedInput.Get()));  // destroys both
+    EXPECT_EQ(removedOutput.Get(), nullptr);
+    EXPECT_EQ(removedInput.Get(), nullptr);
     EXPECT_EQ(removed, 1);
     EXPECT_TRUE(op->GetAllDataOutputs().empty());
 

@@ -372,6 +372,8 @@ TEST(ParameterBundleList, CreatesRemovesAndMovesWithHandlers) {
     EXPECT_EQ(list.IndexOf(first), 1u);
 
     ParameterBundleList other(&op, "Others", {});
+    EXPECT_EQ(other.IndexOf(first), ParameterBundleList::npos);
+    EXPECT_EQ(other.IndexOf(nullptr), ParameterBundleList::npos);
     EXPECT_FALSE(other.Insert(first, 0));
     EXPECT_FALSE(other.RemoveBundle(first));
     EXPECT_FALSE(list.RemoveBundle(nullptr));

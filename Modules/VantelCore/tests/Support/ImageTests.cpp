@@ -52,6 +52,7 @@ TEST(Image, ValidityAndEncodingFollowTheSizeRules) {
         EXPECT_EQ(row.image.IsValid(), row.valid);
         EXPECT_EQ(row.image.Encode(ImageFormat::Png).empty(), !row.encodes);
     }
+    EXPECT_TRUE(Image().GetPixelData().empty() && sized.GetPixelData().empty());
     EXPECT_TRUE(Pattern(3).Encode(static_cast<ImageFormat>(9)).empty());
     EXPECT_STREQ(GetImageFormatExtension(ImageFormat::Tga), "tga");
     EXPECT_STREQ(GetImageFormatExtension(static_cast<ImageFormat>(7)), "png");
