@@ -48,11 +48,8 @@ bool StartsWord(std::string_view s, std::size_t i) {
     }
     if (IsUpper(previous) && IsUpper(current) && i + 1 < s.size() && IsLower(s[i + 1])) {
         // The last capital of a run that follows a digit starts the next word: "2DArray" -> "2D Array".
-        std::size_t start = i;  // back to the run's first capital
-        while (start > 0 && IsUpper(s[start - 1])) {
-            --start;
-        }
-        return start > 0 && IsDigit(s[start - 1]);
+        const std::size_t beforeRun = s.find_last_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ", i);
+        return beforeRun != std::string_view::npos && IsDigit(s[beforeRun]);
     }
     return false;
 }
