@@ -87,17 +87,38 @@ void PassValue(const Parameter& source, Parameter& target, const std::vector<Com
     }
 }
 
+void HandOn(const DataOutput::Implementation& output, std::uint64_t epoch) {
+    if (!output.IsMarkedIn(epoch)) {
+        return;
+    }
+    for (const DataConnection& connection : output.GetConnections()) {
+        connection.input->Receive(output.GetData());
+    }
+}
+
 // Straight from the private blocks: the frame does this for every operator that wrote an output.
 void HandOnData(const Operator::Implementation& state) {
     const std::uint64_t epoch = state.GetMarkEpoch();
+    if (const DataOutput::Implementation* sole = state.SoleOutput()) {
+        HandOn(*sole, epoch);
+        return;
+    }
     for (DataOutput* output : state.Outputs()) {
-        const DataOutput::Implementation& written = *Access::GetImplementation(*output);
-        if (!written.IsMarkedIn(epoch)) {
-            continue;
-        }
-        for (const DataConnection& connection : written.GetConnections()) {
-            connection.input->Receive(written.GetData());
-        }
+        HandOn(*Access::GetImplementation(*output), epoch);
+    }
+}
+
+// What handing on an operator's data reads apart from the operator: the blocks of its output or the list of
+// its outputs, and the output's list of connections. Each is asked for once the line that points to it has
+// come in: the output's block half the prefetch distance ahead, its list a quarter.
+void PrefetchHandOn(const Operator::Implementation& half, const Operator::Implementation& quarter) {
+    if (const DataOutput::Implementation* sole = half.SoleOutput()) {
+        PrefetchLines(sole, sizeof(DataOutput::Implementation));
+    } else {
+        Prefetch(half.Outputs().data());
+    }
+    if (const DataOutput::Implementation* sole = quarter.SoleOutput()) {
+        Prefetch(sole->GetConnections().data());
     }
 }
 
@@ -684,19 +705,15 @@ void Graph::Execute(ExecutionContext& context) {
     for (std::size_t i = 0; i < order.size(); ++i) {
         // Operators ahead are asked for while this one is worked on. Busy operators sit among busy ones, so
         // when this one will probably run, so will those ahead: then all of their first lines (their ports
-        // and parameters) are asked for, else only the one that Outdated reads.
+        // and parameters) and what handing on their data reads are asked for, else only the line that
+        // Outdated reads.
+        const bool busy = states[i]->IsLikelyToRun(frame);
         if (i + kPrefetchDistance < order.size()) {
-            const bool busy = states[i]->IsLikelyToRun(frame);
             PrefetchLines(order[i + kPrefetchDistance], busy ? kRunningOperatorBytes : 1);
             Prefetch(states[i + kPrefetchDistance]->FrameFields());
         }
-        // The list of outputs lies on the heap, apart from the blocks; it is asked for in a second stage,
-        // half the distance ahead, once the first line of the operator's block has come in.
-        if (i + kPrefetchDistance / 2 < order.size()) {
-            const Operator::Implementation& ahead = *states[i + kPrefetchDistance / 2];
-            if (ahead.IsLikelyToRun(frame)) {
-                Prefetch(ahead.Outputs().data());
-            }
+        if (busy && i + kPrefetchDistance / 2 < order.size()) {
+            PrefetchHandOn(*states[i + kPrefetchDistance / 2], *states[i + kPrefetchDistance / 4]);
         }
         Operator* op = order[i];
         if (op->Outdated()) {

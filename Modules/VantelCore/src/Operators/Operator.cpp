@@ -126,6 +126,11 @@ void Operator::Implementation::RebuildDataInputsIfNeeded() {
     flatInputsStale = false;
 }
 
+void Operator::Implementation::NoteOutputsChanged() {
+    constOutputsStale = true;
+    soleOutput = outputs.size() == 1 ? Access::GetImplementation(*outputs.front()).get() : nullptr;
+}
+
 void Operator::Implementation::RebuildDataOutputsIfNeeded() {
     if (!constOutputsStale) {
         return;
@@ -158,7 +163,7 @@ bool Operator::Implementation::DetachDataOutput(DataOutput* output, std::unique_
         graph->DisconnectDataOutput(*output);
     }
     outputs.erase(outputs.begin() + static_cast<std::ptrdiff_t>(index));
-    constOutputsStale = true;
+    NoteOutputsChanged();
     Access::GetImplementation(*output)->SetOperator(nullptr);
     ReleaseOwnership(ownedOutputs, output, owned);
     return true;
@@ -436,7 +441,7 @@ bool Operator::InsertDataOutput(DataOutput* output, std::size_t index) {
     std::vector<DataOutput*>& outputs = implementation->outputs;
     index = std::min(index, outputs.size());
     outputs.insert(outputs.begin() + static_cast<std::ptrdiff_t>(index), output);
-    implementation->constOutputsStale = true;
+    implementation->NoteOutputsChanged();
     implementation->markedMembers |= Implementation::kOutputs;  // it may carry a mark
     if (output->IsAddedByUser()) {
         EditRecorder::DataOutputAdded(*output, index);
@@ -474,7 +479,7 @@ bool Operator::MoveDataOutput(DataOutput* output, std::size_t index) {
     if (output == nullptr || output->IsAddedByUser() || !MoveItem(implementation->outputs, output, index)) {
         return false;
     }
-    implementation->constOutputsStale = true;
+    implementation->NoteOutputsChanged();
     implementation->dataPortsReorderedEvent.Fire();
     return true;
 }

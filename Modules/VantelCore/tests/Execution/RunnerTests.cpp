@@ -140,7 +140,12 @@ TEST(Runner, ChangedOutputsAndMembersThatJoinWithAMarkAreSeenAndCleared) {
     output->Activate(std::make_shared<NumberData>(2.0));
     DataOutput& outputRef = *output;
     ASSERT_TRUE(op.AddDataOutput(std::move(output)));
+    AddOperator& behindAdded = Add<AddOperator>(graph);
+    ASSERT_TRUE(graph.AddDataConnection({&outputRef, &behindAdded.in}));
     runner.Execute();
+    outputRef.Activate(std::make_shared<NumberData>(5.0));
+    runner.Execute();
+    EXPECT_EQ(behindAdded.result.Value(), 5.0);  // handed on beside the operator's own output
     EXPECT_FALSE(outputRef.HasDataChanged());
     EXPECT_FALSE(op.Outdated());
 }

@@ -15,6 +15,7 @@
 #include <Vantel/Export.h>
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/Event.h>
+#include <Vantel/Operators/DataOutput.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
 
@@ -122,6 +123,9 @@ public:
     }
     // The operator's outputs, as Operator::GetAllDataOutputs gives them, for a frame's inner loop.
     const std::vector<DataOutput*>& Outputs() const { return outputs; }
+    // The block of the operator's one output, null unless it has exactly one (most operators): a frame
+    // reaches it from the block's first line, without the list.
+    const DataOutput::Implementation* SoleOutput() const { return soleOutput; }
     // The marks of the operator's ports are those set in this epoch; clearing them starts the next.
     std::uint64_t GetMarkEpoch() const { return markEpoch; }
     // The operator as a graph (set by Graph itself), so that the runner recurses without a dynamic_cast.
@@ -135,10 +139,11 @@ private:
     friend class Operator;
     void ClearMarkedMembers();
     void ReleaseOwnedPorts();
+    void NoteOutputsChanged();
 
     Operator& owner;
     // What every frame reads, together in the block's first cache line (the block starts on one): the marks,
-    // the graph to recurse into, and the outputs to hand on.
+    // the graph to recurse into, and the output to hand on.
     bool dirty = false;
     bool structureDirty = false;
     bool updatingStructure = false;
@@ -148,6 +153,7 @@ private:
     Graph* asGraph = nullptr;
     std::uint64_t markEpoch = 1;
     unsigned long long lastRunFrame = 0;
+    const DataOutput::Implementation* soleOutput = nullptr;
     std::vector<DataOutput*> outputs;
     std::string name;
     glm::vec2 position{0.0f, 0.0f};
