@@ -95,7 +95,7 @@ int DocCommand(const Arguments& arguments) {
         Fail(kExitFailed, "unknown type '" + name + "'; 'vantel types' lists them");
     }
     Out() << *text;
-    if (!text->empty() && text->back() != '\n') {
+    if (!text->ends_with('\n')) {
         Out() << '\n';
     }
     return kExitOk;

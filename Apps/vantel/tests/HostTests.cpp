@@ -206,6 +206,9 @@ TEST(Host, TypesAreGroupedAndSortedAndDocPrintsOneType) {
     const Result doc = Host(temp, {"doc", "TestPlugin.Math.Scale", "--plugin", kTestPlugin});
     EXPECT_EQ(doc.code, 0);
     EXPECT_THAT(doc.out, StartsWith("# Scale\n\nScale multiplies each sample"));
+    EXPECT_THAT(doc.out, EndsWith("and writes the product.\n"));
+    EXPECT_THAT(Host(temp, {"doc", "TestPlugin.FactorParameter", "--plugin", kTestPlugin}).out,
+                EndsWith("saved exactly like a Float.\n"));
     EXPECT_THAT(Host(temp, {"doc", "Vantel.General.Graph"}).out, StartsWith("# Graph\n"));
     EXPECT_THAT(Host(temp, {"doc", "Vantel.FloatParameter"}).out, StartsWith("# Float\n"));
     const Result unknown = Host(temp, {"doc", "Vantel.Nothing"});

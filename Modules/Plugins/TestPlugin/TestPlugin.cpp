@@ -125,8 +125,7 @@ tags: [number, multiplier, scale]
 # Factor
 
 A Factor holds a number like a [Float](<param:Float>) does, and is shown as a multiplier. It is driven and
-saved exactly like a Float.
-)";
+saved exactly like a Float.)";  // no line end: the host adds it
 
 constexpr std::string_view kScaleDocPath = "Docs/Operators/Math/Scale.md";
 constexpr std::string_view kScaleDoc = R"(---

@@ -166,7 +166,6 @@ void DocChecker::ReadMembers(const YAML::Node& root, OperatorInfo& info) {
         section.map = FindKey(root, section.key);
         if (section.map && !section.map->IsMap() && !section.map->IsNull()) {
             Warn(Quote(section.key) + " must be a map from key to entry.");
-            section.map.reset();
         }
     }
     for (Section& section : sections) {

@@ -18,13 +18,12 @@ void* ReserveLargePages(std::size_t size, std::size_t alignment) {
     }
     const auto start = reinterpret_cast<std::uintptr_t>(region);
     const std::uintptr_t aligned = (start + alignment - 1) & ~(static_cast<std::uintptr_t>(alignment) - 1);
-    if (aligned > start) {
-        munmap(region, aligned - start);
+    const std::uintptr_t head = aligned - start;  // often nothing: mappings tend to be aligned already
+    if (head != 0) {
+        munmap(region, head);
     }
-    const std::uintptr_t end = start + mapped;
-    if (end > aligned + size) {
-        munmap(reinterpret_cast<void*>(aligned + size), end - (aligned + size));
-    }
+    // An aligned run needs less than was mapped, so a tail always remains.
+    munmap(reinterpret_cast<void*>(aligned + size), alignment - head);
 #ifdef MADV_HUGEPAGE
     madvise(reinterpret_cast<void*>(aligned), size, MADV_HUGEPAGE);  // a hint: small pages work as well
 #endif
