@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <optional>
 #include <span>
 #include <system_error>
 
@@ -55,31 +56,39 @@ constexpr CommandShape kCommands[] = {
     {"edit", 1, "PROJECT", false, false, true},
 };
 
-int ParseFrames(const std::string& text) {
-    int value = 0;
+// The number that `text` holds from its first character to its last, or nothing.
+template <typename Number>
+std::optional<Number> ParseWhole(const std::string& text) {
+    Number value{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value < 0) {
-        Fail(kExitUsage, "--frames needs a whole number of frames, 0 or more, not '" + text + "'");
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
     }
     return value;
+}
+
+int ParseFrames(const std::string& text) {
+    const std::optional<int> value = ParseWhole<int>(text);
+    if (!value || *value < 0) {
+        Fail(kExitUsage, "--frames needs a whole number of frames, 0 or more, not '" + text + "'");
+    }
+    return *value;
 }
 
 double ParseFps(const std::string& text) {
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value) || value <= 0.0) {
+    const std::optional<double> value = ParseWhole<double>(text);
+    if (!value || !std::isfinite(*value) || *value <= 0.0) {
         Fail(kExitUsage, "--fps needs a number of frames per second above 0, not '" + text + "'");
     }
-    return value;
+    return *value;
 }
 
 int ParsePort(const std::string& text) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || value < 1 || value > 65535) {
+    const std::optional<int> value = ParseWhole<int>(text);
+    if (!value || *value < 1 || *value > 65535) {
         Fail(kExitUsage, "--port needs a port number from 1 to 65535, not '" + text + "'");
     }
-    return value;
+    return *value;
 }
 
 }  // namespace

@@ -256,6 +256,8 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
     Vantel::DataInput* layer = nested.AddDataConnection(source.out, mixer.layers);
     std::vector<json> updates;
     session.SetPublisher([&updates](const json& update) { updates.push_back(update); });
+    Ok({{"type", "setReference"}, {"path", PathOf(mixer.focus)}, {"target", PathOf(source)}});
+    EXPECT_EQ(mixer.focus.Value(), &source);
 
     const json described = Ok({{"type", "getGraph"}, {"path", PathOf(nested)}})["operators"][1];
     EXPECT_EQ(described["position"], json::array({1.5, -2.0}));
@@ -263,6 +265,7 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
     const json& mix = described["parameters"][2];
     EXPECT_EQ(mix["name"], "Mix");
     EXPECT_EQ(mix["flags"], json::array({"marksOutdated", "structural"}));
+    EXPECT_EQ(focus["referent"], PathOf(source));
     EXPECT_EQ(focus.value("rowLabel", ""), "Pair");
     EXPECT_EQ(focus.value("separatorAbove", false), true);
     EXPECT_EQ(mix.value("rowContinuation", false), true);

@@ -39,6 +39,7 @@ TEST(PageFiles, OnlyFilesInsideThePageFolderAnswer) {
         "/assets",
         "/missing.js",
         "assets/main.js",
+        "xassets/main.js",  // not from the root, whatever follows its first character
         "",
     };
     for (const char* path : kRefused) {

@@ -81,7 +81,7 @@ bool PtrListParameter::Contains(const Object* object) const {
 bool PtrListParameter::RemoveReferencesTo(Object& object) {
     std::vector<Object*> entries = Value();
     const auto removed = std::remove_if(entries.begin(), entries.end(), [&object](const Object* entry) {
-        return ReferenceSupport::IsAtOrBelow(*entry, object);
+        return ReferenceSupport::IsAtOrBelow(entry, &object);
     });
     if (removed == entries.end()) {
         return false;

@@ -175,9 +175,9 @@ std::vector<Object*> GetAllowedObjects(const ObjectFilter& filter, const Paramet
     return allowed;
 }
 
-bool IsAtOrBelow(const Object& object, const Object& ancestor) {
-    for (const Object* current = &object; current != nullptr; current = ParentOf(*current)) {
-        if (current == &ancestor) {
+bool IsAtOrBelow(const Object* object, const Object* ancestor) {
+    for (const Object* current = object; current != nullptr; current = ParentOf(*current)) {
+        if (current == ancestor) {
             return true;
         }
     }
@@ -187,7 +187,7 @@ bool IsAtOrBelow(const Object& object, const Object& ancestor) {
 nlohmann::json ToJson(const Parameter& parameter, Object* referent) {
     Object* context = FindContext(parameter);
     // A referent outside the context is possible once the operator moved to another graph.
-    if (referent == nullptr || context == nullptr || !IsAtOrBelow(*referent, *context)) {
+    if (!IsAtOrBelow(referent, context)) {
         return nullptr;
     }
     if (referent == context) {
@@ -216,18 +216,18 @@ void ClearReferencesInto(Object& target) {
     // meanwhile.
     std::vector<Ptr<Parameter>> holders;
     auto visit = [&](Object& object) {
-        if (IsAtOrBelow(object, target)) {
+        if (IsAtOrBelow(&object, &target)) {
             return;  // goes along with the target, references and all
         }
         if (auto* single = dynamic_cast<PtrParameter*>(&object)) {
             Object* referent = single->Value();
-            if (referent != nullptr && IsAtOrBelow(*referent, target)) {
+            if (IsAtOrBelow(referent, &target)) {
                 holders.emplace_back(single);
             }
         } else if (auto* list = dynamic_cast<PtrListParameter*>(&object)) {
             const std::vector<Object*> entries = list->Value();
             if (std::any_of(entries.begin(), entries.end(),
-                            [&](const Object* entry) { return IsAtOrBelow(*entry, target); })) {
+                            [&](const Object* entry) { return IsAtOrBelow(entry, &target); })) {
                 holders.emplace_back(list);
             }
         }
@@ -237,7 +237,7 @@ void ClearReferencesInto(Object& target) {
     for (const Ptr<Parameter>& holder : holders) {
         if (auto* single = dynamic_cast<PtrParameter*>(holder.Get())) {
             Object* referent = single->Value();  // a listener may have changed it meanwhile
-            if (referent != nullptr && IsAtOrBelow(*referent, target)) {
+            if (IsAtOrBelow(referent, &target)) {
                 single->SetValue(nullptr);
             }
         } else if (auto* list = dynamic_cast<PtrListParameter*>(holder.Get())) {

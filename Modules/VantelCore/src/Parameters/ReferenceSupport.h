@@ -23,8 +23,8 @@ bool PassesFilter(const ObjectFilter& filter, const Parameter& parameter, const 
 // The objects of the project around `parameter` that pass, in the documented walk order.
 std::vector<Object*> GetAllowedObjects(const ObjectFilter& filter, const Parameter& parameter);
 
-// True when `object` is `ancestor` or has it among its object parents.
-bool IsAtOrBelow(const Object& object, const Object& ancestor);
+// True when `object` is `ancestor` or has it among its object parents; false when either is null.
+bool IsAtOrBelow(const Object* object, const Object* ancestor);
 
 // The referent's path text relative to the parameter's reference context; null when it has none or the
 // referent lies outside it.

@@ -336,6 +336,9 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     const std::string key = extra->GetKey();
     ParameterBundle* bundle = list.CreateBundle("Image", "Layer");
     ASSERT_NE(bundle, nullptr);
+    Parameter* opacity = bundle->FindParameter("Opacity");
+    EXPECT_EQ(bundle->GetParameters(), std::vector<Parameter*>{opacity});
+    EXPECT_EQ(std::as_const(*bundle).GetParameters(), std::vector<const Parameter*>{opacity});
     EXPECT_FALSE(op.GetParameterGroup().Move(extra, extra->GetIndex()));
     EXPECT_TRUE(op.GetParameterGroup().Move(extra, 0));
     EXPECT_TRUE(op.RemoveParameter(&declared));

@@ -118,9 +118,12 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
              "parameters": [{"key": "Extra", "type": "Vantel.Test.NumberParameter", "name": "Extra"},
                             {"key": "More", "type": "Vantel.Test.NumberParameter", "name": "More"},
                             {"key": "Missing", "bundles": []}, {"key": "Mix", "value": 0.25},
+                            {"key": "Bands", "bundles": [{"key": "Low", "kind": "Band",
+                                                          "parameters": [{"key": "Q", "value": 2}]}]},
                             {"key": "Focus", "value": "Nowhere"}]},
             {"type": "Vantel.Test.Mirror", "key": "Copy", "name": "Copy",
-             "parameters": [{"key": "Model", "value": "Source"}, {"key": "Bogus", "value": 1.0}]}],
+             "parameters": [{"key": "Model", "value": "Source"}, {"key": "Bogus", "value": 1.0},
+                            {"key": "Value", "value": null}]}],
         "dataConnections": [{"output": "Source/Out", "input": "Mixer/Layers/A"},
                             {"output": "Source/Out", "input": "Mixer/Layers/A"},
                             {"output": "Gone/Out", "input": "Mixer/Layers/B"},
@@ -149,7 +152,9 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "\"parameters\" is dropped.\n"
         "[Error] CreateBundles: bundle list 'Missing' not found in operator 'Mixer', its bundles are "
         "dropped.\n"
+        "[Error] ApplyParameterValues: parameter 'Q' not found in operator 'Mixer', its value is dropped.\n"
         "[Warning] PtrParameter::DeserializeValue: could not resolve 'Nowhere', the value is cleared.\n"
+        "[Error] NumberParameter: null is no number, the value is kept.\n"
         "[Warning] Context::ResolveReferences: some stored values of operator 'Copy' did not match a member "
         "and are dropped.\n"
         "[Error] DeserializeDataConnections: failed to add connection 'Source/Out -> Mixer/Layers/A'.\n"
@@ -193,7 +198,9 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         {Kind::AddedMember, "/Mixer: Extra"},
         {Kind::AddedMember, "/Mixer: More"},
         {Kind::BundleList, "/Mixer: Missing"},
-        {Kind::ParameterValue, "/Mixer: Focus"},  // refused by the parameter itself
+        {Kind::ParameterValue, "/Mixer/Bands/Low: Q"},  // owned by the bundle it was in
+        {Kind::ParameterValue, "/Mixer: Focus"},        // refused by the parameter itself
+        {Kind::ParameterValue, "/Copy: Value"},         // so, with an error
         {Kind::ParameterValue, "/Copy: Bogus"},
         {Kind::DataConnection, "/: Source/Out -> Mixer/Layers/A"},
         {Kind::DataConnection, "/: Gone/Out -> Mixer/Layers/B"},

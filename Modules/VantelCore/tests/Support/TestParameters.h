@@ -9,6 +9,7 @@
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterScope.h>
 #include <Vantel/Projects/Transaction.h>
+#include <Vantel/Support/Logging.h>
 
 namespace Vantel::Testing {
 
@@ -37,7 +38,14 @@ public:
     }
     void SetFromData(const ParameterData& data) override { SetValue(data.GetFloat(0)); }
     nlohmann::json SerializeValue() const override { return value; }
-    void DeserializeValue(const nlohmann::json& json) override { SetValue(json.get<double>()); }
+    // A plug-in's parameter may refuse a value with an exception (any text, here) or with an error (null).
+    void DeserializeValue(const nlohmann::json& json) override {
+        if (json.is_null()) {
+            LogError("NumberParameter: null is no number, the value is kept.");
+            return;
+        }
+        SetValue(json.get<double>());
+    }
     void SetComponent(int component, double newValue) override {
         if (component != 0 || newValue == value) {
             return;
