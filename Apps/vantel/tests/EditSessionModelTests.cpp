@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -280,6 +282,17 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
                                     [](const json& update) { return update["event"] == "frame"; });
     ASSERT_NE(frame, updates.end());
     EXPECT_EQ((*frame)["values"][PathOf(mixer.mix)], 0.0);
+    EXPECT_FALSE((*frame)["ran"].empty());
+
+    // The next update lists only what ran since: in this frame, nothing.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // updates come at most 30 times a second
+    updates.clear();
+    Ok({{"type", "step"}});
+    session.PublishFrameUpdate();
+    const auto next = std::find_if(updates.begin(), updates.end(),
+                                   [](const json& update) { return update["event"] == "frame"; });
+    ASSERT_NE(next, updates.end());
+    EXPECT_EQ(next->value("ran", json::array({"absent"})), json::array());
 }
 
 }  // namespace
