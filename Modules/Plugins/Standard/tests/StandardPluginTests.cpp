@@ -377,6 +377,15 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
         pipeline.Frame();
         // Edges repeat: the corner's box holds the dot once among nine pixels, and so does every other box.
         EXPECT_EQ(pipeline.Saved(), std::vector<std::uint8_t>(9, 28));
+        // A Gaussian spreads the dot alike in every direction.
+        Param<EnumParameter>(*pipeline.work, "Mode") = "Gaussian";
+        pipeline.Frame();
+        Pipeline::Settle();
+        pipeline.Frame();
+        const std::vector<std::uint8_t> spread = pipeline.Saved();
+        ASSERT_EQ(spread.size(), 9u);
+        EXPECT_TRUE(spread[0] == spread[8] && spread[1] == spread[7] && spread[3] == spread[5]) << spread[0];
+        EXPECT_GT(spread[4], spread[1]);
 
         // An input that goes away empties the output, and the job still in flight is forgotten.
         fs::remove(pipeline.folder / "out.png");

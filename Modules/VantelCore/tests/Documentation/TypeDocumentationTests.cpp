@@ -96,6 +96,9 @@ TEST(TypeDocumentation, EachProblemLogsOneWarningInCheckOrder) {
         {"tag with blanks", Kind::Parameter, &vectorType, kVectorPath,
          "---\ntype: Vantel.Vector3Parameter\nsummary: s\ntags: [a, two words]\n---\n",
          "\"tags\" must be a list of words."},
+        {"empty tag", Kind::Parameter, &vectorType, kVectorPath,
+         "---\ntype: Vantel.Vector3Parameter\nsummary: s\ntags: [a, '']\n---\n",
+         "\"tags\" must be a list of words."},
         {"member maps and entries", Kind::Operator, &graphType, kGraphPath,
          "---\ntype: Vantel.General.Graph\nsummary: s\n"
          "inputs:\n  Image: [x]\n  Mask:\n    description: d\n  Size:\n    type: Int\n"
