@@ -262,6 +262,7 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
         {"Vantel.Transform3DParameter", "Transform 3D"},
         {"Example.Texture2DArray", "Texture 2D Array"},
         {"Example.Blur9Pass", "Blur 9 Pass"},
+        {"Example.FizzBuzz", "Fizz Buzz"},
         {"Example.Scale2x", "Scale 2 x"},
         {"Example.Parameter", "Parameter"},
         {"Vantel.Operator", "Operator"},

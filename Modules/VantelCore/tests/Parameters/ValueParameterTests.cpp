@@ -12,6 +12,7 @@
 
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/TypeLibrary.h>
+#include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/BoolParameter.h>
 #include <Vantel/Parameters/ColorParameter.h>
@@ -445,6 +446,12 @@ TEST(TriggerParameter, FiresWithoutRecordingOrValueChangedEvent) {
     reload.Trigger();
     EXPECT_TRUE(op.IsStructureDirty());  // not rebuilt: the operator is in no graph
     EXPECT_TRUE(transaction.GetRecords().empty());
+
+    Graph graph;
+    Operator& placed = Testing::Add<Operator>(graph);
+    TriggerParameter rebuild(ParameterScope(&placed), "Rebuild", true);
+    rebuild.Trigger();
+    EXPECT_FALSE(placed.IsStructureDirty());  // in a graph the rebuild follows at once
 }
 
 TEST(EnumParameter, ChoosesByLabelThenValueAndResolvesTheChoiceAgainstNewPossibleValues) {
