@@ -339,8 +339,12 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
     Parameter* opacity = bundle->FindParameter("Opacity");
     EXPECT_EQ(bundle->GetParameters(), std::vector<Parameter*>{opacity});
     EXPECT_EQ(std::as_const(*bundle).GetParameters(), std::vector<const Parameter*>{opacity});
+    int reorders = 0;
+    const EventSubscription onOrder =
+        op.GetParameterGroup().ChildOrderChangedEvent().Subscribe([&reorders] { ++reorders; });
     EXPECT_FALSE(op.GetParameterGroup().Move(extra, extra->GetIndex()));
     EXPECT_TRUE(op.GetParameterGroup().Move(extra, 0));
+    EXPECT_EQ(reorders, 1);
     EXPECT_TRUE(op.RemoveParameter(&declared));
     EXPECT_TRUE(op.RemoveParameter(extra));
 
