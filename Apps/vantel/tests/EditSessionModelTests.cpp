@@ -295,4 +295,20 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
     EXPECT_EQ(next->value("ran", json::array({"absent"})), json::array());
 }
 
+TEST(LogTee, KeepsTheMostRecentLinesAndPassesEveryLineOn) {
+    std::ostringstream terminal;
+    VantelHost::LogTee tee(terminal);
+    const std::uint64_t start = tee.GetNextLineNumber();
+    for (int i = 0; i < 300; ++i) {
+        terminal << "line " << i << "\n";
+    }
+    EXPECT_EQ(tee.GetNextLineNumber(), start + 300);
+    const std::vector<std::string> kept = tee.LinesSince(start);
+    ASSERT_EQ(kept.size(), 256u);  // the most recent only
+    EXPECT_EQ(kept.front(), "line 44");
+    EXPECT_EQ(kept.back(), "line 299");
+    EXPECT_EQ(tee.LinesSince(start + 299), std::vector<std::string>{"line 299"});
+    EXPECT_NE(terminal.str().find("line 0\nline 1\n"), std::string::npos);  // the stream still gets all
+}
+
 }  // namespace
