@@ -188,6 +188,8 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
         {link({{0, 0, 0}}), "'links' must be a list of [source, target] component pairs"},
         {{{"type", "disconnectParameter"}, {"output", PathOf(source.value)}, {"input", mix}},
          "there is no such connection"},
+        {{{"type", "disconnectData"}, {"output", PathOf(mixer.out)}, {"input", PathOf(*layer)}},
+         "there is no such connection"},
         {{{"type", "copy"}, {"paths", json::array()}}, "'paths' must be a list of operator paths"},
         {{{"type", "batch"},
           {"name", "Two"},

@@ -170,7 +170,7 @@ bool Operator::Implementation::DetachDataOutput(DataOutput* output, std::unique_
 }
 
 void Operator::Implementation::AddDataInputList(DataInputList& list, std::string_view name) {
-    if (list.GetKey().empty() && Path::IsValidKey(name)) {
+    if (Path::IsValidKey(name)) {  // a list joins as it is built, before anything gave it a key
         list.SetKey(name);
     }
     SettleChildKey(list, name.empty() ? std::string_view("Inputs") : name);
