@@ -330,6 +330,16 @@ void Graph::Implementation::RebuildOrder() {
     ranksValid = executionOrder.size() == operators.size();
 }
 
+void Graph::Implementation::PassConnectedValues() {
+    for (Operator* op : GetExecutionOrder()) {
+        for (Parameter* parameter : op->GetAllParameters()) {
+            for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
+                PassValue(*parameter, *connection.target, connection.links);
+            }
+        }
+    }
+}
+
 bool Graph::Implementation::IsUpstream(const Operator* of, const Operator* candidate) {
     if (!ranksValid) {
         RebuildOrder();

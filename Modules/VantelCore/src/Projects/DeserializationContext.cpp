@@ -6,8 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/Ptr.h>
 #include <Vantel/Operators/Graph.h>
+#include <Vantel/Operators/GraphImplementation.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
@@ -165,6 +167,7 @@ void Context::ResolveReferences() {
         if (Graph* graph = deferred.graph.Get()) {
             DeserializeDataConnections(deferred.Data(), *graph, *this);
             DeserializeParameterConnections(deferred.Parameters(), *graph, *this);
+            Access::GetImplementation(*graph)->PassConnectedValues();
         }
     }
     // List inputs exist to receive a connection: whatever is still unconnected now is a leftover.

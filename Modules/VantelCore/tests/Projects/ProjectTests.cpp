@@ -218,6 +218,27 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     std::filesystem::remove(first);
 }
 
+// The file lists the chain's far link first ("M/Value" sorts before "Z/Value"): the loaded end still has the
+// start's value, as it had when saved.
+TEST(Project, AChainOfDrivenValuesLoadsSettled) {
+    Testing::RegisterProjectTestTypes();
+    Project project;
+    Graph& root = *project.GetRootGraph();
+    SourceOperator& start = Add<SourceOperator>(root, "Z");
+    SourceOperator& middle = Add<SourceOperator>(root, "M");
+    AddOperator& end = Add<AddOperator>(root, "A");
+    start.value.SetValue(3.0);
+    ASSERT_TRUE(root.AddParameterConnection({&start.value, &middle.value, {{0, 0}}}, false));
+    ASSERT_TRUE(root.AddParameterConnection({&middle.value, &end.offset, {{0, 0}}}, false));
+    ASSERT_EQ(end.offset.Value(), 3.0);
+    const std::unique_ptr<Project> loaded =
+        Deserialization::DeserializeProject(Serialization::SerializeProject(project));
+    ASSERT_NE(loaded, nullptr);
+    const auto* loadedEnd = dynamic_cast<AddOperator*>(loaded->GetRootGraph()->FindChild(end.GetKey()));
+    ASSERT_NE(loadedEnd, nullptr);
+    EXPECT_EQ(loadedEnd->offset.Value(), 3.0);
+}
+
 // Connections are kept in the order they were made, but the file lists them sorted: the same graph must write
 // the same bytes however it was wired, or every reconnection would show as a change.
 TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {

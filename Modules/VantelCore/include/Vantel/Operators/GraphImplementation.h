@@ -35,6 +35,9 @@ public:
     // appends those whose structure is dirty to `unsettled`. The graph's own marks are for whoever holds the
     // graph to clear.
     void ClearOperatorChangeMarks(std::vector<Operator*>& unsettled);
+    // Hands every parameter connection's value on again, sources first, as a frame would. A load makes the
+    // connections in the file's order, which can reach the far end of a chain before its start has a value.
+    void PassConnectedValues();
 
 private:
     friend class Graph;
