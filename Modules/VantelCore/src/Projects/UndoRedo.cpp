@@ -606,14 +606,33 @@ struct Describer {
 
 }  // namespace
 
+namespace {
+
+// A replay re-makes connections in the order they were recorded, so a chain's far end can take its value
+// before the chain's start has its own. Settled as a load settles: in every graph, sources first.
+void SettleConnectedValues(Graph& graph) {
+    Access::GetImplementation(graph)->PassConnectedValues();
+    for (Operator* op : graph.GetOperators()) {
+        if (Graph* nested = Access::GetImplementation(*op)->AsGraph()) {
+            SettleConnectedValues(*nested);
+        }
+    }
+}
+
+}  // namespace
+
 bool ApplyTransaction(Project& project, const CommittedTransaction& transaction) {
     Transaction::SuppressRecording suppress;
-    return Replay(project, transaction.records, Direction::Forward, nullptr);
+    const bool applied = Replay(project, transaction.records, Direction::Forward, nullptr);
+    SettleConnectedValues(*project.GetRootGraph());
+    return applied;
 }
 
 bool UndoTransaction(Project& project, const CommittedTransaction& transaction) {
     Transaction::SuppressRecording suppress;
-    return Replay(project, transaction.records, Direction::Backward, nullptr);
+    const bool undone = Replay(project, transaction.records, Direction::Backward, nullptr);
+    SettleConnectedValues(*project.GetRootGraph());
+    return undone;
 }
 
 std::string DescribeRecord(const Record& record) {
