@@ -316,6 +316,20 @@ TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOn) {
     EXPECT_NE(log.Text().find("type 'Vantel.Test.Gone' not found"), std::string::npos) << log.Text();
 }
 
+// Undo re-makes the middle operator's connections in the recorded order; the chain's end still gets the
+// start's value, not the restored middle's default. The end is cleared meanwhile, so that only a settled
+// chain gives its value back.
+TEST_F(UndoRedo, AChainRemadeAroundItsMiddleEndsSettled) {
+    auto& middle = Add<SourceOperator>(*graph);
+    source->value.SetValue(3.0);
+    ASSERT_TRUE(graph->AddParameterConnection({&source->value, &middle.value, {{0, 0}}}, false));
+    ASSERT_TRUE(graph->AddParameterConnection({&middle.value, &adder->offset, {{0, 0}}}, false));
+    const CommittedTransaction done = Record("Remove", [&] { graph->RemoveOperator(&middle); });
+    adder->offset.SetValue(0.0);
+    ASSERT_TRUE(UndoTransaction(project, done));
+    EXPECT_EQ(adder->offset.Value(), 3.0);
+}
+
 TEST_F(UndoRedo, EmptyTransactionAndNoRecording) {
     EXPECT_TRUE(UndoTransaction(project, CommittedTransaction{"Nothing", {}}));
     EXPECT_TRUE(ApplyTransaction(project, CommittedTransaction{"Nothing", {}}));
