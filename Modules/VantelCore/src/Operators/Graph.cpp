@@ -122,13 +122,16 @@ void PrefetchHandOn(const Operator::Implementation& half, const Operator::Implem
     }
 }
 
+void PassOn(const Parameter& parameter) {
+    for (const ParameterConnection& connection : parameter.GetOutgoingConnections()) {
+        PassValue(parameter, *connection.target, connection.links);
+    }
+}
+
 void HandOnValues(Operator& op) {
     for (Parameter* parameter : op.GetAllParameters()) {
-        if (!parameter->HasValueChanged()) {
-            continue;
-        }
-        for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
-            PassValue(*parameter, *connection.target, connection.links);
+        if (parameter->HasValueChanged()) {
+            PassOn(*parameter);
         }
     }
 }
@@ -332,10 +335,8 @@ void Graph::Implementation::RebuildOrder() {
 
 void Graph::Implementation::PassConnectedValues() {
     for (Operator* op : GetExecutionOrder()) {
-        for (Parameter* parameter : op->GetAllParameters()) {
-            for (const ParameterConnection& connection : parameter->GetOutgoingConnections()) {
-                PassValue(*parameter, *connection.target, connection.links);
-            }
+        for (const Parameter* parameter : op->GetAllParameters()) {
+            PassOn(*parameter);
         }
     }
 }

@@ -604,10 +604,6 @@ struct Describer {
     }
 };
 
-}  // namespace
-
-namespace {
-
 // A replay re-makes connections in the order they were recorded, so a chain's far end can take its value
 // before the chain's start has its own. Settled as a load settles: in every graph, sources first.
 void SettleConnectedValues(Graph& graph) {
