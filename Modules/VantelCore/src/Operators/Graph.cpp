@@ -333,6 +333,11 @@ void Graph::Implementation::RebuildOrder() {
     ranksValid = executionOrder.size() == operators.size();
 }
 
+bool Graph::Implementation::HasParameterChains() const {
+    return std::any_of(parameterConnections.begin(), parameterConnections.end(),
+                       [](const auto& entry) { return entry.first.source->HasIncomingConnection(); });
+}
+
 void Graph::Implementation::PassConnectedValues() {
     for (Operator* op : GetExecutionOrder()) {
         for (const Parameter* parameter : op->GetAllParameters()) {

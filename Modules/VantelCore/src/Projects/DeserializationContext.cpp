@@ -167,7 +167,12 @@ void Context::ResolveReferences() {
         if (Graph* graph = deferred.graph.Get()) {
             DeserializeDataConnections(deferred.Data(), *graph, *this);
             DeserializeParameterConnections(deferred.Parameters(), *graph, *this);
-            Access::GetImplementation(*graph)->PassConnectedValues();
+            // Each connection handed its source's value on as it was made; only in a chain can that have
+            // been a value the source did not have yet, and a large file without one is spared the order.
+            Graph::Implementation& implementation = *Access::GetImplementation(*graph);
+            if (implementation.HasParameterChains()) {
+                implementation.PassConnectedValues();
+            }
         }
     }
     // List inputs exist to receive a connection: whatever is still unconnected now is a leftover.

@@ -38,6 +38,8 @@ public:
     // Hands every parameter connection's value on again, sources first, as a frame would. A load makes the
     // connections in the file's order, which can reach the far end of a chain before its start has a value.
     void PassConnectedValues();
+    // Whether a parameter connection starts at a parameter that is driven itself.
+    bool HasParameterChains() const;
 
 private:
     friend class Graph;
