@@ -175,7 +175,7 @@ TEST_F(EditSession, ATriggerFiresOnTheNextFrameAndIsNoStepOfTheHistory) {
     EXPECT_EQ(session.Request({{"type", "trigger"}, {"path", counter + "/Start"}})["ok"], false);
 }
 
-TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
+TEST_F(EditSession, AReferenceListsItsAllowedObjectsAndThePaletteDescribesEveryType) {
     EditProcess session(kHost, project);
     const std::string process = FindOperator(session, "Vantel.General.Graph");
     const std::string reference = Ok(session, {{"type", "addUserParameter"},
@@ -197,6 +197,17 @@ TEST_F(EditSession, AReferenceListsAndTakesOnlyItsAllowedObjects) {
     EXPECT_EQ(waveform["options"][3], (json{{"value", "square"}, {"label", "Square"}}));
     EXPECT_EQ(Ok(session, {{"type", "setReference"}, {"path", reference}, {"target", nullptr}})["value"],
               nullptr);
+
+    // An editor's palette: every type with its docs, the operators' declared members, the data types'
+    // colours.
+    const json types = Ok(session, {{"type", "getTypes"}});
+    const json described = FindIn(types["operators"], "type", "Standard.Math.Oscillator");
+    ASSERT_TRUE(described.is_object()) << types["operators"].dump();
+    EXPECT_EQ(described["category"], "Math");
+    EXPECT_NE(described["doc"].get<std::string>().find("sine"), std::string::npos);
+    EXPECT_TRUE(FindIn(described["parameters"], "name", "Frequency").is_object()) << described.dump();
+    EXPECT_TRUE(FindIn(types["parameters"], "type", "Vantel.ColorParameter").is_object());
+    EXPECT_EQ(FindIn(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
 }
 
 TEST_F(EditSession, RequestsWithoutTheTokenOrFromElsewhereAreRefused) {
@@ -241,19 +252,6 @@ TEST_F(EditSession, AnEndedSessionKeepsUnsavedWorkInARecoveryFile) {
     Save(saved);
     EXPECT_EQ(saved.Stop(), 0);
     EXPECT_FALSE(fs::exists(recovery)) << saved.GetOutput();  // saved work needs none
-}
-
-// An editor's palette: every type with its docs, the operators' declared members, the data types' colours.
-TEST_F(EditSession, TypesComeWithTheirDocsMembersAndColours) {
-    EditProcess session(kHost, project);
-    const json types = Ok(session, {{"type", "getTypes"}});
-    const json oscillator = FindIn(types["operators"], "type", "Standard.Math.Oscillator");
-    ASSERT_TRUE(oscillator.is_object()) << types["operators"].dump();
-    EXPECT_EQ(oscillator["category"], "Math");
-    EXPECT_NE(oscillator["doc"].get<std::string>().find("sine"), std::string::npos);
-    EXPECT_TRUE(FindIn(oscillator["parameters"], "name", "Frequency").is_object()) << oscillator.dump();
-    EXPECT_TRUE(FindIn(types["parameters"], "type", "Vantel.ColorParameter").is_object());
-    EXPECT_EQ(FindIn(types["dataTypes"], "name", "Image").value("color", json()).size(), 4u);
 }
 
 TEST_F(EditSession, ANewFileStartsAnEmptyProject) {

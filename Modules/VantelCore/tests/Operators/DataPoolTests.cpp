@@ -9,14 +9,12 @@
 #include <Vantel/Operators/DataBlocks.h>
 #include <Vantel/Operators/DataPool.h>
 
+#include "Support/TestOperators.h"
+
 namespace Vantel {
 namespace {
 
-class Number : public Data {
-public:
-    explicit Number(double value) : value(value) {}
-    const double value;
-};
+using Number = Testing::NumberData;
 
 TEST(DataPool, ValuesAreNewEachTimeAndTheirMemoryComesBack) {
     DataPool<Number> pool;

@@ -333,15 +333,6 @@ TEST(Operator, StructureRebuildsUntilSettledAtMostEightTimes) {
         "giving up.\n");
 }
 
-// Parameters that mark it, or not, are the parameters' tests.
-TEST(Operator, OutdatedByDirtUntilCleared) {
-    Operator op;
-    op.MarkDirty();
-    EXPECT_TRUE(op.Outdated());
-    Access::GetImplementation(op)->ClearDirty();
-    EXPECT_FALSE(op.Outdated());
-}
-
 TEST(Operator, FlatParametersFollowTheTree) {
     Operator op;
     NumberParameter first(&op, "First");
@@ -381,9 +372,14 @@ TEST(Operator, FlatParametersFollowTheTree) {
     EXPECT_EQ(elsewhere.GetChildCount(), 0u);
 }
 
-// Recording in a graph is covered by the graph's "add node" round trip.
-TEST(Operator, NameAndPositionOfAnOperatorInNoGraphAreNotRecorded) {
+// Parameters that mark it, or not, are the parameters' tests; recording in a graph is covered by the graph's
+// "add node" round trip.
+TEST(Operator, OutdatedByDirtUntilClearedAndEditsInNoGraphAreNotRecorded) {
     Operator op;
+    op.MarkDirty();
+    EXPECT_TRUE(op.Outdated());
+    Access::GetImplementation(op)->ClearDirty();
+    EXPECT_FALSE(op.Outdated());
     int moves = 0;
     EventSubscription subscription = op.PositionChangedEvent().Subscribe([&] { ++moves; });
     Transaction transaction("Edit operator");
