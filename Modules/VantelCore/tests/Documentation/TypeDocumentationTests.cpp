@@ -285,11 +285,10 @@ TEST(ObjectType, DisplayNameIsGivenOrDerivedFromTheTypeName) {
     EXPECT_EQ(ObjectType("Vantel.PtrParameter", nullptr, nullptr, "").GetDisplayName(), "Ptr");
 }
 
-// The core types are registered with their compiled-in docs; every doc is one of theirs.
+// The core types are registered with their compiled-in docs (that they register silently is the type
+// library's test); every doc is one of theirs.
 TEST(TypeDocumentation, CompiledInDocsAreCompleteAndLinkToEachOther) {
-    LogCapture log;
     RegisterCoreTypes();
-    EXPECT_EQ(log.Text(), "");
     std::map<std::string, std::string> bodies;  // by the path of their doc
     for (const OperatorInfo* info : TypeLibrary::Get()->GetOperatorInfos()) {
         EXPECT_FALSE(info->outputs.empty() && info->inputs.empty()) << info->name;

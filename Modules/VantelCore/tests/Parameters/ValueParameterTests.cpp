@@ -288,8 +288,7 @@ TEST(ValueParameters, EveryTypeIsCreatedByNameAndRoundTripsItsValue) {
         EXPECT_EQ(type->GetBaseType(), Parameter::Type());
         const std::unique_ptr<Object> made = type->CreateInstance();
         auto* written = dynamic_cast<Parameter*>(made.get());
-        ASSERT_NE(written, nullptr);
-        EXPECT_EQ(written->GetType(), type);
+        ASSERT_NE(written, nullptr);  // made as its own type: the core types' test
         row.set(*written);
         EXPECT_EQ(written->SerializeValue().dump(), row.written);
 
