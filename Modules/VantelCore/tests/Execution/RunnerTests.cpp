@@ -10,6 +10,7 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Projects/Transaction.h>
 
+#include "Support/LogCapture.h"
 #include "Support/TestOperators.h"
 
 namespace Vantel {
@@ -150,32 +151,11 @@ TEST(Runner, ChangedOutputsAndMembersThatJoinWithAMarkAreSeenAndCleared) {
     EXPECT_FALSE(op.Outdated());
 }
 
-// Sets its own structural "Count" while running; one parameter per unit.
-class SelfShapingOperator : public Operator {
-public:
-    NumberParameter count{this, "Count", 0.0};
-    int runs = 0;
-
-    SelfShapingOperator() { count.SetParameterFlag(ParameterFlag::Structural, true); }
-    void Execute(ExecutionContext&) override {
-        ++runs;
-        count.SetValue(2.0);
-    }
-
-protected:
-    void UpdateStructure() override {
-        while (static_cast<double>(items.size()) < count.Value()) {
-            items.push_back(std::make_unique<NumberParameter>(this, "Item " + std::to_string(items.size())));
-        }
-    }
-
-private:
-    std::vector<std::unique_ptr<NumberParameter>> items;
-};
-
 TEST(Runner, StructureChangedWhileRunningIsSettledAfterTheFrame) {
+    const Testing::LogCapture quiet;  // the second item's key is settled
     Graph root;
-    SelfShapingOperator& op = Add<SelfShapingOperator>(Add<Graph>(root));
+    Testing::CountedOperator& op = Add<Testing::CountedOperator>(Add<Graph>(root));
+    op.countOnRun = 2.0;
     Runner runner(std::make_unique<FixedClock>(0.5));
     runner.SetGraph(&root);
     runner.WaitForTick();

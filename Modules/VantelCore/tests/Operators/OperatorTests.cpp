@@ -23,11 +23,12 @@
 #include <Vantel/Projects/Transaction.h>
 
 #include "Support/LogCapture.h"
-#include "Support/TestParameters.h"
+#include "Support/TestOperators.h"
 
 namespace Vantel {
 namespace {
 
+using Testing::CountedOperator;
 using Testing::LogCapture;
 using Testing::NumberParameter;
 
@@ -272,33 +273,6 @@ TEST(DataInputList, KeysAreSettledAndBadTypesRefused) {
     EXPECT_EQ(untyped.GetUIColor(), (Color{1.0f, 1.0f, 1.0f, 1.0f}));  // no prototype to take it from
     EXPECT_EQ(op.GetAllDataInputSlots().size(), 3u);
 }
-
-// Adds one parameter per unit of `Count` whenever its structure is rebuilt.
-class CountedOperator : public Operator {
-public:
-    NumberParameter count{this, "Count", 0.0};
-    int rebuilds = 0;
-    bool neverSettles = false;
-
-    CountedOperator() {
-        count.SetParameterFlag(ParameterFlag::Structural, true);
-        SetKey("Counted");
-    }
-
-protected:
-    void UpdateStructure() override {
-        ++rebuilds;
-        while (static_cast<double>(items.size()) < count.Value()) {
-            items.push_back(std::make_unique<NumberParameter>(this, "Item"));
-        }
-        if (neverSettles) {
-            Access::GetImplementation(*this)->MarkStructureDirty();
-        }
-    }
-
-private:
-    std::vector<std::unique_ptr<NumberParameter>> items;
-};
 
 TEST(Operator, StructureRebuildsUntilSettledAtMostEightTimes) {
     LogCapture log;

@@ -1,8 +1,10 @@
 // TestOperators.h: small operator types for tests of graphs, runners and projects.
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include <Vantel/Execution/Clock.h>
 #include <Vantel/Execution/ExecutionContext.h>
@@ -84,6 +86,40 @@ public:
         result.SetValue(sum);
         out.Activate(std::make_shared<NumberData>(sum));
     }
+};
+
+// Adds a parameter "Item" per unit of its structural "Count" at each rebuild (the keys after the first are
+// settled, and logged), and then marks its structure dirty again if it `neverSettles`. A run raises the count
+// to `countOnRun`.
+class CountedOperator : public Operator {
+public:
+    NumberParameter count{this, "Count", 0.0};
+    double countOnRun = 0.0;
+    bool neverSettles = false;
+    int runs = 0, rebuilds = 0;
+
+    CountedOperator() {
+        count.SetParameterFlag(ParameterFlag::Structural, true);
+        SetKey("Counted");
+    }
+    void Execute(ExecutionContext&) override {
+        ++runs;
+        count.SetValue(std::max(count.Value(), countOnRun));
+    }
+
+protected:
+    void UpdateStructure() override {
+        ++rebuilds;
+        while (static_cast<double>(items.size()) < count.Value()) {
+            items.push_back(std::make_unique<NumberParameter>(this, "Item"));
+        }
+        if (neverSettles) {
+            Access::GetImplementation(*this)->MarkStructureDirty();
+        }
+    }
+
+private:
+    std::vector<std::unique_ptr<NumberParameter>> items;
 };
 
 }  // namespace Vantel::Testing
