@@ -53,20 +53,14 @@ protected:
 
 TEST_F(EditSessionModel, BundlesAreAddedMovedAndRemovedAsEditsThatUndo) {
     auto& mixer = Add<MixerOperator>(root);
-    const auto keys = [&mixer] {
-        std::string text;
-        for (const Vantel::ParameterBundle* bundle : mixer.bands.GetBundles()) {
-            text += bundle->GetKey() + ";";
-        }
-        return text;
-    };
+    const auto keys = [&mixer] { return Vantel::Testing::KeysOf(mixer.bands.GetBundles()); };
 
     const std::string list = PathOf(mixer.bands);
     Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}});
     const std::string second = Ok({{"type", "addBundle"}, {"list", list}, {"kind", "Band"}})["path"];
-    const std::string added = keys();
+    const std::vector<std::string> added = keys();
     Ok({{"type", "moveBundle"}, {"path", second}, {"index", 0}});
-    const std::string moved = keys();
+    const std::vector<std::string> moved = keys();
     const json bands = Ok({{"type", "getGraph"}})["operators"][0]["parameters"][0];
     EXPECT_EQ(bands["kind"], "bundleList");
     EXPECT_EQ(bands["children"][0]["kind"], "bundle");

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
@@ -315,11 +316,8 @@ TEST(Operator, FlatParametersFollowTheTree) {
     }});
     NumberParameter last(&op, "Last");
     list.CreateBundle("Kind", "B");
-    std::vector<std::string> keys;
-    for (const Parameter* parameter : static_cast<const Operator&>(op).GetAllParameters()) {
-        keys.push_back(parameter->GetKey());
-    }
-    EXPECT_EQ(keys, (std::vector<std::string>{"First", "Inner", "Last"}));
+    EXPECT_EQ(Testing::KeysOf(std::as_const(op).GetAllParameters()),
+              (std::vector<std::string>{"First", "Inner", "Last"}));
 
     std::vector<std::string> changes;
     EventSubscription removals = op.ParameterNodeRemovedEvent().Subscribe(

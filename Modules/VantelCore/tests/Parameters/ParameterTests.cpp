@@ -20,16 +20,9 @@
 namespace Vantel {
 namespace {
 
+using Testing::KeysOf;
 using Testing::LogCapture;
 using Testing::NumberParameter;
-
-std::vector<std::string> Keys(const ParameterGroup& group) {
-    std::vector<std::string> keys;
-    for (const ParameterNode* child : group.GetChildren()) {
-        keys.push_back(child->GetKey());
-    }
-    return keys;
-}
 
 std::unique_ptr<NumberParameter> UserParameter(std::string_view name) {
     auto parameter = std::make_unique<NumberParameter>(nullptr, name);
@@ -161,7 +154,7 @@ TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
     EXPECT_TRUE(group.Add(&b));
     EXPECT_TRUE(group.Insert(&unnamed, 0));
     EXPECT_EQ(unnamed.GetKey().rfind("Parameter [", 0), 0u);
-    EXPECT_EQ(Keys(group), (std::vector<std::string>{unnamed.GetKey(), "Gain", "Gain_"}));
+    EXPECT_EQ(KeysOf(group.GetChildren()), (std::vector<std::string>{unnamed.GetKey(), "Gain", "Gain_"}));
     EXPECT_EQ(
         log.Text(),
         "[Error] The key 'Gain' is already taken in parameter group 'Settings'. Keys must be unique among "
@@ -170,7 +163,7 @@ TEST(ParameterGroup, InsertSettlesKeysAndMovesExistingChildren) {
 
     // Inserting a child again moves it, clamped to the last position.
     EXPECT_TRUE(group.Insert(&unnamed, ParameterNode::npos));
-    EXPECT_EQ(Keys(group), (std::vector<std::string>{"Gain", "Gain_", unnamed.GetKey()}));
+    EXPECT_EQ(KeysOf(group.GetChildren()), (std::vector<std::string>{"Gain", "Gain_", unnamed.GetKey()}));
     EXPECT_FALSE(group.Move(&unnamed, 2));
     EXPECT_FALSE(group.Move(&unnamed, 3));
     FloatParameter stranger(nullptr, "Stranger", 0.0);
@@ -242,7 +235,7 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
     group.MakeRow({&b}, "ignored");
     EXPECT_EQ(annotationEvents, 0);
     group.MakeRow({&d, &b, &e}, "Offset");
-    EXPECT_EQ(Keys(group), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
+    EXPECT_EQ(KeysOf(group.GetChildren()), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
     EXPECT_EQ(group.GetRow(&b), (std::vector<ParameterNode*>{&d, &b, &e}));
     EXPECT_EQ(group.GetRowPrimary(&e), &d);
     EXPECT_EQ(group.GetRowLabel(&b), "Offset");
@@ -261,7 +254,7 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
     EXPECT_EQ(annotationEvents, 4);
 
     group.MakeRow({&a, &c, &a}, "Twice");  // a node named twice stands in the row once
-    EXPECT_EQ(Keys(group), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
+    EXPECT_EQ(KeysOf(group.GetChildren()), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
     EXPECT_EQ(group.GetRow(&a), (std::vector<ParameterNode*>{&a, &c}));
 
     NumberParameter stranger(nullptr, "x");
@@ -407,7 +400,7 @@ TEST(ParameterBundleList, RemovingHandlerMayRemoveOtherBundles) {
     }
     Transaction transaction("Remove");
     EXPECT_TRUE(list.RemoveBundle(list.GetBundle(2)));
-    EXPECT_EQ(Keys(list), (std::vector<std::string>{"B", "D"}));
+    EXPECT_EQ(KeysOf(list.GetChildren()), (std::vector<std::string>{"B", "D"}));
     ASSERT_EQ(transaction.GetRecords().size(), 2u);
     const auto* removed = std::get_if<BundleRemovedRecord>(&transaction.GetRecords()[1]);
     ASSERT_NE(removed, nullptr);

@@ -1,7 +1,9 @@
 // TestParameters.h: a minimal parameter type for tests of the parameter tree and of recording.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/ObjectType.h>
@@ -16,6 +18,16 @@ namespace Vantel::Testing {
 // An operator that stands alone in a test but records its edits, as a project's root graph does.
 inline void JoinModel(Operator& op) {
     Access::GetImplementation(op)->SetProjectRoot(true);
+}
+
+// The keys of `objects`, a range of pointers, in its order.
+template <typename Objects>
+std::vector<std::string> KeysOf(const Objects& objects) {
+    std::vector<std::string> keys;
+    for (const auto* object : objects) {
+        keys.push_back(object->GetKey());
+    }
+    return keys;
 }
 
 // One double, following the setter pattern of real parameters.
