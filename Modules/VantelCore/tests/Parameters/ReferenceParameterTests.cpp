@@ -14,7 +14,7 @@
 #include <Vantel/Projects/Transaction.h>
 
 #include "Support/LogCapture.h"
-#include "Support/TestOperators.h"
+#include "Support/ProjectOperators.h"
 
 namespace Vantel {
 namespace {
@@ -26,37 +26,25 @@ using Testing::LogCapture;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
 
-// Both kinds of reference beside a plain parameter, an input list and a bundle list.
-class ReferrerOperator : public Operator {
-public:
-    PtrParameter target{this, "Target", nullptr};
-    PtrListParameter targets{this, "Targets"};
-    NumberParameter gain{this, "Gain"};
-    DataInputList sources{this, "Sources", DataInput::Type(), {}};
-    ParameterBundleList layers{this, "Layers", {.created = [](ParameterBundle& layer) {
-                                   layer.Add(std::make_unique<NumberParameter>(nullptr, "Opacity"));
-                               }}};
-
-    VANTEL_OBJECT_TYPE(ReferrerOperator, Operator, "Vantel.Test.Referrer");
-};
-
 using Testing::Add;
+using Testing::MixerOperator;
 
-// root: holder, sibling, adder, inner (a graph: deep, nested).
+// root: holder, sibling, adder, inner (a graph: deep, nested). A mixer holds both kinds of reference (focus,
+// picks) beside a plain parameter (mix), an input list (layers) and a bundle list (bands).
 struct Scene {
     Graph root;
-    ReferrerOperator& holder = Add<ReferrerOperator>(root);
+    MixerOperator& holder = Add<MixerOperator>(root);
     SourceOperator& sibling = Add<SourceOperator>(root);
     AddOperator& adder = Add<AddOperator>(root);
     Graph& inner = Add<Graph>(root);
     SourceOperator& deep = Add<SourceOperator>(inner);
-    ReferrerOperator& nested = Add<ReferrerOperator>(inner);
+    MixerOperator& nested = Add<MixerOperator>(inner);
 };
 
 TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
     Scene s;
-    ReferrerOperator loose;  // in no graph
-    PtrParameter detached;   // no operator at all
+    MixerOperator loose;    // in no graph
+    PtrParameter detached;  // no operator at all
     const auto in = [](const ObjectType* type, Scope scope) { return ObjectFilter{{type}, scope}; };
     const ObjectFilter params = in(Parameter::Type(), Scope::OwnOperator);
     const ObjectFilter others{{Parameter::Type()}, Scope::SameGraph, true};
@@ -71,11 +59,11 @@ TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
         parameter->SetValue(object);  // a refused object clears the value
         EXPECT_EQ(parameter->Value(), passes ? object : nullptr);
     };
-    PtrParameter* held = &s.holder.target;
+    PtrParameter* held = &s.holder.focus;
     check("null always passes", held, {}, nullptr, true);
     check("no types admit nothing", held, {}, &s.holder, false);
     check("type must inherit", held, params, &s.holder, false);
-    check("own operator", held, params, &s.holder.gain, true);
+    check("own operator", held, params, &s.holder.mix, true);
     check("own operator refuses a sibling", held, params, &s.sibling.value, false);
     check("the graph itself", held, in(Object::Type(), Scope::ContainingGraph), &s.root, true);
     check("not its operators", held, in(Object::Type(), Scope::ContainingGraph), &s.sibling, false);
@@ -85,21 +73,21 @@ TEST(ReferenceParameters, FilterChecksTypeFlagsAndScopeInOrder) {
     check("below: any depth", held, in(Parameter::Type(), Scope::BelowContainingGraph), &s.deep.value, true);
     check("below: not the graph", held, in(Object::Type(), Scope::BelowContainingGraph), &s.root, false);
     check("unknown scope", held, in(Object::Type(), static_cast<Scope>(4)), &s.holder, false);
-    check("own operator excluded", held, others, &s.holder.gain, false);
+    check("own operator excluded", held, others, &s.holder.mix, false);
     check("others stay", held, others, &s.sibling.value, true);
     check("required flag missing", held, needsOutput, &s.adder.offset, false);
     check("required flag present", held, needsOutput, &s.adder.result, true);
     check("flags ignore non-parameters", held, opsNeedOutput, &s.adder, true);
     check("forbidden flag", held, noOutput, &s.adder.result, false);
     check("object without operator", held, params, &detached, false);
-    check("no graph: own operator", &loose.target, in(Operator::Type(), Scope::OwnOperator), &loose, true);
-    check("no graph: no graph", &loose.target, in(Object::Type(), Scope::SameGraph), &loose.gain, false);
+    check("no graph: own operator", &loose.focus, in(Operator::Type(), Scope::OwnOperator), &loose, true);
+    check("no graph: no graph", &loose.focus, in(Object::Type(), Scope::SameGraph), &loose.mix, false);
     check("no operator: type and flags only", &detached, noOutput, &s.deep.value, true);
 }
 
 TEST(ReferenceParameters, NarrowedFilterAndDeadReferentsClearTheValue) {
     Scene s;
-    PtrParameter& target = s.holder.target;
+    PtrParameter& target = s.holder.focus;
     target.SetFilter({.types = {Operator::Type()}, .scope = Scope::SameGraph});
     target = &s.sibling;
     {
@@ -125,28 +113,28 @@ TEST(ReferenceParameters, NarrowedFilterAndDeadReferentsClearTheValue) {
 
 TEST(ReferenceParameters, JsonPathsAreRelativeToTheContextAndRoundTrip) {
     Scene s;
-    ReferrerOperator& copy = Add<ReferrerOperator>(s.root);
+    MixerOperator& copy = Add<MixerOperator>(s.root);
     const ObjectFilter below{.types = {Object::Type()}, .scope = Scope::BelowContainingGraph};
-    for (ReferrerOperator* op : {&s.holder, &copy, &s.nested}) {
-        op->target.SetFilter(below);
-        op->targets.SetFilter(below);
+    for (MixerOperator* op : {&s.holder, &copy, &s.nested}) {
+        op->focus.SetFilter(below);
+        op->picks.SetFilter(below);
     }
-    s.holder.target = &s.deep.value;
-    s.holder.targets.SetValue({&s.deep.out, &s.inner, &s.sibling});
+    s.holder.focus = &s.deep.value;
+    s.holder.picks.SetValue({&s.deep.out, &s.inner, &s.sibling});
     const std::string deepPath = s.inner.GetKey() + "/" + s.deep.GetKey();
-    EXPECT_EQ(s.holder.target.SerializeValue(), deepPath + "/Value");
-    EXPECT_EQ(s.holder.targets.SerializeValue(),
+    EXPECT_EQ(s.holder.focus.SerializeValue(), deepPath + "/Value");
+    EXPECT_EQ(s.holder.picks.SerializeValue(),
               json({deepPath + "/Out", s.inner.GetKey(), s.sibling.GetKey()}));
-    copy.target.DeserializeValue(s.holder.target.SerializeValue());
-    copy.targets.DeserializeValue(s.holder.targets.SerializeValue());
-    EXPECT_EQ(copy.target.Value(), &s.deep.value);
-    EXPECT_EQ(copy.targets.Value(), s.holder.targets.Value());
-    s.nested.target = &s.deep.value;  // the nested graph is the context one level down
-    EXPECT_EQ(s.nested.target.SerializeValue(), s.deep.GetKey() + "/Value");
+    copy.focus.DeserializeValue(s.holder.focus.SerializeValue());
+    copy.picks.DeserializeValue(s.holder.picks.SerializeValue());
+    EXPECT_EQ(copy.focus.Value(), &s.deep.value);
+    EXPECT_EQ(copy.picks.Value(), s.holder.picks.Value());
+    s.nested.focus = &s.deep.value;  // the nested graph is the context one level down
+    EXPECT_EQ(s.nested.focus.SerializeValue(), s.deep.GetKey() + "/Value");
     // Moved into the nested graph, the holder's referent lies outside its context: no path names it.
-    s.holder.target = &s.sibling.value;
+    s.holder.focus = &s.sibling.value;
     s.inner.AddOperator(s.root.RemoveOperator(&s.holder));
-    EXPECT_EQ(s.holder.target.SerializeValue(), json());
+    EXPECT_EQ(s.holder.focus.SerializeValue(), json());
 
     // A root graph is its own context, and names itself with the empty path.
     auto owned = std::make_unique<PtrParameter>(nullptr, "Pick", nullptr);
@@ -159,33 +147,33 @@ TEST(ReferenceParameters, JsonPathsAreRelativeToTheContextAndRoundTrip) {
     EXPECT_EQ(pick.Value(), &s.root);
     EXPECT_EQ(pick.SerializeValue(), "");
 
-    ReferrerOperator loose;  // in no graph and no graph itself: nothing to be relative to
-    loose.target.SetFilter({.types = {Object::Type()}});
-    loose.targets.SetFilter({.types = {Object::Type()}});
-    loose.target = &loose.gain;
-    loose.targets.Add(&loose.gain);
-    EXPECT_EQ(loose.target.SerializeValue(), json());
-    EXPECT_EQ(loose.targets.SerializeValue(), json::array());
+    MixerOperator loose;  // in no graph and no graph itself: nothing to be relative to
+    loose.focus.SetFilter({.types = {Object::Type()}});
+    loose.picks.SetFilter({.types = {Object::Type()}});
+    loose.focus = &loose.mix;
+    loose.picks.Add(&loose.mix);
+    EXPECT_EQ(loose.focus.SerializeValue(), json());
+    EXPECT_EQ(loose.picks.SerializeValue(), json::array());
 }
 
 TEST(ReferenceParameters, UnresolvablePathsWarnAndLeaveNothing) {
     Scene s;
     const ObjectFilter same{.types = {Object::Type()}, .scope = Scope::SameGraph};
-    s.holder.target.SetFilter(same);
-    s.holder.targets.SetFilter(same);
-    s.holder.target = &s.sibling;
+    s.holder.focus.SetFilter(same);
+    s.holder.picks.SetFilter(same);
+    s.holder.focus = &s.sibling;
     LogCapture log;
-    s.holder.target.DeserializeValue("Nowhere/Value");
-    EXPECT_EQ(s.holder.target.Value(), nullptr);
+    s.holder.focus.DeserializeValue("Nowhere/Value");
+    EXPECT_EQ(s.holder.focus.Value(), nullptr);
     const std::string deepPath =
         s.inner.GetKey() + "/" + s.deep.GetKey();  // resolves, but the filter refuses
-    s.holder.targets.DeserializeValue({"a//b", s.sibling.GetKey(), 3, deepPath, "Gone"});
-    EXPECT_EQ(s.holder.targets.Value(), std::vector<Object*>{&s.sibling});
-    s.holder.target = &s.sibling;
-    s.holder.target.DeserializeValue(42);  // not a path: cleared without a word
-    s.holder.targets.DeserializeValue("not a list");
-    EXPECT_EQ(s.holder.target.Value(), nullptr);
-    EXPECT_TRUE(s.holder.targets.Value().empty());
+    s.holder.picks.DeserializeValue({"a//b", s.sibling.GetKey(), 3, deepPath, "Gone"});
+    EXPECT_EQ(s.holder.picks.Value(), std::vector<Object*>{&s.sibling});
+    s.holder.focus = &s.sibling;
+    s.holder.focus.DeserializeValue(42);  // not a path: cleared without a word
+    s.holder.picks.DeserializeValue("not a list");
+    EXPECT_EQ(s.holder.focus.Value(), nullptr);
+    EXPECT_TRUE(s.holder.picks.Value().empty());
     EXPECT_EQ(
         log.Text(),
         "[Warning] PtrParameter::DeserializeValue: could not resolve 'Nowhere/Value', the value is cleared.\n"
@@ -196,23 +184,23 @@ TEST(ReferenceParameters, UnresolvablePathsWarnAndLeaveNothing) {
 
 TEST(ReferenceParameters, AllowedObjectsAreExactlyThoseThatPassInWalkOrder) {
     Scene s;
-    DataInput* listed = s.root.AddDataConnection(s.sibling.out, s.holder.sources);
+    DataInput* listed = s.root.AddDataConnection(s.sibling.out, s.holder.layers);
     ASSERT_NE(listed, nullptr);
-    ParameterBundle* layer = s.holder.layers.CreateBundle("Layer", "Layer");
-    Object* opacity = layer->Find("Opacity");
+    ParameterBundle* band = s.holder.bands.CreateBundle("Band", "Low");
+    Object* bandGain = band->Find("Gain");
     const auto check = [&s](const char* name, const ObjectFilter& filter,
                             const std::vector<Object*>& expected) {
         SCOPED_TRACE(name);
-        s.holder.target.SetFilter(filter);
-        EXPECT_EQ(s.holder.target.GetAllowedObjects(), expected);
+        s.holder.focus.SetFilter(filter);
+        EXPECT_EQ(s.holder.focus.GetAllowedObjects(), expected);
     };
     check("operators at any depth", {{Operator::Type()}, Scope::BelowContainingGraph},
           {&s.holder, &s.sibling, &s.adder, &s.inner, &s.deep, &s.nested});
     check("ports, list inputs after their list",
           {{DataInput::Type(), DataInputList::Type(), DataOutput::Type()}, Scope::SameGraph},
-          {&s.holder.sources, listed, &s.sibling.out, &s.adder.in, &s.adder.out});
+          {&s.holder.layers, listed, &s.holder.out, &s.sibling.out, &s.adder.in, &s.adder.out});
     check("parameter nodes, groups before children", {{ParameterNode::Type()}, Scope::OwnOperator},
-          {&s.holder.target, &s.holder.targets, &s.holder.gain, &s.holder.layers, layer, opacity});
+          {&s.holder.bands, band, bandGain, &s.holder.focus, &s.holder.picks, &s.holder.mix});
     check("the containing graph", {{Object::Type()}, Scope::ContainingGraph}, {&s.root});
     check("flags and exclusion",
           {.types = {Parameter::Type()},
@@ -227,7 +215,7 @@ TEST(ReferenceParameters, AllowedObjectsAreExactlyThoseThatPassInWalkOrder) {
 
 TEST(ReferenceParameters, ListAddRemoveContainsAndRemoveReferencesTo) {
     Scene s;
-    PtrListParameter& targets = s.holder.targets;
+    PtrListParameter& targets = s.holder.picks;
     targets.SetFilter({.types = {Parameter::Type()}, .scope = Scope::BelowContainingGraph});
     EXPECT_FALSE(targets.Add(&s.sibling));  // not a parameter
     EXPECT_FALSE(targets.Add(nullptr));
@@ -260,23 +248,23 @@ TEST(ReferenceParameters, ListAddRemoveContainsAndRemoveReferencesTo) {
 
 TEST(ReferenceParameters, RemovingANodeClearsReferencesIntoItsSubtree) {
     Scene s;
-    ParameterBundle* layer = s.nested.layers.CreateBundle("Layer", "Layer");
-    Object* opacity = layer->Find("Opacity");
+    ParameterBundle* band = s.nested.bands.CreateBundle("Band", "Low");
+    Object* bandGain = band->Find("Gain");
     const ObjectFilter below{.types = {Object::Type()}, .scope = Scope::BelowContainingGraph};
-    s.holder.target.SetFilter(below);  // from the root graph into the nested one
-    s.holder.targets.SetFilter(below);
-    s.holder.target = opacity;
-    s.holder.targets.SetValue({&s.deep, layer, &s.nested.gain});
-    const json targetBefore = s.holder.target.SerializeValue();
-    const json listBefore = s.holder.targets.SerializeValue();
-    Transaction transaction("Remove layer");
-    ASSERT_TRUE(s.nested.layers.RemoveBundle(layer));
-    EXPECT_EQ(s.holder.target.Value(), nullptr);
-    EXPECT_EQ(s.holder.targets.Value(), (std::vector<Object*>{&s.deep, &s.nested.gain}));
+    s.holder.focus.SetFilter(below);  // from the root graph into the nested one
+    s.holder.picks.SetFilter(below);
+    s.holder.focus = bandGain;
+    s.holder.picks.SetValue({&s.deep, band, &s.nested.mix});
+    const json targetBefore = s.holder.focus.SerializeValue();
+    const json listBefore = s.holder.picks.SerializeValue();
+    Transaction transaction("Remove band");
+    ASSERT_TRUE(s.nested.bands.RemoveBundle(band));
+    EXPECT_EQ(s.holder.focus.Value(), nullptr);
+    EXPECT_EQ(s.holder.picks.Value(), (std::vector<Object*>{&s.deep, &s.nested.mix}));
     const std::vector<Record>& records = transaction.GetRecords();
     ASSERT_EQ(records.size(), 3u);  // both clearings, recorded before the bundle goes
-    EXPECT_EQ(records[0], Record(ParameterValueRecord{s.holder.target.GetPath(), targetBefore, nullptr}));
-    EXPECT_EQ(records[1], Record(ParameterValueRecord{s.holder.targets.GetPath(), listBefore,
+    EXPECT_EQ(records[0], Record(ParameterValueRecord{s.holder.focus.GetPath(), targetBefore, nullptr}));
+    EXPECT_EQ(records[1], Record(ParameterValueRecord{s.holder.picks.GetPath(), listBefore,
                                                       json({listBefore[0], listBefore[2]})}));
     EXPECT_TRUE(std::holds_alternative<BundleRemovedRecord>(records[2]));
 }
