@@ -112,12 +112,6 @@ Image Rgba(std::uint32_t width, std::uint32_t height, std::vector<std::uint8_t> 
     return Image(std::move(pixels), width, height, 4, 8);
 }
 
-void Write(const Image& image, const std::string& path) {
-    const std::vector<std::uint8_t> png = image.Encode(ImageFormat::Png);
-    ASSERT_FALSE(png.empty());
-    std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(png.data()), png.size());
-}
-
 TEST(StandardPlugin, RegistersItsDocumentedTypesAndTheImageImporter) {
     // Every doc passed its checks: loading logs nothing but the loading itself.
     const fs::path plugin = GetPluginFolder() / PluginFileNames("VantelStandard").front();
@@ -298,7 +292,10 @@ struct ImagePipeline : Pipeline {
     Operator* save = nullptr;
 
     ImagePipeline(const std::string& type, const Image& input) {
-        Write(input, folder / "in.png");
+        const std::vector<std::uint8_t> png = input.Encode(ImageFormat::Png);
+        EXPECT_FALSE(png.empty());
+        std::ofstream(folder / "in.png", std::ios::binary)
+            .write(reinterpret_cast<const char*>(png.data()), png.size());
         load = &Add("Standard.Image.LoadImage");
         work = &Add(type);
         save = &Add("Standard.Image.SaveImage");

@@ -32,22 +32,6 @@ constexpr const char* kVectorPath = "Docs/ParameterTypes/Vector 3.md";
 
 enum class Kind { Operator, Parameter, DataType };
 
-std::string Parse(Kind kind, const ObjectType* type, const char* path, const char* text) {
-    LogCapture log;
-    switch (kind) {
-        case Kind::Operator:
-            ParseOperatorDoc(type, path, text);
-            break;
-        case Kind::Parameter:
-            ParseParameterDoc(type, path, text);
-            break;
-        case Kind::DataType:
-            ParseDataTypeDoc("Texture", type, type == nullptr ? nullptr : &textureInput, path, text);
-            break;
-    }
-    return log.Text();
-}
-
 TEST(TypeDocumentation, EachProblemLogsOneWarningInCheckOrder) {
     struct Row {
         const char* name;
@@ -142,7 +126,20 @@ TEST(TypeDocumentation, EachProblemLogsOneWarningInCheckOrder) {
         for (std::string line; std::getline(lines, line);) {
             expected += std::string("[Warning] Doc \"") + row.path + "\": " + line + "\n";
         }
-        EXPECT_EQ(Parse(row.kind, row.type, row.path, row.text), expected);
+        LogCapture log;
+        switch (row.kind) {
+            case Kind::Operator:
+                ParseOperatorDoc(row.type, row.path, row.text);
+                break;
+            case Kind::Parameter:
+                ParseParameterDoc(row.type, row.path, row.text);
+                break;
+            case Kind::DataType:
+                ParseDataTypeDoc("Texture", row.type, row.type == nullptr ? nullptr : &textureInput, row.path,
+                                 row.text);
+                break;
+        }
+        EXPECT_EQ(log.Text(), expected);
     }
 }
 

@@ -24,12 +24,6 @@ using Testing::KeysOf;
 using Testing::LogCapture;
 using Testing::NumberParameter;
 
-std::unique_ptr<NumberParameter> UserParameter(std::string_view name) {
-    auto parameter = std::make_unique<NumberParameter>(nullptr, name);
-    Access::GetImplementation(*parameter)->SetAddedByUser(true);
-    return parameter;
-}
-
 // Counts how often the cache is rebuilt.
 class CountingParameter : public NumberParameter {
 public:
@@ -323,7 +317,8 @@ TEST(ParameterGroup, UserEditsAreRecordedDeclaredOnesAreNot) {
         bundle.Add(std::make_unique<NumberParameter>(nullptr, "Opacity", 1.0));
     }});
     Transaction transaction("Edit tree");
-    auto user = UserParameter("Extra");
+    auto user = std::make_unique<NumberParameter>(nullptr, "Extra");
+    Access::GetImplementation(*user)->SetAddedByUser(true);
     NumberParameter* extra = user.get();
     ASSERT_TRUE(op.AddParameter(std::move(user)));
     const std::string key = extra->GetKey();

@@ -48,16 +48,6 @@ std::unique_ptr<Parameter> MakeChoice(std::string_view chosen) {
     return choice;
 }
 
-glm::mat4 Counting() {
-    glm::mat4 m;
-    for (int c = 0; c < 4; ++c) {
-        for (int r = 0; r < 4; ++r) {
-            m[c][r] = static_cast<float>(1 + 4 * c + r);
-        }
-    }
-    return m;
-}
-
 // The targets, in the column order of the table below, each starting from a value that no row gives.
 const std::vector<Make>& Targets() {
     static const std::vector<Make> targets = {
@@ -139,7 +129,8 @@ TEST(ValueParameters, EveryTypeTakesEveryOtherTypesData) {
         {"Color", Maker<ColorParameter>(Color{0.5f, 0.25f, 0.0f, 1.0f}),
          R"([false, 0, 0.5, [0.5,0.25], [0.5,0.25,0], [0.5,0.25,0,1], [0,0], [0,0,0], [0,0,0,1], [0.5,0.25,0,1],
              [0.5,0.25,0,1], "0.5, 0.25, 0, 1", "<discarded>", "a", true])"},
-        {"Transform3D", Maker<Transform3DParameter>(Counting()),
+        {"Transform3D",
+         Maker<Transform3DParameter>(glm::mat4(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16)),
          R"([true, 1, 1, [1,2], [1,2,3], [1,2,3,4], [1,2], [1,2,3], [1,2,3,4], [1,2,3,4],
              [1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16], "", "<discarded>", "b", true])"},
         {"String 'c'", Maker<StringParameter>("c"),
