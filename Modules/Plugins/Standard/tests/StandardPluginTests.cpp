@@ -108,10 +108,6 @@ double Value(Operator& op) {
     return Param<FloatParameter>(op, "Value").Value();
 }
 
-Image Rgba(std::uint32_t width, std::uint32_t height, std::vector<std::uint8_t> pixels) {
-    return Image(std::move(pixels), width, height, 4, 8);
-}
-
 TEST(StandardPlugin, RegistersItsDocumentedTypesAndTheImageImporter) {
     // Every doc passed its checks: loading logs nothing but the loading itself.
     const fs::path plugin = GetPluginFolder() / PluginFileNames("VantelStandard").front();
@@ -308,7 +304,7 @@ struct ImagePipeline : Pipeline {
 };
 
 TEST(StandardPlugin, LoadInvertSaveRoundTripAndTheirWarnings) {
-    ImagePipeline pipeline("Standard.Image.Invert", Rgba(2, 1, {0, 100, 255, 7, 10, 20, 30, 255}));
+    ImagePipeline pipeline("Standard.Image.Invert", Image({0, 100, 255, 7, 10, 20, 30, 255}, 2, 1, 4, 8));
     const TempFolder& folder = pipeline.folder;
     Operator& load = *pipeline.load;
     Operator& save = *pipeline.save;
@@ -430,7 +426,7 @@ TEST(StandardPlugin, BackgroundResultsArriveInALaterFrameAndStaleOnesAreDropped)
         EXPECT_EQ(written.size(), 1u);
     }
     {
-        ImagePipeline pipeline("Standard.Image.Resize", Rgba(2, 1, {0, 0, 0, 255, 200, 100, 50, 255}));
+        ImagePipeline pipeline("Standard.Image.Resize", Image({0, 0, 0, 255, 200, 100, 50, 255}, 2, 1, 4, 8));
         Param<IntParameter>(*pipeline.work, "Width") = 1;
         Param<IntParameter>(*pipeline.work, "Height") = 0;  // taken as 1
         pipeline.Frame();
