@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -67,6 +68,26 @@ TEST(DataPool, ValuesOutliveThePoolAndMayBeLetGoOfOnAnyThread) {
     }
     std::thread([&kept] { kept.resize(50); }).join();
     kept.clear();
+}
+
+// Given back while its thread still runs (so that the heap's own cache for that thread holds nothing), the
+// block serves the owner's next value.
+TEST(DataBlocks, ABlockGivenBackOnAnotherThreadServesTheOwner) {
+    DataBlocks blocks;
+    void* block = blocks.Allocate(48);
+    std::promise<void> given;
+    std::promise<void> taken;
+    std::thread other([&] {
+        DataBlocks::Free(blocks.GetShared(), block, 48);
+        given.set_value();
+        taken.get_future().wait();
+    });
+    given.get_future().wait();
+    void* next = blocks.Allocate(48);
+    taken.set_value();
+    other.join();
+    EXPECT_EQ(next, block);
+    DataBlocks::Free(blocks.GetShared(), next, 48);
 }
 
 TEST(DataBlocks, OnlyTheFirstSizeIsRecycled) {
