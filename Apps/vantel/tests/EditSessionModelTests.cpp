@@ -21,6 +21,7 @@
 
 #include "Edit/EditSession.h"
 #include "Edit/LogTee.h"
+#include "Support/LogCapture.h"
 #include "Support/ProjectOperators.h"
 
 namespace {
@@ -114,7 +115,9 @@ TEST_F(EditSessionModel, LinksReplacementListInputsAndPasteAreEdits) {
         foreign["dataConnections"].push_back(connection);
     }
     foreign["dataConnections"].push_back({{"output", 5}, {"input", PathOf(mixer.layers)}});
+    Vantel::Testing::LogCapture pasting;
     const std::string again = Ok({{"type", "paste"}, {"clipboard", foreign}})["paths"][0];
+    EXPECT_EQ(pasting.Text().find("[Error]"), std::string::npos) << pasting.Text();  // not tried and refused
     EXPECT_EQ(mixer.layers.GetInputCount(), 1u);
     EXPECT_EQ(
         dynamic_cast<MixerOperator&>(*project.Resolve(*Vantel::Path::Parse(again))).layers.GetInputCount(),
