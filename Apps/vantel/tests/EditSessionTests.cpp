@@ -153,6 +153,13 @@ TEST_F(EditSession, PastedOperatorsGetNewKeysAndKeepTheirInnerConnectionsAndABat
     EXPECT_EQ(history["undo"][0]["name"], "Move 2 operators");
     EXPECT_EQ(history["undo"][0]["records"].size(), 2u);
     ExpectHistoryRoundTrip(session, before, Save(session));
+
+    // A list of connections that is no list brings none.
+    json unlisted = clipboard;
+    unlisted["dataConnections"] = {{"only", clipboard["dataConnections"][0]}};
+    const std::size_t connected = Ok(session, {{"type", "getGraph"}})["dataConnections"].size();
+    Ok(session, {{"type", "paste"}, {"clipboard", unlisted}});
+    EXPECT_EQ(Ok(session, {{"type", "getGraph"}})["dataConnections"].size(), connected);
 }
 
 TEST_F(EditSession, ATriggerFiresOnTheNextFrameAndIsNoStepOfTheHistory) {
