@@ -29,8 +29,6 @@ namespace Vantel {
 namespace {
 
 using nlohmann::json;
-using Testing::Add;
-using Testing::AddOperator;
 using Testing::LogCapture;
 using Testing::MirrorOperator;
 using Testing::MixerOperator;
@@ -400,50 +398,6 @@ TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     Deserialization::DeserializeDataOutput(json{{"key", "Stored"}}, detached, context);
     EXPECT_EQ(detached.GetKey(), "Stored");
     EXPECT_EQ(log.Text(), "");
-}
-
-TEST(ConnectionPaths, EndpointsAreWrittenBelowTheConsumersGraphSortedAndReadBack) {
-    Testing::RegisterProjectTestTypes();
-    Project project;
-    Graph& root = *project.GetRootGraph();
-    auto& inner = Add<Graph>(root, "Inner");
-    auto& source = Add<SourceOperator>(inner, "Source");
-    auto& mixer = Add<MixerOperator>(inner, "Mixer");
-    auto& top = Add<SourceOperator>(root, "Top");
-    auto& add = Add<AddOperator>(root, "Add");
-    auto* gain = dynamic_cast<NumberParameter*>(mixer.bands.CreateBundle("Band", "Low")->Find("Gain"));
-    ASSERT_NE(gain, nullptr);
-
-    // Made in the reverse of the written order.
-    ASSERT_TRUE(inner.AddParameterConnection(
-        {&source.value, &mixer.mix, WholeValueLinks(source.value, mixer.mix)}, false));
-    ASSERT_TRUE(
-        inner.AddParameterConnection({&source.value, gain, WholeValueLinks(source.value, *gain)}, false));
-    DataInput* layer = inner.AddDataConnection(source.out, mixer.layers);
-    ASSERT_NE(layer, nullptr);
-    ASSERT_TRUE(root.AddDataConnection({&top.out, &add.in}));
-
-    const std::string sourceKey = source.GetKey() + "/";
-    const std::string mixerKey = mixer.GetKey() + "/";
-    EXPECT_EQ(
-        Serialization::SerializeParameterConnections(inner.GetParameterConnections()),
-        json::parse(R"([{"input": ")" + mixerKey + R"(Bands/Low/Gain", "links": [[0, 0]], "output": ")" +
-                    sourceKey + R"(Value"}, {"input": ")" + mixerKey +
-                    R"(Mix", "links": [[0, 0]], "output": ")" + sourceKey + R"(Value"}])"));
-    EXPECT_EQ(Serialization::SerializeDataConnections(inner.GetDataConnections()),
-              json::parse(R"([{"input": ")" + layer->GetRelativePath(inner).ToString() + R"(", "output": ")" +
-                          sourceKey + R"(Out"}])"));
-    EXPECT_EQ(
-        Serialization::SerializeDataConnections(root.GetDataConnections()),
-        json::parse(R"([{"input": ")" + add.GetKey() + R"(/In", "output": ")" + top.GetKey() + R"(/Out"}])"));
-
-    // Both graphs' connections come back from one load, and the loaded tree writes the same document.
-    const json document = Serialization::SerializeProject(project);
-    LogCapture log;
-    const std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);
-    ASSERT_NE(loaded, nullptr);
-    EXPECT_EQ(log.Text(), "");
-    EXPECT_EQ(Serialization::SerializeProject(*loaded), document);
 }
 
 TEST(ConnectionPaths, StoredTextsResolveAsPathsDo) {

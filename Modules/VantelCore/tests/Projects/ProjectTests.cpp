@@ -138,40 +138,13 @@ struct Scene {
 };
 
 // The file is written without building the JSON tree; it must still print what the tree prints, escapes and
-// all, and fail where printing the tree fails, before the old file is touched.
-TEST(Project, TheFileTextIsTheTreesTextAndBrokenTextLeavesTheFileAlone) {
+// all, read back to the same bytes, and fail where printing the tree fails, before the old file is touched.
+TEST(Project, SaveLoadSaveGivesTheSameBytesAndBrokenTextLeavesTheFileAlone) {
     Testing::RegisterProjectTestTypes();
     Scene scene;
     scene.source.SetName("say \"hi\"");
     scene.mirror.SetName("back\\slash");
     scene.adder.SetName("tab\tline\n\x01 \xC3\xBC \xE2\x82\xAC \x7F");
-    EXPECT_EQ(Serialization::SerializeProjectText(scene.project),
-              Serialization::SerializeProject(scene.project).dump(4));
-
-    const std::string path = TempFile("kept");
-    scene.project.Serialize(path);
-    const std::string before = ReadFile(path);
-    scene.mixer.SetName("cut \xC3 off");
-    std::string treeError;
-    try {
-        static_cast<void>(Serialization::SerializeProject(scene.project).dump(4));
-    } catch (const nlohmann::json::type_error& error) {
-        treeError = error.what();
-    }
-    EXPECT_NE(treeError, "");
-    try {
-        scene.project.Serialize(path);
-        ADD_FAILURE() << "invalid UTF-8 was written";
-    } catch (const nlohmann::json::type_error& error) {
-        EXPECT_EQ(error.what(), treeError);
-    }
-    EXPECT_EQ(ReadFile(path), before);
-    std::filesystem::remove(path);
-}
-
-TEST(Project, SaveLoadSaveGivesTheSameBytes) {
-    Testing::RegisterProjectTestTypes();
-    Scene scene;
     // Positions that JSON has no number for are written as null and read back as NaN; -0 reads back as -0.
     scene.source.SetPosition({-0.0f, -0.0f});
     auto* negativeZero =
@@ -181,6 +154,8 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     scene.adder.SetPosition(
         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
     scene.mirror.SetPosition({-std::numeric_limits<float>::infinity(), 1.0f});
+    EXPECT_EQ(Serialization::SerializeProjectText(scene.project),
+              Serialization::SerializeProject(scene.project).dump(4));
     const std::string first = TempFile("first");
     scene.project.Serialize(first);
     EXPECT_TRUE(scene.source.value.HasValueChanged());  // saving leaves the marks to the next frame
@@ -215,32 +190,28 @@ TEST(Project, SaveLoadSaveGivesTheSameBytes) {
     ASSERT_TRUE(again.Deserialize(inFolder));
     EXPECT_EQ(Serialization::SerializeProjectText(again), written);
     std::filesystem::remove_all(folder);
+
+    scene.mixer.SetName("cut \xC3 off");
+    std::string treeError;
+    try {
+        static_cast<void>(Serialization::SerializeProject(scene.project).dump(4));
+    } catch (const nlohmann::json::type_error& error) {
+        treeError = error.what();
+    }
+    EXPECT_NE(treeError, "");
+    try {
+        scene.project.Serialize(first);
+        ADD_FAILURE() << "invalid UTF-8 was written";
+    } catch (const nlohmann::json::type_error& error) {
+        EXPECT_EQ(error.what(), treeError);
+    }
+    EXPECT_EQ(ReadFile(first), written);
     std::filesystem::remove(first);
 }
 
-// The file lists the chain's far link first ("M/Value" sorts before "Z/Value"): the loaded end still has the
-// start's value, as it had when saved.
-TEST(Project, AChainOfDrivenValuesLoadsSettled) {
-    Testing::RegisterProjectTestTypes();
-    Project project;
-    Graph& root = *project.GetRootGraph();
-    SourceOperator& start = Add<SourceOperator>(root, "Z");
-    SourceOperator& middle = Add<SourceOperator>(root, "M");
-    AddOperator& end = Add<AddOperator>(root, "A");
-    start.value.SetValue(3.0);
-    ASSERT_TRUE(root.AddParameterConnection({&start.value, &middle.value, {{0, 0}}}, false));
-    ASSERT_TRUE(root.AddParameterConnection({&middle.value, &end.offset, {{0, 0}}}, false));
-    ASSERT_EQ(end.offset.Value(), 3.0);
-    const std::unique_ptr<Project> loaded =
-        Deserialization::DeserializeProject(Serialization::SerializeProject(project));
-    ASSERT_NE(loaded, nullptr);
-    const auto* loadedEnd = dynamic_cast<AddOperator*>(loaded->GetRootGraph()->FindChild(end.GetKey()));
-    ASSERT_NE(loadedEnd, nullptr);
-    EXPECT_EQ(loadedEnd->offset.Value(), 3.0);
-}
-
-// Connections are kept in the order they were made, but the file lists them sorted: the same graph must write
-// the same bytes however it was wired, or every reconnection would show as a change.
+// Connections are kept in the order they were made, but the file lists them sorted, each in the list of its
+// consumer's graph and addressed from there: the same graph must write the same bytes however it was wired,
+// or every reconnection would show as a change.
 TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
     Testing::RegisterProjectTestTypes();
     Project project;
@@ -259,6 +230,31 @@ TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
     const std::vector<ParameterConnection> parameters{{&first.value, &left.offset, {{0, 0}}},
                                                       {&second.value, &right.offset, {{0, 0}}},
                                                       {vector, target, {{0, 2}, {2, 1}}}};
+
+    // Below a nested graph, into a bundle's parameter and a list's input, made once against the written
+    // order.
+    Graph& inner = Add<Graph>(root, "Inner");
+    auto& source = Add<SourceOperator>(inner, "Source");
+    auto& mixer = Add<MixerOperator>(inner, "Mixer");
+    auto* gain = dynamic_cast<NumberParameter*>(mixer.bands.CreateBundle("Band", "Low")->Find("Gain"));
+    ASSERT_NE(gain, nullptr);
+    ASSERT_TRUE(inner.AddParameterConnection(
+        {&source.value, &mixer.mix, WholeValueLinks(source.value, mixer.mix)}, false));
+    ASSERT_TRUE(
+        inner.AddParameterConnection({&source.value, gain, WholeValueLinks(source.value, *gain)}, false));
+    DataInput* layer = inner.AddDataConnection(source.out, mixer.layers);
+    ASSERT_NE(layer, nullptr);
+    const std::string sourceKey = source.GetKey() + "/";
+    const std::string mixerKey = mixer.GetKey() + "/";
+    EXPECT_EQ(Serialization::SerializeParameterConnections(inner.GetParameterConnections()),
+              nlohmann::json::parse(R"([{"input": ")" + mixerKey +
+                                    R"(Bands/Low/Gain", "links": [[0, 0]], "output": ")" + sourceKey +
+                                    R"(Value"}, {"input": ")" + mixerKey +
+                                    R"(Mix", "links": [[0, 0]], "output": ")" + sourceKey + R"(Value"}])"));
+    EXPECT_EQ(Serialization::SerializeDataConnections(inner.GetDataConnections()),
+              nlohmann::json::parse(R"([{"input": ")" + layer->GetRelativePath(inner).ToString() +
+                                    R"(", "output": ")" + sourceKey + R"(Out"}])"));
+
     const auto connect = [&](bool reversed) {
         for (std::size_t i = 0; i < data.size(); ++i) {
             EXPECT_TRUE(root.AddDataConnection(data[reversed ? data.size() - 1 - i : i]));
@@ -283,15 +279,23 @@ TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
                 ],)"),
               std::string::npos);  // each link as [source component, target component]
     const nlohmann::json written = nlohmann::json::parse(forward)["root"];
-    for (const char* list : {"dataConnections", "parameterConnections"}) {
-        SCOPED_TRACE(list);
-        std::vector<std::pair<std::string, std::string>> texts;
+    using Texts = std::vector<std::pair<std::string, std::string>>;
+    const auto texts = [&](const char* list) {
+        Texts found;
         for (const nlohmann::json& connection : written[list]) {
-            texts.emplace_back(connection["output"], connection["input"]);
+            found.emplace_back(connection["output"], connection["input"]);
         }
-        EXPECT_TRUE(std::is_sorted(texts.begin(), texts.end()));
-        EXPECT_EQ(texts.size(), std::string(list) == "dataConnections" ? data.size() : parameters.size());
-    }
+        return found;
+    };
+    const auto at = [](const Object& object, const std::string& member) {
+        return object.GetKey() + "/" + member;
+    };
+    EXPECT_EQ(texts("dataConnections"),
+              (Texts{{at(second, "Out"), at(right, "In")}, {at(first, "Out"), at(left, "In")}}));
+    EXPECT_EQ(texts("parameterConnections"),
+              (Texts{{at(second, "Value"), at(right, "Offset")},
+                     {at(spread, vector->GetKey()), at(crossed, target->GetKey())},
+                     {at(first, "Value"), at(left, "Offset")}}));
     for (const DataConnection& connection : data) {
         root.RemoveDataConnection(connection);
     }
@@ -300,24 +304,31 @@ TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
     }
     EXPECT_EQ(connect(true), forward);
 
+    // Every graph's connections come back from one load.
+    LogCapture log;
     const std::unique_ptr<Project> loaded =
         Deserialization::DeserializeProject(nlohmann::json::parse(forward));
     ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(log.Text(), "");
     EXPECT_EQ(Serialization::SerializeProjectText(*loaded), forward);
 }
 
 // A value that its connections give it again after loading is not stored; one that a connection covers only
-// in part is.
-TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSaved) {
+// in part is. The file lists the chain's far link first ("M/Value" sorts before "Source/Value"): the loaded
+// end still has the start's value, as it had when saved.
+TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSavedAndChainsLoadSettled) {
+    Testing::RegisterProjectTestTypes();
     Project project;
     Graph& root = *project.GetRootGraph();
     SourceOperator& source = Add<SourceOperator>(root, "Source");
+    SourceOperator& middle = Add<SourceOperator>(root, "M");
     AddOperator& driven = Add<AddOperator>(root, "Driven");
     Graph& holder = Add<Graph>(root, "Holder");
     Parameter* partly = holder.AddUserParameter(Vector3Parameter::Type(), false);
     Parameter* fully = holder.AddUserParameter(Vector3Parameter::Type(), false);
     source.value.SetValue(3.0);
-    ASSERT_TRUE(root.AddParameterConnection({&source.value, &driven.offset, {{0, 0}}}, false));
+    ASSERT_TRUE(root.AddParameterConnection({&source.value, &middle.value, {{0, 0}}}, false));
+    ASSERT_TRUE(root.AddParameterConnection({&middle.value, &driven.offset, {{0, 0}}}, false));
     ASSERT_TRUE(root.AddParameterConnection({&source.value, partly, {{0, 0}, {0, 2}}}, false));
     ASSERT_TRUE(
         root.AddParameterConnection({&source.value, fully, WholeValueLinks(source.value, *fully)}, false));
@@ -340,6 +351,12 @@ TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSaved) {
     EXPECT_FALSE(entry(driven, "Offset").contains("value"));
     EXPECT_EQ(entry(holder, partly->GetKey())["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
     EXPECT_FALSE(entry(holder, fully->GetKey()).contains("value"));
+
+    const std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);
+    ASSERT_NE(loaded, nullptr);
+    const auto* loadedEnd = dynamic_cast<AddOperator*>(loaded->GetRootGraph()->FindChild(driven.GetKey()));
+    ASSERT_NE(loadedEnd, nullptr);
+    EXPECT_EQ(loadedEnd->offset.Value(), 3.0);
 }
 
 // Outside an operator's tree a plain group may hold groups; it is written as the array of its children.
