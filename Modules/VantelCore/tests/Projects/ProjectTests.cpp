@@ -333,26 +333,15 @@ TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSavedAndChainsLoadSettled)
     ASSERT_TRUE(
         root.AddParameterConnection({&source.value, fully, WholeValueLinks(source.value, *fully)}, false));
 
-    const nlohmann::json document = Serialization::SerializeProject(project);
-    const auto entry = [&](const Operator& op, const std::string& key) {
-        for (const nlohmann::json& candidate : document["root"]["operators"]) {
-            if (candidate["key"] == op.GetKey()) {
-                for (const nlohmann::json& parameter : candidate["parameters"]) {
-                    if (parameter["key"] == key) {
-                        return parameter;
-                    }
-                }
-            }
-        }
-        ADD_FAILURE() << "no entry for " << key;
-        return nlohmann::json();
-    };
-    EXPECT_EQ(entry(source, "Value")["value"], 3.0);
-    EXPECT_FALSE(entry(driven, "Offset").contains("value"));
-    EXPECT_EQ(entry(holder, partly->GetKey())["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
-    EXPECT_FALSE(entry(holder, fully->GetKey()).contains("value"));
+    using Serialization::SerializeParameter;
+    EXPECT_EQ(SerializeParameter(source.value)["value"], 3.0);
+    EXPECT_FALSE(SerializeParameter(middle.value).contains("value"));
+    EXPECT_FALSE(SerializeParameter(driven.offset).contains("value"));
+    EXPECT_EQ(SerializeParameter(*partly)["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
+    EXPECT_FALSE(SerializeParameter(*fully).contains("value"));
 
-    const std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);
+    const std::unique_ptr<Project> loaded =
+        Deserialization::DeserializeProject(Serialization::SerializeProject(project));
     ASSERT_NE(loaded, nullptr);
     const auto* loadedEnd = dynamic_cast<AddOperator*>(loaded->GetRootGraph()->FindChild(driven.GetKey()));
     ASSERT_NE(loadedEnd, nullptr);
