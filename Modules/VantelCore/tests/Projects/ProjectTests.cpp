@@ -51,26 +51,9 @@ std::string ReadFile(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
-TEST(Project, NewProjectsKeyTheirRootAndKeepGivenRoots) {
+TEST(Project, NewProjectsKeyTheirRootWriteTheirExactDocumentAndKeepGivenRoots) {
     Project project;
     EXPECT_TRUE(std::regex_match(project.GetRootGraph()->GetKey(), std::regex(R"(Project \[[0-9a-z]+\])")));
-
-    SourceOperator& source = Add<SourceOperator>(*project.GetRootGraph(), "Source");
-    EXPECT_EQ(project.Resolve(*Path::Parse("/" + source.GetKey() + "/Value")), &source.value);
-    EXPECT_EQ(project.Resolve(*Path::Parse(source.GetKey() + "/Nothing")), nullptr);
-
-    Graph* before = project.GetRootGraph();
-    project.SetRootGraph(nullptr);
-    EXPECT_EQ(project.GetRootGraph(), before);
-    auto keyed = std::make_unique<Graph>();
-    keyed->SetKey("Mine");
-    project.SetRootGraph(std::move(keyed));
-    EXPECT_EQ(project.GetRootGraph()->GetKey(), "Mine");
-    EXPECT_EQ(project.Resolve(Path()), project.GetRootGraph());
-}
-
-TEST(Project, TheEmptyProjectWritesItsExactDocument) {
-    Project project;
     EXPECT_EQ(Serialization::SerializeProjectText(project), R"({
     "root": {
         "dataInputs": [],
@@ -91,6 +74,19 @@ TEST(Project, TheEmptyProjectWritesItsExactDocument) {
         "software": "2640"
     }
 })");
+
+    SourceOperator& source = Add<SourceOperator>(*project.GetRootGraph(), "Source");
+    EXPECT_EQ(project.Resolve(*Path::Parse("/" + source.GetKey() + "/Value")), &source.value);
+    EXPECT_EQ(project.Resolve(*Path::Parse(source.GetKey() + "/Nothing")), nullptr);
+
+    Graph* before = project.GetRootGraph();
+    project.SetRootGraph(nullptr);
+    EXPECT_EQ(project.GetRootGraph(), before);
+    auto keyed = std::make_unique<Graph>();
+    keyed->SetKey("Mine");
+    project.SetRootGraph(std::move(keyed));
+    EXPECT_EQ(project.GetRootGraph()->GetKey(), "Mine");
+    EXPECT_EQ(project.Resolve(Path()), project.GetRootGraph());
 }
 
 // Everything a file stores: nested graph with boundary operators, user ports and parameters, an input list,

@@ -133,7 +133,7 @@ TEST(Transaction, CommitEndsOnceAndHandsRecordingBack) {
     EXPECT_EQ(Transaction::Active(), nullptr);
 }
 
-TEST(Transaction, SuppressionStopsRecordingButNotTheTransaction) {
+TEST(Transaction, SuppressionStopsRecordingButNotTheTransactionOnItsThreadOnly) {
     Transaction transaction("Replay");
     {
         Transaction::SuppressRecording outer;
@@ -143,16 +143,27 @@ TEST(Transaction, SuppressionStopsRecordingButNotTheTransaction) {
         Transaction::AddRecord(Value("/A/X", 0, 1));
     }
     EXPECT_TRUE(Transaction::IsRecording());
-    EXPECT_TRUE(transaction.GetRecords().empty());
 
+    // The structure's suppression and the transactions are the thread's own.
     EXPECT_FALSE(SuppressUpdateStructure::IsActive());
     {
         SuppressUpdateStructure outer;
         { SuppressUpdateStructure inner; }
         EXPECT_TRUE(SuppressUpdateStructure::IsActive());
-        std::thread([] { EXPECT_FALSE(SuppressUpdateStructure::IsActive()); }).join();
+        std::thread([] {
+            EXPECT_FALSE(SuppressUpdateStructure::IsActive());
+            EXPECT_EQ(Transaction::Active(), nullptr);
+            Transaction::AddRecord(Value("/A/X", 0, 1));
+            Transaction worker("Worker");
+            Transaction::AddRecord(Value("/A/Y", 0, 1));
+            std::optional<CommittedTransaction> committed = worker.Commit();
+            ASSERT_TRUE(committed);
+            EXPECT_EQ(committed->records, std::vector<Record>{Value("/A/Y", 0, 1)});
+        }).join();
     }
     EXPECT_FALSE(SuppressUpdateStructure::IsActive());
+    EXPECT_EQ(Transaction::Active(), &transaction);
+    EXPECT_TRUE(transaction.GetRecords().empty());
 }
 
 TEST(Transaction, CommitFoldsSuccessiveChangesOfOneTarget) {
@@ -231,21 +242,6 @@ TEST(Transaction, PendingPositionsFoldUntilAPlainRecord) {
     EXPECT_EQ(committed->records,
               (std::vector<Record>{Position("/A", 0, 2), Position("/B", 0, 2),
                                    ListInputMoveRecord{At("/L/I"), 0, 1}, Value("/A/X", 0, 1)}));
-}
-
-TEST(Transaction, EachThreadHasItsOwnTransactions) {
-    Transaction transaction("Main");
-    std::thread([] {
-        EXPECT_EQ(Transaction::Active(), nullptr);
-        Transaction::AddRecord(Value("/A/X", 0, 1));
-        Transaction worker("Worker");
-        Transaction::AddRecord(Value("/A/Y", 0, 1));
-        std::optional<CommittedTransaction> committed = worker.Commit();
-        ASSERT_TRUE(committed);
-        EXPECT_EQ(committed->records, std::vector<Record>{Value("/A/Y", 0, 1)});
-    }).join();
-    EXPECT_EQ(Transaction::Active(), &transaction);
-    EXPECT_TRUE(transaction.GetRecords().empty());
 }
 
 }  // namespace

@@ -31,10 +31,6 @@ using Testing::NumberParameter;
 using Testing::SourceOperator;
 using Testing::StackOperator;
 
-std::string Save(const Project& project) {
-    return Serialization::SerializeProject(project).dump(4);
-}
-
 CommittedTransaction Record(std::string_view name, const std::function<void()>& edit) {
     Transaction transaction(name);
     edit();
@@ -60,16 +56,16 @@ protected:
     }
     // Records `edit`; undo must give back the file from before it, redo the file after it, both quietly.
     CommittedTransaction RoundTrip(std::string_view name, const std::function<void()>& edit) {
-        const std::string before = Save(project);
+        const std::string before = Serialization::SerializeProjectText(project);
         const CommittedTransaction done = Record(name, edit);
         EXPECT_FALSE(done.records.empty());
-        const std::string after = Save(project);
+        const std::string after = Serialization::SerializeProjectText(project);
         EXPECT_NE(after, before);
         LogCapture log;
         EXPECT_TRUE(UndoTransaction(project, done));
-        EXPECT_EQ(Save(project), before);
+        EXPECT_EQ(Serialization::SerializeProjectText(project), before);
         EXPECT_TRUE(ApplyTransaction(project, done));
-        EXPECT_EQ(Save(project), after);
+        EXPECT_EQ(Serialization::SerializeProjectText(project), after);
         EXPECT_EQ(log.Text(), "");
         return done;
     }
@@ -271,22 +267,22 @@ TEST_F(UndoRedo, StructuralWritesRoundTrip) {
 TEST_F(UndoRedo, StructureRecordRestoresUserParameters) {
     Graph* inner = &Add<Graph>(*graph);
     inner->AddParameter(std::make_unique<Testing::NumberParameter>(nullptr, "Own"));
-    const std::string before = Save(project);
+    const std::string before = Serialization::SerializeProjectText(project);
     Parameter* level = inner->AddUserParameter(Testing::NumberParameter::Type(), false);
     level->SetName("Level");
     const nlohmann::json structure = Serialization::SerializeOwnStructure(*inner);
-    const std::string after = Save(project);
+    const std::string after = Serialization::SerializeProjectText(project);
     inner->RemoveParameter(level);
-    ASSERT_EQ(Save(project), before);
+    ASSERT_EQ(Serialization::SerializeProjectText(project), before);
 
     const CommittedTransaction done{"Restructure",
                                     {StructureRecord{inner->GetPath(), nlohmann::json::array(), structure}}};
     EXPECT_TRUE(ApplyTransaction(project, done));
-    EXPECT_EQ(Save(project), after);
+    EXPECT_EQ(Serialization::SerializeProjectText(project), after);
     EXPECT_TRUE(ApplyTransaction(project, done));  // already in place: nothing to do
-    EXPECT_EQ(Save(project), after);
+    EXPECT_EQ(Serialization::SerializeProjectText(project), after);
     EXPECT_TRUE(UndoTransaction(project, done));
-    EXPECT_EQ(Save(project), before);
+    EXPECT_EQ(Serialization::SerializeProjectText(project), before);
 }
 
 TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOn) {
