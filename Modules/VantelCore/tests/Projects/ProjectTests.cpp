@@ -215,17 +215,28 @@ TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
     // Made in the reverse of their keys' order, so that neither order of making nor memory is the file's
     // order.
     SourceOperator& first = Add<SourceOperator>(root, "Zeta");
+    SourceOperator& middle = Add<SourceOperator>(root, "M");
     SourceOperator& second = Add<SourceOperator>(root, "Alpha");
     AddOperator& left = Add<AddOperator>(root, "Left");
     AddOperator& right = Add<AddOperator>(root, "Right");
     Graph& spread = Add<Graph>(root, "Spread");
     Graph& crossed = Add<Graph>(root, "Crossed");
     Parameter* vector = spread.AddUserParameter(Vector3Parameter::Type(), true);
+    Parameter* fully = spread.AddUserParameter(Vector3Parameter::Type(), false);
     Parameter* target = crossed.AddUserParameter(Vector3Parameter::Type(), false);
+    Parameter* partly = crossed.AddUserParameter(Vector3Parameter::Type(), false);
+    first.value.SetValue(3.0);
     const std::vector<DataConnection> data{{&first.out, &left.in}, {&second.out, &right.in}};
-    const std::vector<ParameterConnection> parameters{{&first.value, &left.offset, {{0, 0}}},
-                                                      {&second.value, &right.offset, {{0, 0}}},
-                                                      {vector, target, {{0, 2}, {2, 1}}}};
+    // A value that its connections give it again after loading is not stored; one that a connection covers
+    // only in part is. The file lists the chain's far link first ("M/Value" sorts before "Zeta/Value"): the
+    // loaded end must still have the start's value, as it had when saved.
+    const std::vector<ParameterConnection> parameters{
+        {&first.value, &middle.value, {{0, 0}}},
+        {&middle.value, &left.offset, {{0, 0}}},
+        {&second.value, &right.offset, {{0, 0}}},
+        {vector, target, {{0, 2}, {2, 1}}},
+        {&first.value, partly, {{0, 0}, {0, 2}}},
+        {&first.value, fully, WholeValueLinks(first.value, *fully)}};
 
     // Below a nested graph, into a bundle's parameter and a list's input, made once against the written
     // order.
@@ -290,8 +301,17 @@ TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
               (Texts{{at(second, "Out"), at(right, "In")}, {at(first, "Out"), at(left, "In")}}));
     EXPECT_EQ(texts("parameterConnections"),
               (Texts{{at(second, "Value"), at(right, "Offset")},
+                     {at(middle, "Value"), at(left, "Offset")},
                      {at(spread, vector->GetKey()), at(crossed, target->GetKey())},
-                     {at(first, "Value"), at(left, "Offset")}}));
+                     {at(first, "Value"), at(crossed, partly->GetKey())},
+                     {at(first, "Value"), at(middle, "Value")},
+                     {at(first, "Value"), at(spread, fully->GetKey())}}));
+    using Serialization::SerializeParameter;
+    EXPECT_EQ(SerializeParameter(first.value)["value"], 3.0);
+    EXPECT_FALSE(SerializeParameter(middle.value).contains("value"));
+    EXPECT_FALSE(SerializeParameter(left.offset).contains("value"));
+    EXPECT_EQ(SerializeParameter(*partly)["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
+    EXPECT_FALSE(SerializeParameter(*fully).contains("value"));
     for (const DataConnection& connection : data) {
         root.RemoveDataConnection(connection);
     }
@@ -307,39 +327,7 @@ TEST(Project, ConnectionsMadeInAnotherOrderWriteTheSameBytes) {
     ASSERT_NE(loaded, nullptr);
     EXPECT_EQ(log.Text(), "");
     EXPECT_EQ(Serialization::SerializeProjectText(*loaded), forward);
-}
-
-// A value that its connections give it again after loading is not stored; one that a connection covers only
-// in part is. The file lists the chain's far link first ("M/Value" sorts before "Source/Value"): the loaded
-// end still has the start's value, as it had when saved.
-TEST(Project, OnlyValuesThatNoConnectionFullyDrivesAreSavedAndChainsLoadSettled) {
-    Testing::RegisterProjectTestTypes();
-    Project project;
-    Graph& root = *project.GetRootGraph();
-    SourceOperator& source = Add<SourceOperator>(root, "Source");
-    SourceOperator& middle = Add<SourceOperator>(root, "M");
-    AddOperator& driven = Add<AddOperator>(root, "Driven");
-    Graph& holder = Add<Graph>(root, "Holder");
-    Parameter* partly = holder.AddUserParameter(Vector3Parameter::Type(), false);
-    Parameter* fully = holder.AddUserParameter(Vector3Parameter::Type(), false);
-    source.value.SetValue(3.0);
-    ASSERT_TRUE(root.AddParameterConnection({&source.value, &middle.value, {{0, 0}}}, false));
-    ASSERT_TRUE(root.AddParameterConnection({&middle.value, &driven.offset, {{0, 0}}}, false));
-    ASSERT_TRUE(root.AddParameterConnection({&source.value, partly, {{0, 0}, {0, 2}}}, false));
-    ASSERT_TRUE(
-        root.AddParameterConnection({&source.value, fully, WholeValueLinks(source.value, *fully)}, false));
-
-    using Serialization::SerializeParameter;
-    EXPECT_EQ(SerializeParameter(source.value)["value"], 3.0);
-    EXPECT_FALSE(SerializeParameter(middle.value).contains("value"));
-    EXPECT_FALSE(SerializeParameter(driven.offset).contains("value"));
-    EXPECT_EQ(SerializeParameter(*partly)["value"], nlohmann::json::parse("[3.0, 0.0, 3.0]"));
-    EXPECT_FALSE(SerializeParameter(*fully).contains("value"));
-
-    const std::unique_ptr<Project> loaded =
-        Deserialization::DeserializeProject(Serialization::SerializeProject(project));
-    ASSERT_NE(loaded, nullptr);
-    const auto* loadedEnd = dynamic_cast<AddOperator*>(loaded->GetRootGraph()->FindChild(driven.GetKey()));
+    const auto* loadedEnd = dynamic_cast<AddOperator*>(loaded->GetRootGraph()->FindChild(left.GetKey()));
     ASSERT_NE(loadedEnd, nullptr);
     EXPECT_EQ(loadedEnd->offset.Value(), 3.0);
 }
