@@ -328,26 +328,7 @@ TEST(Loader, ValuesOfMembersThatAStructuralValueCreatesAreRestored) {
                                          {Kind::BundleList, "/Staged", "Steps", reason}}));
 }
 
-// What a context defers it keeps: the entry may be gone by the time the connections are made.
-TEST(Loader, AContextOutlivesTheEntriesItDefers) {
-    Testing::RegisterProjectTestTypes();
-    Deserialization::Context context;
-    std::unique_ptr<Operator> made;
-    {
-        const json entry = json::parse(R"({"type": "Vantel.General.Graph", "key": "G", "operators": [
-            {"type": "Vantel.Test.Source", "key": "S"}, {"type": "Vantel.Test.Add", "key": "A"}],
-            "dataConnections": [{"output": "S/Out", "input": "A/In"}],
-            "parameterConnections": [{"output": "S/Value", "input": "A/Offset", "links": [[0, 0]]}]})");
-        made = Deserialization::DeserializeOperator(entry, context);
-    }
-    context.ResolveReferences();
-    const auto* graph = dynamic_cast<const Graph*>(made.get());
-    ASSERT_NE(graph, nullptr);
-    EXPECT_EQ(graph->GetDataConnections().size(), 1u);
-    EXPECT_EQ(graph->GetParameterConnections().size(), 1u);
-}
-
-TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
+TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffersAndAContextKeepsWhatItDefers) {
     Testing::RegisterProjectTestTypes();
     Graph graph;
     graph.AddUserParameter(NumberParameter::Type(), false)->SetName("First");
@@ -383,6 +364,22 @@ TEST(Loader, OwnStructureIsRebuiltOnlyWhenItDiffers) {
     Deserialization::DeserializeDataOutput(json{{"key", "Stored"}}, detached, context);
     EXPECT_EQ(detached.GetKey(), "Stored");
     EXPECT_EQ(log.Text(), "");
+
+    // What a context defers it keeps: the entry may be gone by the time the connections are made.
+    Deserialization::Context deferring;
+    std::unique_ptr<Operator> made;
+    {
+        const json entry = json::parse(R"({"type": "Vantel.General.Graph", "key": "G", "operators": [
+            {"type": "Vantel.Test.Source", "key": "S"}, {"type": "Vantel.Test.Add", "key": "A"}],
+            "dataConnections": [{"output": "S/Out", "input": "A/In"}],
+            "parameterConnections": [{"output": "S/Value", "input": "A/Offset", "links": [[0, 0]]}]})");
+        made = Deserialization::DeserializeOperator(entry, deferring);
+    }
+    deferring.ResolveReferences();
+    const auto* loaded = dynamic_cast<const Graph*>(made.get());
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(loaded->GetDataConnections().size(), 1u);
+    EXPECT_EQ(loaded->GetParameterConnections().size(), 1u);
 }
 
 TEST(ConnectionPaths, StoredTextsResolveAsPathsDo) {

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -31,14 +30,13 @@
 namespace Vantel {
 namespace {
 
+using Testing::Add;
 using Testing::AddOperator;
 using Testing::LogCapture;
 using Testing::MirrorOperator;
 using Testing::MixerOperator;
 using Testing::NumberParameter;
 using Testing::SourceOperator;
-
-using Testing::Add;
 
 std::string TempFile(std::string_view name) {
     return (std::filesystem::temp_directory_path() /

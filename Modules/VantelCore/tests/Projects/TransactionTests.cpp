@@ -33,8 +33,18 @@ CompoundRecord Compound(std::string_view path) {
     return {At(path), 1, 2, {}};
 }
 
-TEST(Transaction, NestedTransactionAttachesBelowTheCompoundRecord) {
+// A transaction opened inside another attaches what it collects below the compound record before it, unless
+// it commits itself: then it ends once, and recording goes back to the enclosing one.
+TEST(Transaction, NestedTransactionAttachesBelowTheCompoundRecordUnlessCommitted) {
+    EXPECT_EQ(Transaction::Active(), nullptr);
+    Transaction::AddRecord(Value("/A/W", 0, 1));  // no transaction: discarded
     Transaction outer("Set mode");
+    {
+        Transaction empty("Empty");
+        EXPECT_FALSE(empty.Commit());
+        EXPECT_EQ(Transaction::Active(), &outer);
+    }
+    EXPECT_TRUE(outer.GetRecords().empty());
     Transaction::AddRecord(Value("/A/X", 0, 1));
     Transaction::AddRecord(Compound("/A/Mode"));
     {
@@ -45,22 +55,35 @@ TEST(Transaction, NestedTransactionAttachesBelowTheCompoundRecord) {
         Transaction::AddRecord(ParameterAddedRecord{At("/A/Z"), 3, {{"Type", "Float"}}});
     }
     EXPECT_EQ(Transaction::Active(), &outer);
+    {
+        Transaction inner("Inner");
+        Transaction::AddRecord(Value("/A/V", 0, 1));
+        std::optional<CommittedTransaction> committed = inner.Commit();
+        ASSERT_TRUE(committed);
+        EXPECT_EQ(committed->records, std::vector<Record>{Value("/A/V", 0, 1)});
+        EXPECT_TRUE(inner.GetRecords().empty());
+        EXPECT_FALSE(inner.Commit());
+        Transaction::AddRecord(Value("/A/U", 0, 1));
+    }
     std::optional<CommittedTransaction> committed = outer.Commit();
     ASSERT_TRUE(committed);
     EXPECT_EQ(committed->name, "Set mode");
     CompoundRecord expected = Compound("/A/Mode");
     expected.nested = {Value("/A/Y", 0, 2), ParameterAddedRecord{At("/A/Z"), 3, {{"Type", "Float"}}}};
-    EXPECT_EQ(committed->records, (std::vector<Record>{Value("/A/X", 0, 1), expected}));
+    EXPECT_EQ(committed->records, (std::vector<Record>{Value("/A/X", 0, 1), expected, Value("/A/U", 0, 1)}));
+    EXPECT_EQ(Transaction::Active(), nullptr);
 }
 
-TEST(Transaction, NestedTransactionWithoutAHolderDropsItsRecords) {
+// A nested transaction with nothing to attach to, or one whose enclosing transaction ends first, is the
+// caller's mistake: what it collected is dropped with an error, and the thread keeps no dangling transaction.
+TEST(Transaction, MisplacedNestedTransactionsLogAndDropTheirRecords) {
     LogCapture log;
-    Transaction outer("Outer");
+    Transaction base("Base");
     {
         Transaction inner("Early");
         Transaction::AddRecord(Value("/A/X", 0, 1));
     }
-    EXPECT_TRUE(outer.GetRecords().empty());
+    EXPECT_TRUE(base.GetRecords().empty());
     Transaction::AddRecord(Value("/A/X", 0, 1));
     {
         Transaction inner("Late");
@@ -74,19 +97,15 @@ TEST(Transaction, NestedTransactionWithoutAHolderDropsItsRecords) {
         Transaction::AddRecord(Value("/A/Y", 0, 1));
         Transaction::AddRecord(Value("/A/Y", 1, 0));
     }
-    EXPECT_EQ(outer.GetRecords(), std::vector<Record>{Value("/A/X", 0, 1)});
+    EXPECT_EQ(base.GetRecords(), std::vector<Record>{Value("/A/X", 0, 1)});
     EXPECT_EQ(
         log.Text(),
         "[Error] Transaction 'Early' had nothing to belong to: no change was recorded before it opened. "
         "What it collected is dropped.\n"
         "[Error] Transaction 'Late' opened after a change that cannot hold one. What it collected is "
         "dropped.\n");
-}
 
-// Ending out of order is the caller's mistake; it must not leave the thread with a dangling transaction.
-TEST(Transaction, EndingBeforeAnInnerOneLogsAndLeavesTheInnerInert) {
-    LogCapture log;
-    Transaction base("Base");
+    log.Clear();
     Transaction::AddRecord(Compound("/A"));
     auto outer = std::make_unique<Transaction>("Outer");
     Transaction::AddRecord(Compound("/A/Mode"));
@@ -103,34 +122,7 @@ TEST(Transaction, EndingBeforeAnInnerOneLogsAndLeavesTheInnerInert) {
     EXPECT_EQ(Transaction::Active(), &base);
     CompoundRecord expected = Compound("/A");
     expected.nested = {Compound("/A/Mode")};
-    EXPECT_EQ(base.GetRecords(), std::vector<Record>{expected});
-}
-
-TEST(Transaction, CommitEndsOnceAndHandsRecordingBack) {
-    EXPECT_EQ(Transaction::Active(), nullptr);
-    Transaction::AddRecord(Value("/A/X", 0, 1));  // no transaction: discarded
-    Transaction outer("Outer");
-    EXPECT_TRUE(outer.GetRecords().empty());
-    {
-        Transaction empty("Empty");
-        EXPECT_FALSE(empty.Commit());
-        EXPECT_EQ(Transaction::Active(), &outer);
-    }
-    Transaction::AddRecord(Compound("/A/Mode"));
-    {
-        Transaction inner("Inner");
-        Transaction::AddRecord(Value("/A/X", 0, 1));
-        std::optional<CommittedTransaction> committed = inner.Commit();
-        ASSERT_TRUE(committed);
-        EXPECT_EQ(committed->records, std::vector<Record>{Value("/A/X", 0, 1)});
-        EXPECT_TRUE(inner.GetRecords().empty());
-        EXPECT_FALSE(inner.Commit());
-        // Later records go to the enclosing transaction, and the committed one does not attach again.
-        Transaction::AddRecord(Value("/A/Y", 0, 1));
-    }
-    EXPECT_EQ(outer.GetRecords(), (std::vector<Record>{Compound("/A/Mode"), Value("/A/Y", 0, 1)}));
-    EXPECT_TRUE(outer.Commit());
-    EXPECT_EQ(Transaction::Active(), nullptr);
+    EXPECT_EQ(base.GetRecords(), (std::vector<Record>{Value("/A/X", 0, 1), expected}));
 }
 
 TEST(Transaction, SuppressionStopsRecordingButNotTheTransactionOnItsThreadOnly) {

@@ -285,7 +285,7 @@ TEST_F(UndoRedo, StructureRecordRestoresUserParameters) {
     EXPECT_EQ(Serialization::SerializeProjectText(project), before);
 }
 
-TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOn) {
+TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOnRecordingNothing) {
     const CommittedTransaction done = Record("Two values", [&] {
         adder->offset.SetValue(1.0);
         source->value.SetValue(2.0);
@@ -304,6 +304,19 @@ TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOn) {
         "Add", {ParameterAddedRecord{*Path::Parse(source->GetPath().ToString() + "/Extra"), 0, node}}};
     EXPECT_FALSE(ApplyTransaction(project, gone));
     EXPECT_NE(log.Text().find("type 'Vantel.Test.Gone' not found"), std::string::npos) << log.Text();
+
+    // Replay records nothing, even inside an open transaction, and an empty history replays.
+    EXPECT_TRUE(UndoTransaction(project, CommittedTransaction{"Nothing", {}}));
+    EXPECT_TRUE(ApplyTransaction(project, CommittedTransaction{"Nothing", {}}));
+    const CommittedTransaction edit = Record("Edit", [&] {
+        source->value.SetValue(4.0);
+        Add<SourceOperator>(*graph);
+    });
+    Transaction open("Open");
+    EXPECT_TRUE(UndoTransaction(project, edit));
+    EXPECT_TRUE(ApplyTransaction(project, edit));
+    EXPECT_TRUE(open.GetRecords().empty());
+    EXPECT_TRUE(Transaction::IsRecording());
 }
 
 // Undo of a removal gives back the references that pointed into the removed operator, redo clears them again.
@@ -320,21 +333,6 @@ TEST_F(UndoRedo, AChainRemadeAroundItsMiddleEndsSettled) {
     adder->offset.SetValue(0.0);
     ASSERT_TRUE(UndoTransaction(project, done));
     EXPECT_EQ(adder->offset.Value(), 3.0);
-}
-
-TEST_F(UndoRedo, EmptyTransactionAndNoRecording) {
-    EXPECT_TRUE(UndoTransaction(project, CommittedTransaction{"Nothing", {}}));
-    EXPECT_TRUE(ApplyTransaction(project, CommittedTransaction{"Nothing", {}}));
-
-    const CommittedTransaction done = Record("Edit", [&] {
-        source->value.SetValue(4.0);
-        Add<SourceOperator>(*graph);
-    });
-    Transaction open("Open");
-    EXPECT_TRUE(UndoTransaction(project, done));
-    EXPECT_TRUE(ApplyTransaction(project, done));
-    EXPECT_TRUE(open.GetRecords().empty());
-    EXPECT_TRUE(Transaction::IsRecording());
 }
 
 }  // namespace
