@@ -246,7 +246,7 @@ TEST_F(UndoRedo, CompoundRecordOrder) {
 
 // What a rebuild takes away comes back on undo: the values of the members it removed, bundles included, the
 // connections to them and the references into them.
-TEST_F(UndoRedo, StructuralWritesRoundTrip) {
+TEST_F(UndoRedo, StructuralWritesAndStructureRecordsRoundTrip) {
     auto* stack = &Add<StackOperator>(*graph);
     stack->count.SetValue(3.0);
     source->value.SetValue(0.5);
@@ -261,10 +261,8 @@ TEST_F(UndoRedo, StructuralWritesRoundTrip) {
     RoundTrip("Fewer", [&] { stack->count.SetValue(1.0); });
     ASSERT_EQ(stack->layers.GetBundleCount(), 1u);
     RoundTrip("More", [&] { stack->count.SetValue(2.0); });
-}
 
-// Only what the user added is replaced: a parameter the graph's type made itself stays.
-TEST_F(UndoRedo, StructureRecordRestoresUserParameters) {
+    // A structure record replaces only what the user added: a parameter the graph's type made itself stays.
     Graph* inner = &Add<Graph>(*graph);
     inner->AddParameter(std::make_unique<Testing::NumberParameter>(nullptr, "Own"));
     const std::string before = Serialization::SerializeProjectText(project);
