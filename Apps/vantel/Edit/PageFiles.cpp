@@ -50,12 +50,12 @@ std::filesystem::path GetPageFolder() {
 
 std::optional<std::filesystem::path> FindPageFile(const std::filesystem::path& folder,
                                                   std::string_view requestPath) {
-    if (folder.empty() || requestPath.empty() || requestPath.front() != '/' || HasUnsafePiece(requestPath)) {
+    if (!requestPath.starts_with('/') || HasUnsafePiece(requestPath)) {
         return std::nullopt;
     }
     const std::string_view relative = requestPath == "/" ? "index.html" : requestPath.substr(1);
     std::error_code error;
-    const std::filesystem::path root = std::filesystem::canonical(folder, error);
+    const std::filesystem::path root = std::filesystem::canonical(folder, error);  // fails for no folder too
     if (error) {
         return std::nullopt;
     }
