@@ -296,12 +296,15 @@ TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOnRecordingNothing) {
                               " was not found. The history and the model have drifted apart.\n");
     EXPECT_EQ(source->value.Value(), 0.0);  // the step after the failing one still ran
 
-    // A parameter whose type is no longer registered cannot come back.
+    // A parameter or an operator whose type is no longer registered cannot come back.
     const nlohmann::json node{{"key", "Extra"}, {"type", "Vantel.Test.Gone"}, {"name", "Extra"}};
     const CommittedTransaction gone{
         "Add", {ParameterAddedRecord{*Path::Parse(source->GetPath().ToString() + "/Extra"), 0, node}}};
     EXPECT_FALSE(ApplyTransaction(project, gone));
     EXPECT_NE(log.Text().find("type 'Vantel.Test.Gone' not found"), std::string::npos) << log.Text();
+    const CommittedTransaction lost{
+        "Add", {OperatorRecord{*Path::Parse("/Extra"), 0, node, Presence::Added}}};  // into the root
+    EXPECT_FALSE(ApplyTransaction(project, lost));
 
     // Replay records nothing, even inside an open transaction, and an empty history replays.
     EXPECT_TRUE(UndoTransaction(project, CommittedTransaction{"Nothing", {}}));
