@@ -292,6 +292,7 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
                                    [](const json& update) { return update["event"] == "frame"; });
     ASSERT_NE(next, updates.end());
     EXPECT_EQ(next->value("ran", json::array({"absent"})), json::array());
+    EXPECT_FALSE(next->value("values", json::object()).contains(PathOf(mixer.mix)));  // only changed values
 }
 
 TEST(LogTee, KeepsTheMostRecentLinesAndPassesEveryLineOn) {

@@ -131,6 +131,8 @@ TEST(Image, CopiesShareThePixelsUntilOneGetsNewOnes) {
     const Image& same = copy;
     copy = same;
     EXPECT_EQ(copy.GetPixelData(), black);
+    copy = original;
+    EXPECT_EQ(copy.GetPixelData().data(), original.GetPixelData().data());
 }
 
 }  // namespace
