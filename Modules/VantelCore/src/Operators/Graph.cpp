@@ -339,6 +339,9 @@ bool Graph::Implementation::HasParameterChains() const {
 }
 
 void Graph::Implementation::PassConnectedValues() {
+    if (parameterConnections.empty()) {
+        return;  // nothing to hand on, and undo settles every graph: spares each one without them the order
+    }
     for (Operator* op : GetExecutionOrder()) {
         for (const Parameter* parameter : op->GetAllParameters()) {
             PassOn(*parameter);
