@@ -166,13 +166,27 @@ private:
             return;
         }
         Level& level = levels.back();
-        text += level.isEmpty ? "\n" : ",\n";
+        // The comma, the line break and the indent in one append.
+        const std::size_t skipComma = level.isEmpty ? 1 : 0;
         level.isEmpty = false;
-        text.append(Indent(), ' ');
+        BreakLine(skipComma);
         if (level.isObject) {
             text += '"';
             text += pendingKey;
             text += "\": ";
+        }
+    }
+
+    // ",\n" and the current indent, from `skip` characters on.
+    void BreakLine(std::size_t skip) {
+        static constexpr std::string_view kBreaks =
+            ",\n                                                                ";
+        const std::size_t length = 2 + Indent();
+        if (length <= kBreaks.size()) {
+            text.append(kBreaks.data() + skip, length - skip);
+        } else {
+            text.append(kBreaks.data() + skip, 2 - skip);
+            text.append(Indent(), ' ');
         }
     }
 
@@ -187,8 +201,7 @@ private:
         const bool isEmpty = levels.back().isEmpty;
         levels.pop_back();
         if (!isEmpty) {
-            text += '\n';
-            text.append(Indent(), ' ');
+            BreakLine(1);
         }
         text += bracket;
     }

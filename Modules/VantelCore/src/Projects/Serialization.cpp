@@ -49,85 +49,108 @@ bool IsEveryComponentDriven(const Parameter& parameter) {
     return true;
 }
 
-// The path of `object` relative to `graph` as text, as object.GetRelativePath(graph).ToString() gives it
-// (keys below the graph joined by "/", an object without key adding nothing), built in one climb.
-std::string RelativeText(Object& object, const Graph& graph) {
+// Appends the path of `object` relative to `graph` as text, as object.GetRelativePath(graph).ToString() gives
+// it (keys below the graph joined by "/", an object without key adding nothing), built in one climb.
+void AppendRelativeText(std::string& text, Object& object, const Graph& graph) {
     constexpr std::size_t kMostPieces = 16;  // deeper paths, rare, take the general way
     std::array<const std::string*, kMostPieces> keys;
     std::size_t pieces = 0;
-    std::size_t length = 0;
     Object* current = &object;
     for (; current != &graph && current != nullptr && pieces < kMostPieces;
          current = current->GetParentObject()) {
         const std::string& key = current->GetKey();
         if (!key.empty()) {
             keys[pieces++] = &key;
-            length += key.size() + 1;
         }
     }
     // Not below the graph (that call throws then), the graph itself (so does that), or deep.
     if (current != &graph || &object == &graph) {
-        return object.GetRelativePath(graph).ToString();
+        text += object.GetRelativePath(graph).ToString();
+        return;
     }
-    std::string text;
-    text.reserve(length);
     for (std::size_t piece = pieces; piece-- > 0;) {
         text += *keys[piece];
         if (piece > 0) {
             text += '/';
         }
     }
-    return text;
 }
 
-// Connection texts, sorted: the order in which connections were made does not show in the file.
-std::vector<std::pair<std::string, std::string>> SortedDataConnectionTexts(
-    const std::vector<DataConnection>& connections) {
-    std::vector<std::pair<std::string, std::string>> pairs;
-    pairs.reserve(connections.size());
-    for (const DataConnection& connection : connections) {
-        // A connection lives in the graph of its consumer.
-        const Graph& graph = *connection.input->GetOperator()->GetGraph();
-        pairs.emplace_back(RelativeText(*connection.output, graph), RelativeText(*connection.input, graph));
+// A graph's connections as the file lists them: by output text, then input text, so that the order in which
+// they were made does not show. Two entries with equal texts could not be told apart when the file is read
+// either, so their order does not matter. The texts lie end to end in one string, which keeps sorting to
+// small entries and spares a string per endpoint.
+class SortedConnectionTexts {
+public:
+    struct Entry {
+        std::string_view output;
+        std::string_view input;
+        const std::vector<ComponentLink>* links;  // none for data connections
+    };
+
+    explicit SortedConnectionTexts(const std::vector<DataConnection>& connections) {
+        spans.reserve(connections.size());
+        for (const DataConnection& connection : connections) {
+            // A connection lives in the graph of its consumer.
+            Add(*connection.output, *connection.input, *connection.input->GetOperator()->GetGraph(), nullptr);
+        }
+        Sort();
     }
-    // Texts are short and move cheaply; sorting them in place leaves nothing to copy afterwards.
-    std::sort(pairs.begin(), pairs.end());
-    return pairs;
-}
 
-struct ParameterConnectionTexts {
-    std::string output;
-    std::string input;
-    const std::vector<ComponentLink>* links;
+    explicit SortedConnectionTexts(const ParameterConnectionMap& connections) {
+        // Visited in memory order rather than hash order: a parameter lives inside its operator, so
+        // neighbours in memory share cache lines.
+        std::vector<const ParameterConnectionMap::value_type*> visits;
+        visits.reserve(connections.size());
+        for (const auto& connection : connections) {
+            visits.push_back(&connection);
+        }
+        std::sort(visits.begin(), visits.end(), [](const auto* left, const auto* right) {
+            return std::less<const Parameter*>()(left->first.target, right->first.target);
+        });
+        spans.reserve(connections.size());
+        for (const auto* visit : visits) {
+            const auto& [endpoints, links] = *visit;
+            Add(*endpoints.source, *endpoints.target, *endpoints.target->GetOperator()->GetGraph(), &links);
+        }
+        Sort();
+    }
+
+    const std::vector<Entry>& Entries() const { return entries; }
+
+private:
+    struct Span {
+        std::size_t outputBegin;
+        std::size_t inputBegin;
+        std::size_t inputEnd;
+        const std::vector<ComponentLink>* links;
+    };
+
+    void Add(Object& output, Object& input, const Graph& graph, const std::vector<ComponentLink>* links) {
+        const std::size_t outputBegin = texts.size();
+        AppendRelativeText(texts, output, graph);
+        const std::size_t inputBegin = texts.size();
+        AppendRelativeText(texts, input, graph);
+        spans.push_back({outputBegin, inputBegin, texts.size(), links});
+    }
+
+    // Views are taken once every text is in place, the string no longer moving.
+    void Sort() {
+        entries.reserve(spans.size());
+        const char* const base = texts.data();
+        for (const Span& span : spans) {
+            entries.push_back({{base + span.outputBegin, span.inputBegin - span.outputBegin},
+                               {base + span.inputBegin, span.inputEnd - span.inputBegin},
+                               span.links});
+        }
+        std::ranges::sort(entries, {},
+                          [](const Entry& entry) { return std::tie(entry.output, entry.input); });
+    }
+
+    std::string texts;
+    std::vector<Span> spans;
+    std::vector<Entry> entries;
 };
-
-std::vector<ParameterConnectionTexts> SortedParameterConnectionTexts(
-    const ParameterConnectionMap& connections) {
-    // Visited in memory order rather than hash order: a parameter lives inside its operator, so neighbours in
-    // memory share cache lines. The entries are sorted by their text below anyway.
-    std::vector<const ParameterConnectionMap::value_type*> visits;
-    visits.reserve(connections.size());
-    for (const auto& connection : connections) {
-        visits.push_back(&connection);
-    }
-    std::sort(visits.begin(), visits.end(), [](const auto* left, const auto* right) {
-        return std::less<const Parameter*>()(left->first.target, right->first.target);
-    });
-    std::vector<ParameterConnectionTexts> entries;
-    entries.reserve(connections.size());
-    for (const auto* visit : visits) {
-        const auto& [endpoints, links] = *visit;
-        const Graph& graph = *endpoints.target->GetOperator()->GetGraph();
-        entries.push_back(
-            {RelativeText(*endpoints.source, graph), RelativeText(*endpoints.target, graph), &links});
-    }
-    // Output text, then input text, as the data connections' pairs sort. Two entries with equal texts could
-    // not be told apart when the file is read either, so their order does not matter.
-    std::ranges::sort(entries, {}, [](const ParameterConnectionTexts& entry) {
-        return std::tie(entry.output, entry.input);
-    });
-    return entries;
-}
 
 // The rules of the file, written once for both writers. Members are written in ascending key order.
 
@@ -275,14 +298,14 @@ void WriteOutputs(Writer& writer, const Operator& op) {
 
 template <typename Writer>
 void WriteDataConnections(Writer& writer, const std::vector<DataConnection>& connections) {
-    std::vector<std::pair<std::string, std::string>> pairs = SortedDataConnectionTexts(connections);
-    writer.BeginArray(pairs.size());
-    for (auto& [output, input] : pairs) {
+    const SortedConnectionTexts texts(connections);
+    writer.BeginArray(texts.Entries().size());
+    for (const SortedConnectionTexts::Entry& entry : texts.Entries()) {
         writer.BeginObject();
         writer.Key("input");
-        writer.String(std::move(input));
+        writer.String(entry.input);
         writer.Key("output");
-        writer.String(std::move(output));
+        writer.String(entry.output);
         writer.EndObject();
     }
     writer.EndArray();
@@ -290,12 +313,12 @@ void WriteDataConnections(Writer& writer, const std::vector<DataConnection>& con
 
 template <typename Writer>
 void WriteParameterConnections(Writer& writer, const ParameterConnectionMap& connections) {
-    std::vector<ParameterConnectionTexts> entries = SortedParameterConnectionTexts(connections);
-    writer.BeginArray(entries.size());
-    for (ParameterConnectionTexts& entry : entries) {
+    const SortedConnectionTexts texts(connections);
+    writer.BeginArray(texts.Entries().size());
+    for (const SortedConnectionTexts::Entry& entry : texts.Entries()) {
         writer.BeginObject();
         writer.Key("input");
-        writer.String(std::move(entry.input));
+        writer.String(entry.input);
         writer.Key("links");
         writer.BeginArray(entry.links->size());
         for (const ComponentLink& link : *entry.links) {
@@ -306,7 +329,7 @@ void WriteParameterConnections(Writer& writer, const ParameterConnectionMap& con
         }
         writer.EndArray();
         writer.Key("output");
-        writer.String(std::move(entry.output));
+        writer.String(entry.output);
         writer.EndObject();
     }
     writer.EndArray();
