@@ -42,8 +42,7 @@ std::string NameOf(const ParameterNode& node) {
 }
 
 // The base of the key made for a node without one: its name, or a word for what it is.
-std::string KeyBase(const ParameterNode& node) {
-    const std::string name = NameOf(node);
+std::string KeyBase(const ParameterNode& node, const std::string& name) {
     if (!name.empty()) {
         return name;
     }
@@ -232,10 +231,11 @@ bool ParameterGroup::Insert(ParameterNode* node, std::size_t index) {
     }
 
     // A declared parameter is keyed by its name, so that saved values find it again when it is re-created.
-    const std::string wanted = KeyBase(*node);
+    const std::string name = NameOf(*node);
+    const std::string wanted = KeyBase(*node, name);
     // A user's parameters get made keys instead, so that two of one type do not collide.
-    if (node->GetKey().empty() && !IsUserParameter(*node) && Path::IsValidKey(NameOf(*node))) {
-        node->SetKey(NameOf(*node));
+    if (node->GetKey().empty() && !IsUserParameter(*node) && Path::IsValidKey(name)) {
+        node->SetKey(name);
     }
     if (implementation->owningOperator != nullptr) {
         Access::GetImplementation(*implementation->owningOperator)->SettleChildKey(*node, wanted);
