@@ -258,7 +258,11 @@ void Graph::Implementation::DetachAll() {
     operators.clear();
     constOperators.clear();
     operatorsByKey.clear();
-    ownedOperators.clear();  // the order and the ranks go with the graph
+    // Last made, first destroyed: the operator arena hands freed blocks out again last in, first out, so that
+    // the next graph built gets them in the order this one had, and its frames walk memory forwards.
+    while (!ownedOperators.empty()) {
+        ownedOperators.pop_back();
+    }
 }
 
 void Graph::Implementation::InsertOperator(std::unique_ptr<Operator>&& op, std::size_t index) {

@@ -100,6 +100,25 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
     EXPECT_EQ(changes, 7);  // each connection made or removed, none that was refused
 }
 
+// Last added, first destroyed: the blocks they give back are then handed out again in the order they had, and
+// a graph built after this one walks memory forwards.
+TEST(Graph, DestroysItsOperatorsLastAddedFirst) {
+    struct Recorded : SourceOperator {
+        Recorded(std::vector<int>& log, int id) : log(log), id(id) {}
+        ~Recorded() override { log.push_back(id); }
+        std::vector<int>& log;
+        int id;
+    };
+    std::vector<int> destroyed;
+    {
+        Graph graph;
+        for (int id = 0; id < 3; ++id) {
+            graph.AddOperator(std::make_unique<Recorded>(destroyed, id));
+        }
+    }
+    EXPECT_EQ(destroyed, (std::vector<int>{2, 1, 0}));
+}
+
 TEST(Graph, ListInputsExistWhileConnected) {
     struct Mixer : Operator {
         DataInputList layers{this, "Layers", DataInput::Type(), {}};
