@@ -5,9 +5,13 @@
 //   std::string text = writer.Take();        // what dump(4) of the tree would print
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -79,8 +83,9 @@ private:
 };
 
 // Writes the text that dump(4) of the tree would print (4 blanks of indent, non-ASCII text as it is), without
-// building the tree. Values the writer does not shape itself (parameter values, unusual strings) go through
-// the JSON library's own serializer, so every byte and every error is the library's.
+// building the tree. Numbers are printed with the JSON library's own conversion; values the writer does not
+// shape itself (arrays and objects inside a value, unusual strings) go through the library's serializer, so
+// every byte and every error is the library's.
 class TextWriter {
 public:
     // `expectedSize` is reserved up front: growing the text copies all that was written and touches twice
@@ -105,37 +110,68 @@ public:
     void String(std::string_view value) {
         BeginValue();
         if (IsPlain(value)) {
-            text += '"';
-            text += value;
-            text += '"';
+            MakeRoom(value.size() + 2);
+            PutInRoom('"');
+            PutInRoom(value);
+            PutInRoom('"');
         } else {
             Dump(nlohmann::json(value));
         }
     }
+    // As the library's serializer prints a number: no JSON number is NaN or infinite, so those are null.
     void Float(double number) {
         BeginValue();
-        Dump(nlohmann::json(number));
+        if (!std::isfinite(number)) {
+            Put("null");
+            return;
+        }
+        std::array<char, 64> digits;
+        const char* end = nlohmann::detail::to_chars(digits.data(), digits.data() + digits.size(), number);
+        Put(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
     }
     void Integer(std::int64_t number) {
         BeginValue();
-        char digits[24];
-        const auto result = std::to_chars(digits, digits + sizeof digits, number);
-        text.append(digits, result.ptr);
+        PutDigits(number);
     }
     void Boolean(bool flag) {
         BeginValue();
-        text += flag ? "true" : "false";
+        Put(flag ? std::string_view("true") : std::string_view("false"));
     }
     void Null() {
         BeginValue();
-        text += "null";
+        Put("null");
     }
     void Value(const nlohmann::json& value) {
-        BeginValue();
-        Dump(value);
+        switch (value.type()) {
+            case nlohmann::json::value_t::number_float:
+                Float(value.get<double>());
+                return;
+            case nlohmann::json::value_t::number_integer:
+                Integer(value.get<std::int64_t>());
+                return;
+            case nlohmann::json::value_t::number_unsigned:
+                BeginValue();
+                PutDigits(value.get<std::uint64_t>());
+                return;
+            case nlohmann::json::value_t::boolean:
+                Boolean(value.get<bool>());
+                return;
+            case nlohmann::json::value_t::null:
+                Null();
+                return;
+            case nlohmann::json::value_t::string:
+                String(value.get_ref<const std::string&>());
+                return;
+            default:
+                BeginValue();
+                Dump(value);
+        }
     }
 
-    std::string Take() { return std::move(text); }
+    std::string Take() {
+        text.resize(written);
+        return std::move(text);
+    }
 
 private:
     struct Level {
@@ -144,6 +180,9 @@ private:
     };
 
     static constexpr unsigned kIndentStep = 4;
+    // Room beyond what is written is made this much at a time, blanked once just before it is written over,
+    // so that each piece is a copy into place rather than a call that checks and grows the string.
+    static constexpr std::size_t kRoomStep = 4096;
 
     // Text the library writes unchanged: printable ASCII without quote or backslash. Anything else (escapes,
     // UTF-8 that must be checked) is left to the library.
@@ -166,14 +205,15 @@ private:
             return;
         }
         Level& level = levels.back();
-        // The comma, the line break and the indent in one append.
+        // The comma, the line break and the indent in one piece.
         const std::size_t skipComma = level.isEmpty ? 1 : 0;
         level.isEmpty = false;
         BreakLine(skipComma);
         if (level.isObject) {
-            text += '"';
-            text += pendingKey;
-            text += "\": ";
+            MakeRoom(pendingKey.size() + 4);
+            PutInRoom('"');
+            PutInRoom(pendingKey);
+            PutInRoom(std::string_view("\": "));
         }
     }
 
@@ -183,16 +223,18 @@ private:
             ",\n                                                                ";
         const std::size_t length = 2 + Indent();
         if (length <= kBreaks.size()) {
-            text.append(kBreaks.data() + skip, length - skip);
-        } else {
-            text.append(kBreaks.data() + skip, 2 - skip);
-            text.append(Indent(), ' ');
+            Put(kBreaks.substr(skip, length - skip));
+            return;
+        }
+        Put(kBreaks.substr(skip, 2 - skip));
+        for (std::size_t blank = 0; blank < Indent(); ++blank) {
+            Put(' ');
         }
     }
 
     void Open(char bracket, bool isObject) {
         BeginValue();
-        text += bracket;
+        Put(bracket);
         levels.push_back({isObject, true});
     }
 
@@ -203,12 +245,45 @@ private:
         if (!isEmpty) {
             BreakLine(1);
         }
-        text += bracket;
+        Put(bracket);
     }
 
-    void Dump(const nlohmann::json& value) { serializer.dump(value, true, false, kIndentStep, Indent()); }
+    template <typename Number>
+    void PutDigits(Number number) {
+        std::array<char, 24> digits;
+        const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+        Put(std::string_view(digits.data(), static_cast<std::size_t>(result.ptr - digits.data())));
+    }
+
+    // The text so far is text[0, written); what lies beyond is room, written over next.
+    void MakeRoom(std::size_t size) {
+        if (text.size() - written < size) {
+            text.resize(written + std::max(size, kRoomStep));
+        }
+    }
+    void PutInRoom(std::string_view piece) {
+        std::memcpy(text.data() + written, piece.data(), piece.size());
+        written += piece.size();
+    }
+    void PutInRoom(char character) { text[written++] = character; }
+    void Put(std::string_view piece) {
+        MakeRoom(piece.size());
+        PutInRoom(piece);
+    }
+    void Put(char character) {
+        MakeRoom(1);
+        PutInRoom(character);
+    }
+
+    // The library's serializer appends to the string itself, so the room is given up first.
+    void Dump(const nlohmann::json& value) {
+        text.resize(written);
+        serializer.dump(value, true, false, kIndentStep, Indent());
+        written = text.size();
+    }
 
     std::string text;
+    std::size_t written = 0;
     nlohmann::detail::serializer<nlohmann::json> serializer;  // appends to `text`, so declared after it
     std::vector<Level> levels;
     std::string_view pendingKey;

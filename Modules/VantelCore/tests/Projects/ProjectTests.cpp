@@ -14,8 +14,11 @@
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/GraphInputsOperator.h>
 #include <Vantel/Operators/GraphOutputsOperator.h>
+#include <Vantel/Parameters/BoolParameter.h>
 #include <Vantel/Parameters/FloatParameter.h>
+#include <Vantel/Parameters/IntParameter.h>
 #include <Vantel/Parameters/ParameterGroup.h>
+#include <Vantel/Parameters/StringParameter.h>
 #include <Vantel/Parameters/VectorParameter.h>
 #include <Vantel/Projects/Deserialization.h>
 #include <Vantel/Projects/Project.h>
@@ -145,6 +148,17 @@ TEST(Project, SaveLoadSaveGivesTheSameBytesAndBrokenTextLeavesTheFileAlone) {
         dynamic_cast<FloatParameter*>(scene.nested.AddUserParameter(FloatParameter::Type(), false));
     ASSERT_NE(negativeZero, nullptr);
     negativeZero->SetValue(-0.0);
+    // Each kind of stored value, printed by the writer itself or handed to the library: whole numbers at the
+    // end of their range, flags, text to escape, vectors.
+    auto* whole = dynamic_cast<IntParameter*>(scene.nested.AddUserParameter(IntParameter::Type(), false));
+    auto* flag = dynamic_cast<BoolParameter*>(scene.nested.AddUserParameter(BoolParameter::Type(), false));
+    auto* text =
+        dynamic_cast<StringParameter*>(scene.nested.AddUserParameter(StringParameter::Type(), false));
+    ASSERT_TRUE(whole != nullptr && flag != nullptr && text != nullptr);
+    whole->SetValue(std::numeric_limits<std::int64_t>::min());
+    flag->SetValue(true);
+    text->SetValue("say \"hi\"\n");
+    ASSERT_NE(scene.nested.AddUserParameter(Vector3Parameter::Type(), false), nullptr);
     scene.adder.SetPosition(
         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
     scene.mirror.SetPosition({-std::numeric_limits<float>::infinity(), 1.0f});
