@@ -159,6 +159,11 @@ TEST(Project, SaveLoadSaveGivesTheSameBytesAndBrokenTextLeavesTheFileAlone) {
     flag->SetValue(true);
     text->SetValue("say \"hi\"\n");
     ASSERT_NE(scene.nested.AddUserParameter(Vector3Parameter::Type(), false), nullptr);
+    // Deep enough that the indent outgrows the writer's ready-made blanks.
+    Graph* deep = &scene.nested;
+    for (int depth = 0; depth < 12; ++depth) {
+        deep = &Add<Graph>(*deep);
+    }
     scene.adder.SetPosition(
         {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()});
     scene.mirror.SetPosition({-std::numeric_limits<float>::infinity(), 1.0f});
