@@ -42,7 +42,6 @@ public:
     }
 
     void String(std::string_view text) { Add(text); }
-    void String(std::string&& text) { Add(std::move(text)); }
     void Float(double number) { Add(number); }
     void Integer(std::int64_t number) { Add(number); }
     void Boolean(bool flag) { Add(flag); }
@@ -120,11 +119,11 @@ public:
     }
     // As the library's serializer prints a number: no JSON number is NaN or infinite, so those are null.
     void Float(double number) {
-        BeginValue();
         if (!std::isfinite(number)) {
-            Put("null");
+            Null();
             return;
         }
+        BeginValue();
         std::array<char, 64> digits;
         const char* end = nlohmann::detail::to_chars(digits.data(), digits.data() + digits.size(), number);
         Put(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
