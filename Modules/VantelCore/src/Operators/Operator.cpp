@@ -124,6 +124,7 @@ void Operator::Implementation::RebuildDataInputsIfNeeded() {
     }
     constFlatInputs.assign(flatInputs.begin(), flatInputs.end());
     flatInputsStale = false;
+    soleInput = flatInputs.size() == 1 ? Access::GetImplementation(*flatInputs.front()).get() : nullptr;
 }
 
 void Operator::Implementation::NoteOutputsChanged() {
@@ -148,7 +149,7 @@ bool Operator::Implementation::DetachDataInput(DataInput* input, std::unique_ptr
         graph->DisconnectDataInput(*input);
     }
     inputSlots.erase(inputSlots.begin() + static_cast<std::ptrdiff_t>(slot));
-    flatInputsStale = true;
+    NoteInputsChanged();
     Access::GetImplementation(*input)->SetOperator(nullptr);
     ReleaseOwnership(ownedInputs, input, owned);
     return true;
@@ -175,7 +176,7 @@ void Operator::Implementation::AddDataInputList(DataInputList& list, std::string
     }
     SettleChildKey(list, name.empty() ? std::string_view("Inputs") : name);
     inputSlots.emplace_back(&list);
-    flatInputsStale = true;
+    NoteInputsChanged();
     markedMembers |= kInputs;
 }
 
@@ -183,7 +184,7 @@ void Operator::Implementation::RemoveDataInputList(DataInputList& list) {
     const std::size_t slot = IndexIn(inputSlots, DataInputSlot(&list));
     if (slot != ParameterNode::npos) {
         inputSlots.erase(inputSlots.begin() + static_cast<std::ptrdiff_t>(slot));
-        flatInputsStale = true;
+        NoteInputsChanged();
     }
 }
 
@@ -379,7 +380,7 @@ bool Operator::InsertDataInput(DataInput* input, std::size_t index) {
     std::vector<DataInputSlot>& slots = implementation->inputSlots;
     index = std::min(index, slots.size());
     slots.insert(slots.begin() + static_cast<std::ptrdiff_t>(index), input);
-    implementation->flatInputsStale = true;
+    implementation->NoteInputsChanged();
     implementation->markedMembers |= Implementation::kInputs;  // it may carry a mark
     if (input->IsAddedByUser()) {
         EditRecorder::DataInputAdded(*input, index);
@@ -419,7 +420,7 @@ bool Operator::MoveDataInput(DataInput* input, std::size_t index) {
         !MoveItem(implementation->inputSlots, DataInputSlot(input), index)) {
         return false;
     }
-    implementation->flatInputsStale = true;
+    implementation->NoteInputsChanged();
     implementation->dataPortsReorderedEvent.Fire();
     return true;
 }
@@ -514,9 +515,15 @@ bool Operator::Outdated() const {
         return true;
     }
     if (implementation->MayHaveMarkedMembers(Implementation::kInputs)) {
-        for (const DataInput* input : GetAllDataInputs()) {
-            if (input->HasDataChanged()) {
+        if (const DataInput::Implementation* sole = implementation->soleInput) {
+            if (sole->IsMarked()) {
                 return true;
+            }
+        } else {
+            for (const DataInput* input : GetAllDataInputs()) {
+                if (input->HasDataChanged()) {
+                    return true;
+                }
             }
         }
     }

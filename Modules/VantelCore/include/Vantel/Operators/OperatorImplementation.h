@@ -15,6 +15,7 @@
 #include <Vantel/Export.h>
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/Event.h>
+#include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterRootGroup.h>
@@ -59,7 +60,7 @@ public:
     void RebuildDataOutputsIfNeeded();
     // Set when a list's inputs changed: the flat input list is rebuilt on its next use.
     void MarkDataInputsChanged() {
-        flatInputsStale = true;
+        NoteInputsChanged();
         markedMembers |= kInputs;
     }
     // Takes the input out of its slot, disconnected, and clears its operator; when the operator owned it, the
@@ -140,20 +141,29 @@ private:
     void ClearMarkedMembers();
     void ReleaseOwnedPorts();
     void NoteOutputsChanged();
+    // The flat input list must be rebuilt, and until it is the sole input is not known.
+    void NoteInputsChanged() {
+        flatInputsStale = true;
+        soleInput = nullptr;
+    }
 
     Operator& owner;
     // What every frame reads, together in the block's first cache line (the block starts on one): the marks,
-    // the graph to recurse into, and the output to hand on.
+    // the graph to recurse into, the input whose change makes the operator run and the output to hand on.
     bool dirty = false;
     bool structureDirty = false;
     bool updatingStructure = false;
     bool projectRoot = false;
     // MemberKind bits.
     std::uint8_t markedMembers = kAllMembers;
+    bool flatInputsStale = true;
     Graph* asGraph = nullptr;
     std::uint64_t markEpoch = 1;
     unsigned long long lastRunFrame = 0;
     const DataOutput::Implementation* soleOutput = nullptr;
+    // The block of the operator's one input while the flat input list is fresh and holds exactly one (most
+    // operators), else null: a frame asks it whether the input changed without the list.
+    const DataInput::Implementation* soleInput = nullptr;
     std::vector<DataOutput*> outputs;
     std::string name;
     glm::vec2 position{0.0f, 0.0f};
@@ -163,7 +173,6 @@ private:
     std::vector<std::unique_ptr<DataOutput>> ownedOutputs;
     std::vector<DataInput*> flatInputs;
     std::vector<const DataInput*> constFlatInputs;
-    bool flatInputsStale = true;
     std::vector<const DataOutput*> constOutputs;
     bool constOutputsStale = true;
     std::vector<Parameter*> flatParameters;
