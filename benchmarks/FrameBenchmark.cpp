@@ -75,7 +75,9 @@ public:
     double GetFirstFrameDuration() const override { return 1.0 / 60.0; }
 };
 
-enum class Shape { Chain, FanOut };
+// Driven: no data connections; the source's Amplitude drives every other operator's Offset through a
+// parameter connection, so that each of them runs because a parameter changed.
+enum class Shape { Chain, FanOut, Driven };
 
 constexpr int kInputsPerProcess = 1;
 constexpr int kParametersPerOperator = 3;
@@ -95,8 +97,15 @@ struct FrameGraph {
         }
         // Wired from the far end, so that each cycle check finds a producer without feeders.
         for (int i = count - 1; i >= 1; --i) {
+            ProcessOperator& process = *processes[i - 1];
+            if (shape == Shape::Driven) {
+                graph.AddParameterConnection(
+                    {&source->amplitude, &process.offset, WholeValueLinks(source->amplitude, process.offset)},
+                    false);
+                continue;
+            }
             DataOutput& from = shape == Shape::FanOut || i == 1 ? source->out : processes[i - 2]->out;
-            graph.AddDataConnection({&from, &processes[i - 1]->in});
+            graph.AddDataConnection({&from, &process.in});
         }
         runner.SetGraph(&graph);
         runner.WaitForTick();
@@ -183,6 +192,13 @@ void Idle(benchmark::State& state, Shape shape, int count) {
 void OneSourceChanged(benchmark::State& state, Shape shape, int count) {
     double phase = 0.0;
     RunFrames(state, shape, count, [&phase](FrameGraph& g) { g.source->phase.SetValue(phase += 1.0); });
+}
+
+// The source's Amplitude changes, and through its connections every other operator's Offset.
+void OneParameterChanged(benchmark::State& state, Shape shape, int count) {
+    double amplitude = 1.0;
+    RunFrames(state, shape, count,
+              [&amplitude](FrameGraph& g) { g.source->amplitude.SetValue(amplitude += 1.0); });
 }
 
 // Marking costs a store per operator and is timed with the frame.
@@ -410,6 +426,11 @@ void RegisterAll() {
                 benchmark::RegisterBenchmark(name.c_str(), run, shape, count)->Unit(benchmark::kMicrosecond);
             }
         }
+    }
+    for (int count : {1000, 10000, 100000}) {
+        const std::string name = "Frame/Driven/OneParameterChanged/" + std::to_string(count);
+        benchmark::RegisterBenchmark(name.c_str(), OneParameterChanged, Shape::Driven, count)
+            ->Unit(benchmark::kMicrosecond);
     }
 }
 
