@@ -144,6 +144,9 @@ const ParameterData& Parameter::GetData() const {
 }
 
 bool Parameter::HasNumericComponents() const {
+    if (BuildsNumericData()) {
+        return true;
+    }
     const ParameterData::Type type = GetData().GetType();
     return type == ParameterData::Type::Floats || type == ParameterData::Type::Ints;
 }
@@ -209,6 +212,10 @@ Object* Parameter::FindChildImplementation(std::string_view) {
 
 ParameterData Parameter::BuildData() const {
     return ParameterData();
+}
+
+bool Parameter::BuildsNumericData() const {
+    return false;
 }
 
 void Parameter::MarkChanged(nlohmann::json previousValue) {

@@ -175,6 +175,18 @@ TEST(ValueParameters, EveryTypeTakesEveryOtherTypesData) {
               "[Warning] EnumParameter '/': '{\"k\":[1,2]}' is not one of the choices.\n");
 }
 
+// A connection hands a value on component by component exactly when the target has numeric components, which
+// a type may state without describing its value: the statement must match the description.
+TEST(ValueParameters, NumericComponentsMatchWhatTheDataDescribes) {
+    for (const Make& make : Targets()) {
+        const std::unique_ptr<Parameter> parameter = make();
+        const ParameterData::Type type = parameter->GetData().GetType();
+        EXPECT_EQ(parameter->HasNumericComponents(),
+                  type == ParameterData::Type::Floats || type == ParameterData::Type::Ints)
+            << parameter->GetType()->GetName();
+    }
+}
+
 TEST(ValueParameters, ComponentWritesRoundAndIgnoreForeignComponents) {
     constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     {

@@ -56,6 +56,7 @@ public:
 
 private:
     ParameterData BuildData() const override;
+    bool BuildsNumericData() const override { return true; }
 
     class Implementation;
     std::unique_ptr<Implementation> implementation;

@@ -93,6 +93,9 @@ protected:
     Object* FindChildImplementation(std::string_view key) override;
     // Describes the current value; the base gives the empty value.
     virtual ParameterData BuildData() const;
+    // True when BuildData always gives Floats or Ints data, so that HasNumericComponents knows it without
+    // building the description (a frame asks it of every parameter that a connection drives).
+    virtual bool BuildsNumericData() const;
 
     // Records the whole-value change (previousValue is null when nothing records), marks and notifies.
     void MarkChanged(nlohmann::json previousValue);
