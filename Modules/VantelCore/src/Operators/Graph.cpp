@@ -128,7 +128,18 @@ void PassOn(const Parameter& parameter) {
     }
 }
 
-void HandOnValues(Operator& op) {
+// Only operators with a parameter that drives another have anything to hand on; when one parameter alone was
+// marked, only it can have changed.
+void HandOnValues(Operator& op, const Operator::Implementation& state) {
+    if (!state.MayDriveParameters()) {
+        return;
+    }
+    if (const Parameter* marked = state.MarkedParameter()) {
+        if (marked->HasValueChanged()) {
+            PassOn(*marked);
+        }
+        return;
+    }
     for (Parameter* parameter : op.GetAllParameters()) {
         if (parameter->HasValueChanged()) {
             PassOn(*parameter);
@@ -639,6 +650,7 @@ bool Graph::AddParameterConnection(const ParameterConnection& connection, bool r
     }
     Access::GetImplementation(*added.target)->AddIncomingConnection(added);
     Access::GetImplementation(*added.source)->AddOutgoingConnection(added);
+    Access::GetImplementation(*added.source->GetOperator())->NoteDrivesParameters();
     implementation->parameterConnections[added.GetEndpoints()] = added.links;
     implementation->orderDirty = true;
     implementation->NoteConnection(added.source->GetOperator(), added.target->GetOperator());
@@ -751,7 +763,7 @@ void Graph::Execute(ExecutionContext& context) {
                 HandOnData(state);
             }
             if (state.MayHaveMarkedMembers(Operator::Implementation::kParameters)) {
-                HandOnValues(*op);
+                HandOnValues(*op, state);
             }
         }
     }

@@ -236,6 +236,8 @@ void Operator::Implementation::RebuildFlatParametersIfNeeded() {
 void Operator::Implementation::MarkParameterTreeChanged() {
     flatParametersStale = true;
     markedMembers |= kParameters;  // a parameter that joins may carry a mark
+    markedParameter = nullptr;
+    ForgetOutdatingParameterMark();  // the one that carried it may have left
 }
 
 void Operator::Implementation::SettleChildKey(Object& child, std::string_view base) {
@@ -275,11 +277,14 @@ void Operator::Implementation::ClearMarkedMembers() {
     if ((markedMembers & (kInputs | kOutputs)) != 0) {
         ++markEpoch;  // unmarks every port at once, without a visit to each
     }
-    if ((markedMembers & kParameters) != 0) {
+    if (markedParameter != nullptr) {
+        Access::GetImplementation(*markedParameter)->ClearValueChanged();
+    } else if ((markedMembers & kParameters) != 0) {
         for (Parameter* parameter : owner.GetAllParameters()) {
             Access::GetImplementation(*parameter)->ClearValueChanged();
         }
     }
+    markedParameter = nullptr;
     markedMembers = 0;
 }
 
@@ -528,6 +533,9 @@ bool Operator::Outdated() const {
         }
     }
     if (implementation->MayHaveMarkedMembers(Implementation::kParameters)) {
+        if (implementation->MayHaveMarkedMembers(Implementation::kOutdatingParameter)) {
+            return true;
+        }
         for (const Parameter* parameter : GetAllParameters()) {
             if (parameter->HasValueChanged() && parameter->HasParameterFlag(ParameterFlag::MarksOutdated)) {
                 return true;

@@ -112,11 +112,20 @@ void Parameter::SetParameterFlag(ParameterFlag flag, bool on) {
         return;
     }
     implementation->flags.Set(flag, on);
+    ForgetOperatorsOutdatingMark();
 }
 
 void Parameter::SetTransient() {
     implementation->flags.Set(ParameterFlag::NotSaved | ParameterFlag::NotUndoable, true);
     implementation->flags.Set(ParameterFlag::MarksOutdated, false);
+    ForgetOperatorsOutdatingMark();
+}
+
+// The operator's note that a marked parameter makes it outdated may no longer hold once a flag changed.
+void Parameter::ForgetOperatorsOutdatingMark() {
+    if (Operator* op = GetOperator()) {
+        Access::GetImplementation(*op)->ForgetOutdatingParameterMark();
+    }
 }
 
 UpdatePolicy Parameter::GetUpdatePolicy() const {
@@ -235,7 +244,7 @@ void Parameter::MarkDirty() {
     implementation->dataInvalid = true;
     if (Operator* op = GetOperator()) {
         Operator::Implementation& opImplementation = *Access::GetImplementation(*op);
-        opImplementation.NoteMembersMarked(Operator::Implementation::kParameters);
+        opImplementation.NoteParameterMarked(*this, HasParameterFlag(ParameterFlag::MarksOutdated));
         if (HasParameterFlag(ParameterFlag::Structural)) {
             opImplementation.MarkStructureDirty();
         }

@@ -93,6 +93,43 @@ TEST(Runner, FramesRunWhatIsOutdatedCountItAndLeaveNoMarksOrRecords) {
     EXPECT_EQ(runner.GetOperatorsRun(), 8u);
 }
 
+// A changed parameter makes its operator run only while its flag says so when the frame looks; a value
+// driven through a connection makes the target run; every mark lasts one frame.
+TEST(Runner, ParameterMarksFollowTheirFlagAndLastOneFrame) {
+    Graph graph;
+    SourceOperator& source = Add<SourceOperator>(graph);
+    AddOperator& driven = Add<AddOperator>(graph);
+    AddOperator& other = Add<AddOperator>(graph);
+    ASSERT_TRUE(graph.AddParameterConnection(
+        {&source.value, &driven.offset, WholeValueLinks(source.value, driven.offset)}, false));
+    Runner runner(std::make_unique<FixedClock>(0.5));
+    runner.SetGraph(&graph);
+    runner.WaitForTick();
+    runner.Execute();
+    const int sourceRuns = source.runs;
+    const int drivenRuns = driven.runs;
+    const int otherRuns = other.runs;
+
+    other.offset.SetValue(4.0);
+    other.offset.SetParameterFlag(ParameterFlag::MarksOutdated, false);
+    runner.Execute();
+    EXPECT_EQ(other.runs, otherRuns);
+    EXPECT_FALSE(other.offset.HasValueChanged());
+    other.offset.SetParameterFlag(ParameterFlag::MarksOutdated, true);
+
+    source.value.SetValue(2.0);
+    runner.Execute();
+    EXPECT_EQ(source.runs, sourceRuns + 1);
+    EXPECT_EQ(driven.runs, drivenRuns + 1);
+    EXPECT_EQ(driven.result.Value(), 2.0);
+    EXPECT_FALSE(source.value.HasValueChanged());
+    EXPECT_FALSE(driven.offset.HasValueChanged());
+    runner.Execute();  // nothing changed: nothing runs
+    EXPECT_EQ(source.runs, sourceRuns + 1);
+    EXPECT_EQ(driven.runs, drivenRuns + 1);
+    EXPECT_EQ(other.runs, otherRuns);
+}
+
 // Only the second output changes: the unchanged first must not keep it from being handed on.
 class SecondOutputOperator : public Operator {
 public:
@@ -119,6 +156,7 @@ TEST(Runner, ChangedOutputsAndMembersThatJoinWithAMarkAreSeenAndCleared) {
     EXPECT_EQ(behindSecond.result.Value(), 3.0);  // every changed output is handed on
     ASSERT_FALSE(op.Outdated());
 
+    op.offset.SetValue(0.5);  // marked alone until the extra parameter joins with a mark of its own
     auto parameter = std::make_unique<NumberParameter>(nullptr, "Extra");
     parameter->SetValue(1.0);
     NumberParameter& parameterRef = *parameter;
@@ -127,6 +165,12 @@ TEST(Runner, ChangedOutputsAndMembersThatJoinWithAMarkAreSeenAndCleared) {
     runner.Execute();
     EXPECT_EQ(op.runs, 2);
     EXPECT_FALSE(parameterRef.HasValueChanged());
+
+    // A parameter marked alone and then removed (and destroyed) leaves nothing to run for or to clear.
+    parameterRef.SetValue(3.0);
+    ASSERT_TRUE(op.RemoveParameter(&parameterRef));
+    runner.Execute();
+    EXPECT_EQ(op.runs, 2);
 
     auto input = std::make_unique<DataInput>();
     input->Receive(std::make_shared<NumberData>(1.0));

@@ -108,12 +108,41 @@ public:
         kOutputs = 2,
         kParameters = 4,
         kHandedOn = kOutputs | kParameters,
-        kAllMembers = 7
+        kAllMembers = 7,
+        // Not a kind but a certainty beside kParameters: a parameter that marks the operator outdated carries
+        // a mark. Set only as such a parameter is marked; forgotten when the parameter tree or a flag
+        // changes.
+        kOutdatingParameter = 8
     };
     // A port or parameter of this operator calls this as it sets its change mark; joining the operator counts
     // too. While a kind's bit stays clear, none of its members carries a mark, so a frame need not look at
     // them: an operator that only wrote its output is not searched for changed parameters.
-    void NoteMembersMarked(MemberKind kinds) { markedMembers |= kinds; }
+    void NoteMembersMarked(MemberKind kinds) {
+        if ((kinds & kParameters) != 0) {
+            markedParameter = nullptr;  // which parameter it was is not known
+        }
+        markedMembers |= kinds;
+    }
+    // A parameter of this operator calls this as it sets its change mark; `outdating` when the parameter
+    // marks the operator outdated. While one parameter alone was marked since the marks were last cleared, it
+    // is remembered, so that handing values on and clearing the marks visit it without the others.
+    void NoteParameterMarked(Parameter& parameter, bool outdating) {
+        if ((markedMembers & kParameters) == 0) {
+            markedParameter = &parameter;
+        } else if (markedParameter != &parameter) {
+            markedParameter = nullptr;
+        }
+        markedMembers |= outdating ? kParameters | kOutdatingParameter : kParameters;
+    }
+    // The one parameter marked since the marks were last cleared; null when none was, or several, or which is
+    // not known.
+    Parameter* MarkedParameter() const { return markedParameter; }
+    // Set as a parameter of this operator gets its first connection out, never cleared: while it is clear no
+    // parameter of the operator drives another, and a frame hands no value on.
+    void NoteDrivesParameters() { drivesParameters = true; }
+    bool MayDriveParameters() const { return drivesParameters; }
+    // A parameter flag changed: whether a marked parameter still marks the operator outdated is not known.
+    void ForgetOutdatingParameterMark() { markedMembers &= ~kOutdatingParameter; }
     bool MayHaveMarkedMembers(MemberKind kinds) const { return (markedMembers & kinds) != 0; }
     // Clears the change marks of every port and parameter (not the operator's own dirty mark), skipping the
     // kinds that carry none (inline: every frame asks this of every operator).
@@ -157,6 +186,7 @@ private:
     // MemberKind bits.
     std::uint8_t markedMembers = kAllMembers;
     bool flatInputsStale = true;
+    bool drivesParameters = false;
     Graph* asGraph = nullptr;
     std::uint64_t markEpoch = 1;
     unsigned long long lastRunFrame = 0;
@@ -164,6 +194,7 @@ private:
     // The block of the operator's one input while the flat input list is fresh and holds exactly one (most
     // operators), else null: a frame asks it whether the input changed without the list.
     const DataInput::Implementation* soleInput = nullptr;
+    Parameter* markedParameter = nullptr;
     std::vector<DataOutput*> outputs;
     std::string name;
     glm::vec2 position{0.0f, 0.0f};

@@ -111,6 +111,7 @@ protected:
 private:
     friend class Access;
     void Notify();
+    void ForgetOperatorsOutdatingMark();
 
     std::unique_ptr<Implementation> implementation;
 };
