@@ -26,6 +26,13 @@ bool RemoveConnection(std::vector<ParameterConnection>& connections, ParameterCo
     return true;
 }
 
+// The operator's note that a marked parameter makes it outdated may no longer hold once a flag changed.
+void ForgetOperatorsOutdatingMark(Parameter& parameter) {
+    if (Operator* op = parameter.GetOperator()) {
+        Access::GetImplementation(*op)->ForgetOutdatingParameterMark();
+    }
+}
+
 }  // namespace
 
 // ---- Parameter::Implementation ----
@@ -112,20 +119,13 @@ void Parameter::SetParameterFlag(ParameterFlag flag, bool on) {
         return;
     }
     implementation->flags.Set(flag, on);
-    ForgetOperatorsOutdatingMark();
+    ForgetOperatorsOutdatingMark(*this);
 }
 
 void Parameter::SetTransient() {
     implementation->flags.Set(ParameterFlag::NotSaved | ParameterFlag::NotUndoable, true);
     implementation->flags.Set(ParameterFlag::MarksOutdated, false);
-    ForgetOperatorsOutdatingMark();
-}
-
-// The operator's note that a marked parameter makes it outdated may no longer hold once a flag changed.
-void Parameter::ForgetOperatorsOutdatingMark() {
-    if (Operator* op = GetOperator()) {
-        Access::GetImplementation(*op)->ForgetOutdatingParameterMark();
-    }
+    ForgetOperatorsOutdatingMark(*this);
 }
 
 UpdatePolicy Parameter::GetUpdatePolicy() const {

@@ -111,7 +111,6 @@ protected:
 private:
     friend class Access;
     void Notify();
-    void ForgetOperatorsOutdatingMark();
 
     std::unique_ptr<Implementation> implementation;
 };
