@@ -5,6 +5,7 @@
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataInputListImplementation.h>
 #include <Vantel/Operators/DataPortImplementation.h>
@@ -28,9 +29,9 @@ thread_local int structureRebuildDepth = 0;
 
 void CollectParameters(ParameterGroup& group, std::vector<Parameter*>& parameters) {
     for (ParameterNode* child : group.GetChildren()) {
-        if (auto* parameter = dynamic_cast<Parameter*>(child)) {
+        if (auto* parameter = ObjectCast<Parameter>(child)) {
             parameters.push_back(parameter);
-        } else if (auto* subgroup = dynamic_cast<ParameterGroup*>(child)) {
+        } else if (auto* subgroup = ObjectCast<ParameterGroup>(child)) {
             CollectParameters(*subgroup, parameters);
         }
     }

@@ -1,5 +1,6 @@
 #include <Vantel/Parameters/ParameterBundle.h>
 
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
@@ -22,7 +23,7 @@ ParameterBundle::~ParameterBundle() = default;
 VANTEL_DEFINE_OBJECT_TYPE_NO_FACTORY(ParameterBundle, ParameterGroup, "Vantel.ParameterBundle")
 
 ParameterBundleList* ParameterBundle::GetBundleList() const {
-    return dynamic_cast<ParameterBundleList*>(GetParent());
+    return ObjectCast<ParameterBundleList>(GetParent());
 }
 
 const std::string& ParameterBundle::GetKind() const {
@@ -71,7 +72,7 @@ std::vector<const Parameter*> ParameterBundle::GetParameters() const {
 
 // A parameter has no children, so it is never one of the bundle's ancestors: no cycle check is needed.
 bool ParameterBundle::AcceptsChild(const ParameterNode& node) {
-    return dynamic_cast<const Parameter*>(&node) != nullptr;
+    return ObjectCast<Parameter>(&node) != nullptr;
 }
 
 }  // namespace Vantel

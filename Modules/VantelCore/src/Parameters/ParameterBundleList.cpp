@@ -1,5 +1,6 @@
 #include <Vantel/Parameters/ParameterBundleList.h>
 
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterBundle.h>
@@ -125,11 +126,11 @@ void ParameterBundleList::SetBundlesNumbered(bool numbered) {
 // Bundles hold parameters only, so no bundle is one of the list's ancestors: no cycle check is needed.
 // A bundle of another group is refused by Insert, with the same error as in any group.
 bool ParameterBundleList::AcceptsChild(const ParameterNode& node) {
-    return dynamic_cast<const ParameterBundle*>(&node) != nullptr;
+    return ObjectCast<ParameterBundle>(&node) != nullptr;
 }
 
 void ParameterBundleList::ChildRemoving(ParameterNode* node) {
-    auto* bundle = dynamic_cast<ParameterBundle*>(node);
+    auto* bundle = ObjectCast<ParameterBundle>(node);
     if (bundle != nullptr && implementation->handlers.removing) {
         implementation->handlers.removing(*bundle);
     }

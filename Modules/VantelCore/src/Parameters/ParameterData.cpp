@@ -10,6 +10,7 @@
 #include <utility>
 
 #include <Vantel/Objects/Object.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/Parameter.h>
 
@@ -130,10 +131,10 @@ std::string JoinNumbers(const std::vector<T>& values) {
 
 // The name a reference shows: an operator's or a parameter's own name, any other object's key.
 std::string GetDisplayName(const Object& object) {
-    if (const auto* op = dynamic_cast<const Operator*>(&object)) {
+    if (const auto* op = ObjectCast<Operator>(&object)) {
         return op->GetName();
     }
-    if (const auto* parameter = dynamic_cast<const Parameter*>(&object)) {
+    if (const auto* parameter = ObjectCast<Parameter>(&object)) {
         return parameter->GetName();
     }
     return object.GetKey();

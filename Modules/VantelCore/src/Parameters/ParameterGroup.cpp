@@ -6,6 +6,7 @@
 
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Objects/KeySettling.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Ptr.h>
 #include <Vantel/Operators/Graph.h>
@@ -32,10 +33,10 @@ const std::string& EmptyLabel() {
 }
 
 std::string NameOf(const ParameterNode& node) {
-    if (const auto* parameter = dynamic_cast<const Parameter*>(&node)) {
+    if (const auto* parameter = ObjectCast<Parameter>(&node)) {
         return parameter->GetName();
     }
-    if (const auto* bundle = dynamic_cast<const ParameterBundle*>(&node)) {
+    if (const auto* bundle = ObjectCast<ParameterBundle>(&node)) {
         return bundle->GetName();
     }
     return "";
@@ -46,31 +47,31 @@ std::string KeyBase(const ParameterNode& node, const std::string& name) {
     if (!name.empty()) {
         return name;
     }
-    if (dynamic_cast<const Parameter*>(&node) != nullptr) {
+    if (ObjectCast<Parameter>(&node) != nullptr) {
         return "Parameter";
     }
-    return dynamic_cast<const ParameterBundle*>(&node) != nullptr ? "Bundle" : "Node";
+    return ObjectCast<ParameterBundle>(&node) != nullptr ? "Bundle" : "Node";
 }
 
 bool IsUserParameter(const ParameterNode& node) {
-    const auto* parameter = dynamic_cast<const Parameter*>(&node);
+    const auto* parameter = ObjectCast<Parameter>(&node);
     return parameter != nullptr && parameter->IsAddedByUser();
 }
 
 // Bundles and user-added parameters are what a user creates and removes, so only they are recorded.
 bool IsRecordedNode(const ParameterNode& node) {
-    if (dynamic_cast<const ParameterBundle*>(&node) != nullptr) {
+    if (ObjectCast<ParameterBundle>(&node) != nullptr) {
         return true;
     }
-    const auto* parameter = dynamic_cast<const Parameter*>(&node);
+    const auto* parameter = ObjectCast<Parameter>(&node);
     return parameter != nullptr && parameter->IsAddedByUser();
 }
 
 // A rebuild records the removal of the operator's own parameters too: undo replays the rebuild, which makes
 // them again with default values, and the record gives them theirs back.
 bool IsRecordedRemoval(const ParameterNode& node) {
-    return IsRecordedNode(node) || (dynamic_cast<const Parameter*>(&node) != nullptr &&
-                                    Operator::Implementation::IsRebuildingStructure());
+    return IsRecordedNode(node) ||
+           (ObjectCast<Parameter>(&node) != nullptr && Operator::Implementation::IsRebuildingStructure());
 }
 
 EditRecorder::PendingRemoval RemovalRecord(ParameterNode& node, std::size_t index) {
@@ -81,11 +82,11 @@ EditRecorder::PendingRemoval RemovalRecord(ParameterNode& node, std::size_t inde
 }
 
 void CollectSubtreeParameters(ParameterNode& node, std::vector<Parameter*>& parameters) {
-    if (auto* parameter = dynamic_cast<Parameter*>(&node)) {
+    if (auto* parameter = ObjectCast<Parameter>(&node)) {
         parameters.push_back(parameter);
         return;
     }
-    if (auto* group = dynamic_cast<ParameterGroup*>(&node)) {
+    if (auto* group = ObjectCast<ParameterGroup>(&node)) {
         for (ParameterNode* child : group->GetChildren()) {
             CollectSubtreeParameters(*child, parameters);
         }
@@ -353,7 +354,7 @@ ParameterNode* ParameterGroup::Find(std::string_view key) const {
 }
 
 Parameter* ParameterGroup::FindParameter(std::string_view key) const {
-    return dynamic_cast<Parameter*>(Find(key));
+    return ObjectCast<Parameter>(Find(key));
 }
 
 void ParameterGroup::MakeRow(const std::vector<ParameterNode*>& given, std::string_view label) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Parameters/ParameterBundle.h>
@@ -41,7 +42,7 @@ Operator* ParameterNode::GetOperator() const {
     // without parent needs to know whether it is a group (saving asks this of every connected parameter).
     const ParameterGroup* top = implementation->parent;
     if (top == nullptr) {
-        top = dynamic_cast<const ParameterGroup*>(this);
+        top = ObjectCast<ParameterGroup>(this);
         if (top == nullptr) {
             return nullptr;
         }
@@ -54,7 +55,7 @@ Operator* ParameterNode::GetOperator() const {
 
 ParameterBundle* ParameterNode::GetBundle() const {
     for (ParameterGroup* group = implementation->parent; group != nullptr; group = group->GetParent()) {
-        if (auto* bundle = dynamic_cast<ParameterBundle*>(group)) {
+        if (auto* bundle = ObjectCast<ParameterBundle>(group)) {
             return bundle;
         }
     }
@@ -65,7 +66,7 @@ Object* ParameterNode::GetParentObjectImplementation() {
     if (implementation->parent != nullptr) {
         return implementation->parent;
     }
-    if (auto* group = dynamic_cast<ParameterGroup*>(this)) {
+    if (auto* group = ObjectCast<ParameterGroup>(this)) {
         return group->GetOwningOperator();
     }
     return nullptr;

@@ -1,5 +1,6 @@
 #include <Vantel/Parameters/ParameterRootGroup.h>
 
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Parameters/Parameter.h>
 #include <Vantel/Parameters/ParameterBundleList.h>
@@ -14,8 +15,7 @@ VANTEL_DEFINE_OBJECT_TYPE(ParameterRootGroup, ParameterGroup, "Vantel.ParameterR
 
 // The root has no ancestors, so no cycle check is needed.
 bool ParameterRootGroup::AcceptsChild(const ParameterNode& node) {
-    return dynamic_cast<const Parameter*>(&node) != nullptr ||
-           dynamic_cast<const ParameterBundleList*>(&node) != nullptr;
+    return ObjectCast<Parameter>(&node) != nullptr || ObjectCast<ParameterBundleList>(&node) != nullptr;
 }
 
 }  // namespace Vantel

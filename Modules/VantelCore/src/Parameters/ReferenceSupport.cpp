@@ -5,6 +5,7 @@
 #include <optional>
 #include <variant>
 
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/Ptr.h>
@@ -28,7 +29,7 @@ Object* ParentOf(const Object& object) {
 
 const Operator* FindOwningOperator(const Object& object) {
     for (const Object* current = &object; current != nullptr; current = ParentOf(*current)) {
-        if (const auto* op = dynamic_cast<const Operator*>(current)) {
+        if (const auto* op = ObjectCast<Operator>(current)) {
             return op;
         }
     }
@@ -65,7 +66,7 @@ bool PassesScope(ObjectFilter::Scope scope, const Operator& owner, const Operato
 }
 
 bool PassesFlags(const ObjectFilter& filter, const Object& object) {
-    const auto* parameter = dynamic_cast<const Parameter*>(&object);
+    const auto* parameter = ObjectCast<Parameter>(&object);
     if (parameter == nullptr) {
         return true;
     }
@@ -91,13 +92,13 @@ Object* FindContext(const Parameter& parameter) {
     if (Graph* graph = op->GetGraph()) {
         return graph;
     }
-    return dynamic_cast<Graph*>(op);
+    return ObjectCast<Graph>(op);
 }
 
 template <typename Visit>
 void VisitNode(ParameterNode& node, Visit& visit) {
     visit(node);
-    if (auto* group = dynamic_cast<ParameterGroup*>(&node)) {
+    if (auto* group = ObjectCast<ParameterGroup>(&node)) {
         for (ParameterNode* child : group->GetChildren()) {
             VisitNode(*child, visit);
         }
@@ -126,7 +127,7 @@ void VisitOperator(Operator& op, Visit& visit) {
     for (ParameterNode* node : op.GetParameterGroup().GetChildren()) {
         VisitNode(*node, visit);
     }
-    if (auto* graph = dynamic_cast<Graph*>(&op)) {
+    if (auto* graph = ObjectCast<Graph>(&op)) {
         for (Operator* child : graph->GetOperators()) {
             VisitOperator(*child, visit);
         }
@@ -219,12 +220,12 @@ void ClearReferencesInto(Object& target) {
         if (IsAtOrBelow(&object, &target)) {
             return;  // goes along with the target, references and all
         }
-        if (auto* single = dynamic_cast<PtrParameter*>(&object)) {
+        if (auto* single = ObjectCast<PtrParameter>(&object)) {
             Object* referent = single->Value();
             if (IsAtOrBelow(referent, &target)) {
                 holders.emplace_back(single);
             }
-        } else if (auto* list = dynamic_cast<PtrListParameter*>(&object)) {
+        } else if (auto* list = ObjectCast<PtrListParameter>(&object)) {
             const std::vector<Object*> entries = list->Value();
             if (std::any_of(entries.begin(), entries.end(),
                             [&](const Object* entry) { return IsAtOrBelow(entry, &target); })) {
@@ -235,12 +236,12 @@ void ClearReferencesInto(Object& target) {
     VisitOperator(FindTopmostOperator(*op), visit);
 
     for (const Ptr<Parameter>& holder : holders) {
-        if (auto* single = dynamic_cast<PtrParameter*>(holder.Get())) {
+        if (auto* single = ObjectCast<PtrParameter>(holder.Get())) {
             Object* referent = single->Value();  // a listener may have changed it meanwhile
             if (IsAtOrBelow(referent, &target)) {
                 single->SetValue(nullptr);
             }
-        } else if (auto* list = dynamic_cast<PtrListParameter*>(holder.Get())) {
+        } else if (auto* list = ObjectCast<PtrListParameter>(holder.Get())) {
             list->RemoveReferencesTo(target);
         }
     }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Operators/ComponentLink.h>
 #include <Vantel/Operators/DataInput.h>
@@ -88,10 +89,10 @@ void DeserializeDataConnections(const json& connections, Graph& graph, Context& 
         std::string inputStorage;
         const std::string& outputText = Detail::StringField(entry, "output", outputStorage);
         const std::string& inputText = Detail::StringField(entry, "input", inputStorage);
-        auto* output = dynamic_cast<DataOutput*>(ResolveEndpoint(graph, outputText));
+        auto* output = ObjectCast<DataOutput>(ResolveEndpoint(graph, outputText));
         Object* target = ResolveEndpoint(graph, inputText);
-        auto* input = dynamic_cast<DataInput*>(target);
-        auto* list = dynamic_cast<DataInputList*>(target);
+        auto* input = ObjectCast<DataInput>(target);
+        auto* list = ObjectCast<DataInputList>(target);
         const auto drop = [&](std::string_view before, std::string_view after) {
             DropConnection(context, DroppedEntry::Kind::DataConnection, graph, outputText, inputText, before,
                            after);
@@ -123,8 +124,8 @@ void DeserializeParameterConnections(const json& connections, Graph& graph, Cont
             drop("DeserializeParameterConnections: connection '", "' has no links, it is dropped.");
             continue;
         }
-        auto* source = dynamic_cast<Parameter*>(ResolveEndpoint(graph, outputText));
-        auto* target = dynamic_cast<Parameter*>(ResolveEndpoint(graph, inputText));
+        auto* source = ObjectCast<Parameter>(ResolveEndpoint(graph, outputText));
+        auto* target = ObjectCast<Parameter>(ResolveEndpoint(graph, inputText));
         if (source == nullptr || target == nullptr) {
             drop("DeserializeParameterConnections: could not resolve connection '", "', it is dropped.");
             continue;

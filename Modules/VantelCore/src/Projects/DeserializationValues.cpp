@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Operators/Operator.h>
 #include <Vantel/Operators/OperatorImplementation.h>
 #include <Vantel/Parameters/Parameter.h>
@@ -34,7 +35,7 @@ ParameterNode* FindMember(ParameterGroup& scope, std::size_t index, const std::s
 
 void ApplyBundles(Operator& op, ParameterGroup& scope, std::size_t index, const json& entry, Context& context,
                   Detail::References references, std::vector<Detail::Unmatched>& unmatched) {
-    auto* list = dynamic_cast<ParameterBundleList*>(FindMember(scope, index, Detail::KeyOf(entry)));
+    auto* list = ObjectCast<ParameterBundleList>(FindMember(scope, index, Detail::KeyOf(entry)));
     if (list == nullptr) {
         unmatched.push_back({Ptr<ParameterGroup>(&scope), index, entry});
         return;
@@ -164,7 +165,7 @@ void ApplyEntry(Operator& op, ParameterGroup& scope, std::size_t index, const js
     if (value == entry.end()) {
         return;  // nothing stored, nothing to lose (outputs, derived members)
     }
-    auto* parameter = dynamic_cast<Parameter*>(FindMember(scope, index, KeyOf(entry)));
+    auto* parameter = ObjectCast<Parameter>(FindMember(scope, index, KeyOf(entry)));
     if (parameter == nullptr) {
         unmatched.push_back({Ptr<ParameterGroup>(&scope), index, entry});
         return;

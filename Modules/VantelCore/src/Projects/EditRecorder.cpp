@@ -6,6 +6,7 @@
 #include <utility>
 
 #include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Operators/DataConnection.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataOutput.h>
@@ -37,7 +38,7 @@ bool IsUndoable(Parameter& parameter) {
 }
 
 bool IsBundle(ParameterNode& node) {
-    return dynamic_cast<const ParameterBundle*>(&node) != nullptr;
+    return ObjectCast<ParameterBundle>(&node) != nullptr;
 }
 
 void RecordDataConnection(DataConnection connection, Presence presence) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include <Vantel/Objects/Access.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataInput.h>
 #include <Vantel/Operators/DataInputList.h>
@@ -198,9 +199,9 @@ void WriteBundle(Writer& writer, const ParameterBundle& bundle) {
 template <typename Writer>
 void WriteParameterNode(Writer& writer, const ParameterNode& node) {
     // Parameters are by far the most common node, and never groups.
-    if (const auto* parameter = dynamic_cast<const Parameter*>(&node)) {
+    if (const auto* parameter = ObjectCast<Parameter>(&node)) {
         WriteParameter(writer, *parameter);
-    } else if (const auto* list = dynamic_cast<const ParameterBundleList*>(&node)) {
+    } else if (const auto* list = ObjectCast<ParameterBundleList>(&node)) {
         writer.BeginObject();
         writer.Key("bundles");
         writer.BeginArray(list->GetBundles().size());
@@ -211,9 +212,9 @@ void WriteParameterNode(Writer& writer, const ParameterNode& node) {
         writer.Key("key");
         writer.String(list->GetKey());
         writer.EndObject();
-    } else if (const auto* bundle = dynamic_cast<const ParameterBundle*>(&node)) {
+    } else if (const auto* bundle = ObjectCast<ParameterBundle>(&node)) {
         WriteBundle(writer, *bundle);
-    } else if (const auto* group = dynamic_cast<const ParameterGroup*>(&node)) {
+    } else if (const auto* group = ObjectCast<ParameterGroup>(&node)) {
         WriteParameterScope(writer, *group);
     } else {
         writer.Null();
@@ -233,7 +234,7 @@ template <typename Writer>
 void WriteOwnStructure(Writer& writer, const Operator& op) {
     writer.BeginArray(0);
     for (const ParameterNode* child : op.GetParameterGroup().GetChildren()) {
-        const auto* parameter = dynamic_cast<const Parameter*>(child);
+        const auto* parameter = ObjectCast<Parameter>(child);
         if (parameter != nullptr && parameter->IsAddedByUser()) {
             WriteParameter(writer, *parameter);
         }
@@ -348,7 +349,7 @@ void WriteCoordinate(Writer& writer, float coordinate) {
 
 template <typename Writer>
 void WriteOperator(Writer& writer, const Operator& op) {
-    const auto* graph = dynamic_cast<const Graph*>(&op);
+    const auto* graph = ObjectCast<Graph>(&op);
     writer.BeginObject();
     if (graph != nullptr && !graph->GetDataConnections().empty()) {
         writer.Key("dataConnections");
@@ -404,7 +405,7 @@ std::size_t EstimateTextSize(const Operator& op) {
     constexpr std::size_t kParameterBytes = 192;
     constexpr std::size_t kConnectionBytes = 256;
     std::size_t size = kOperatorBytes + kParameterBytes * op.GetParameterGroup().GetChildren().size();
-    if (const auto* graph = dynamic_cast<const Graph*>(&op)) {
+    if (const auto* graph = ObjectCast<Graph>(&op)) {
         size +=
             kConnectionBytes * (graph->GetDataConnections().size() + graph->GetParameterConnections().size());
         for (const Operator* child : graph->GetOperators()) {

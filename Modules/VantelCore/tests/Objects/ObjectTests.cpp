@@ -11,9 +11,15 @@
 #include <Vantel/Objects/Event.h>
 #include <Vantel/Objects/KeySettling.h>
 #include <Vantel/Objects/Object.h>
+#include <Vantel/Objects/ObjectCast.h>
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/Path.h>
 #include <Vantel/Objects/Ptr.h>
+#include <Vantel/Operators/DataInput.h>
+#include <Vantel/Operators/DataOutput.h>
+#include <Vantel/Operators/Graph.h>
+#include <Vantel/Parameters/FloatParameter.h>
+#include <Vantel/Parameters/ParameterRootGroup.h>
 
 #include "Support/LogCapture.h"
 
@@ -321,6 +327,46 @@ TEST(GenerateKey, MakesBracketedBase36KeysThatTheCallerAcceptsOnEveryThread) {
     std::thread([&] { other = GenerateKey("T", any); }).join();
     EXPECT_GT(keys.size(), 45u);  // 36^3 candidates: collisions are rare, repetition would be a bug
     EXPECT_EQ(other.substr(0, 3), "T [");
+}
+
+// A plug-in's class may declare no type of its own: it is cast as its nearest typed base.
+class UntypedParameter : public FloatParameter {
+public:
+    explicit UntypedParameter(Operator* op) : FloatParameter(op, "Untyped", 0.0) {}
+};
+
+class CastOperator : public Operator {
+public:
+    VANTEL_OBJECT_TYPE(CastOperator, Operator, "Vantel.Test.CastOperator");
+    FloatParameter plain{this, "Plain", 0.0};
+    UntypedParameter untyped{this};
+    DataInput in{this, "In"};
+    DataOutput out{this, "Out"};
+};
+
+template <typename T>
+void ExpectCastsAgree(const std::vector<Object*>& objects) {
+    for (Object* object : objects) {
+        const Object* constant = object;
+        EXPECT_EQ(ObjectCast<T>(object), dynamic_cast<T*>(object)) << T::Type()->GetName();
+        EXPECT_EQ(ObjectCast<T>(constant), dynamic_cast<const T*>(constant)) << T::Type()->GetName();
+    }
+}
+
+TEST(ObjectCast, AgreesWithDynamicCast) {
+    CastOperator op;
+    Graph graph;
+    Node node("Node");
+    const std::vector<Object*> objects{
+        &op, &graph, &node, &op.plain, &op.untyped, &op.in, &op.out, &op.GetParameterGroup(), nullptr};
+    ExpectCastsAgree<Operator>(objects);
+    ExpectCastsAgree<Graph>(objects);
+    ExpectCastsAgree<Parameter>(objects);
+    ExpectCastsAgree<FloatParameter>(objects);
+    ExpectCastsAgree<ParameterGroup>(objects);
+    ExpectCastsAgree<DataInput>(objects);
+    ExpectCastsAgree<DataOutput>(objects);
+    ExpectCastsAgree<Node>(objects);
 }
 
 }  // namespace
