@@ -73,17 +73,17 @@ bool HasFeeders(const Operator& op) {
     return fed;
 }
 
+// Components are read one by one, so that a numeric source that changes every frame is not described anew.
 void PassValue(const Parameter& source, Parameter& target, const std::vector<ComponentLink>& links) {
-    const ParameterData& value = source.GetData();
     if (target.HasNumericComponents()) {
         for (const ComponentLink& link : links) {
-            target.SetComponent(link.target, value.GetFloat(static_cast<std::size_t>(link.source)));
+            target.SetComponent(link.target, source.GetComponent(link.source));
         }
     } else if (source.HasNumericComponents()) {
-        const std::size_t component = links.empty() ? 0 : static_cast<std::size_t>(links.front().source);
-        target.SetFromData(ParameterData(std::vector<double>{value.GetFloat(component)}));
+        const int component = links.empty() ? 0 : links.front().source;
+        target.SetFromData(ParameterData(std::vector<double>{source.GetComponent(component)}));
     } else {
-        target.SetFromData(value);
+        target.SetFromData(source.GetData());
     }
 }
 

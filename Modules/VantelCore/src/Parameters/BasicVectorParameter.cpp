@@ -136,6 +136,14 @@ int BasicVectorParameter<Scalar, N>::GetComponentCount() const {
 }
 
 template <typename Scalar, int N>
+double BasicVectorParameter<Scalar, N>::GetComponent(int component) const {
+    if (component < 0 || component >= N) {
+        return 0.0;
+    }
+    return static_cast<double>(implementation->value[component]);
+}
+
+template <typename Scalar, int N>
 void BasicVectorParameter<Scalar, N>::SetComponent(int component, double value) {
     if (component < 0 || component >= N) {
         return;

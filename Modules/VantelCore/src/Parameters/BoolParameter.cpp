@@ -59,6 +59,10 @@ int BoolParameter::GetComponentCount() const {
     return 1;
 }
 
+double BoolParameter::GetComponent(int component) const {
+    return component == 0 && implementation->value ? 1.0 : 0.0;
+}
+
 void BoolParameter::SetComponent(int component, double value) {
     if (component != 0) {
         return;

@@ -99,6 +99,13 @@ int ColorParameter::GetComponentCount() const {
     return kComponentCount;
 }
 
+double ColorParameter::GetComponent(int component) const {
+    if (component < 0 || component >= kComponentCount) {
+        return 0.0;
+    }
+    return implementation->value.*kComponents[component];
+}
+
 void ColorParameter::SetComponent(int component, double value) {
     if (component < 0 || component >= kComponentCount) {
         return;

@@ -60,6 +60,10 @@ int FloatParameter::GetComponentCount() const {
     return 1;
 }
 
+double FloatParameter::GetComponent(int component) const {
+    return component == 0 ? implementation->value : 0.0;
+}
+
 void FloatParameter::SetComponent(int component, double value) {
     if (component != 0) {
         return;

@@ -67,6 +67,10 @@ int IntParameter::GetComponentCount() const {
     return 1;
 }
 
+double IntParameter::GetComponent(int component) const {
+    return component == 0 ? static_cast<double>(implementation->value) : 0.0;
+}
+
 void IntParameter::SetComponent(int component, double value) {
     if (component != 0) {
         return;

@@ -213,6 +213,10 @@ int Parameter::GetComponentCount() const {
     return 1;
 }
 
+double Parameter::GetComponent(int component) const {
+    return component < 0 ? 0.0 : GetData().GetFloat(static_cast<std::size_t>(component));
+}
+
 void Parameter::SetComponent(int, double) {}
 
 Object* Parameter::FindChildImplementation(std::string_view) {

@@ -180,10 +180,16 @@ TEST(ValueParameters, EveryTypeTakesEveryOtherTypesData) {
 TEST(ValueParameters, NumericComponentsMatchWhatTheDataDescribes) {
     for (const Make& make : Targets()) {
         const std::unique_ptr<Parameter> parameter = make();
-        const ParameterData::Type type = parameter->GetData().GetType();
+        SCOPED_TRACE(parameter->GetType()->GetName());
+        const ParameterData& data = parameter->GetData();
+        const ParameterData::Type type = data.GetType();
         EXPECT_EQ(parameter->HasNumericComponents(),
-                  type == ParameterData::Type::Floats || type == ParameterData::Type::Ints)
-            << parameter->GetType()->GetName();
+                  type == ParameterData::Type::Floats || type == ParameterData::Type::Ints);
+        // Read straight from the value, one past each end included.
+        for (int component = -1; component <= parameter->GetComponentCount(); ++component) {
+            const double expected = component < 0 ? 0.0 : data.GetFloat(static_cast<std::size_t>(component));
+            EXPECT_EQ(parameter->GetComponent(component), expected) << component;
+        }
     }
 }
 

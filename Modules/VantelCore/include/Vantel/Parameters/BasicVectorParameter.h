@@ -57,6 +57,7 @@ public:
     // <type>" (for integer vectors a boolean too).
     void DeserializeValue(const nlohmann::json& value) override;
     int GetComponentCount() const override;
+    double GetComponent(int component) const override;
     // Ignored outside 0 to N - 1. An integer vector rounds `value` to the nearest integer, halves away from
     // zero, saturated at the 32-bit range (NaN gives 0). Records only this component, old and new as floats.
     void SetComponent(int component, double value) override;

@@ -43,6 +43,7 @@ public:
     // Throws type error 302 "type must be boolean, but is <type>" for anything but a JSON boolean.
     void DeserializeValue(const nlohmann::json& value) override;
     int GetComponentCount() const override;
+    double GetComponent(int component) const override;
     // Component 0 only: on when `value` is not 0.0, so 0.7 switches it on.
     void SetComponent(int component, double value) override;
 

@@ -51,6 +51,7 @@ public:
     // black.
     void DeserializeValue(const nlohmann::json& value) override;
     int GetComponentCount() const override;
+    double GetComponent(int component) const override;
     // Ignored outside 0 to 3. Records only this component.
     void SetComponent(int component, double value) override;
 

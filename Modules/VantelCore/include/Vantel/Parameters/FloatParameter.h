@@ -42,6 +42,7 @@ public:
     // <type>".
     void DeserializeValue(const nlohmann::json& value) override;
     int GetComponentCount() const override;
+    double GetComponent(int component) const override;
     // Component 0 only, the value as it is.
     void SetComponent(int component, double value) override;
 

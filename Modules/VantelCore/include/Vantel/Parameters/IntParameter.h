@@ -53,6 +53,7 @@ public:
     // else, booleans included, throws type error 302 "type must be number, but is <type>".
     void DeserializeValue(const nlohmann::json& value) override;
     int GetComponentCount() const override;
+    double GetComponent(int component) const override;
     // Component 0 only: `value` rounded to the nearest integer, halves away from zero (2.5 gives 3, -2.5
     // gives -3), saturating at the 64-bit range; NaN gives 0.
     void SetComponent(int component, double value) override;

@@ -86,6 +86,9 @@ public:
     // True for parameters that hold references to other objects, which are resolved after loading.
     virtual bool ValueReferencesObjects() const;
     virtual int GetComponentCount() const;
+    // Reads one numeric component: what GetData().GetFloat(component) gives (0 for a component the value
+    // lacks), which the numeric types answer without building the data.
+    virtual double GetComponent(int component) const;
     // Writes one numeric component; the base ignores it.
     virtual void SetComponent(int component, double value);
 
