@@ -124,6 +124,8 @@ public:
     Event<> childOrderChangedEvent;
     Event<> annotationsChangedEvent;
 
+    static constexpr std::size_t kFirstCapacity = 4;
+
     std::size_t IndexOf(const ParameterNode* node) const {
         const auto found = std::find(constChildren.begin(), constChildren.end(), node);
         return found == constChildren.end() ? ParameterNode::npos
@@ -133,6 +135,11 @@ public:
     // Appends the node, then moves it to `index` (an index past the end leaves it last).
     void Attach(ParameterNode* node, std::size_t index) {
         node->SetParent(&group);
+        if (children.empty()) {
+            // Most groups hold a handful of parameters: room for them at once rather than three regrowths.
+            children.reserve(kFirstCapacity);
+            constChildren.reserve(kFirstCapacity);
+        }
         children.push_back(node);
         constChildren.push_back(node);
         const std::size_t last = children.size() - 1;
