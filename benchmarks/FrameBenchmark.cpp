@@ -1,6 +1,7 @@
 // FrameBenchmark.cpp: what one runner frame costs on large graphs, against the same checks over flat arrays.
 //
 //   build/bench/bin/FrameBenchmark                                     # every case, then the ratios
+//   build/bench/bin/FrameBenchmark --benchmark_filter=Close            # closing large graphs
 //   build/bench/bin/FrameBenchmark --benchmark_filter='AllRun|BusyBaseline' --benchmark_repetitions=5
 #include <algorithm>
 #include <atomic>
@@ -208,6 +209,20 @@ void AllRun(benchmark::State& state, Shape shape, int count) {
             op->MarkDirty();
         }
     });
+}
+
+// Closing the graph: destroying it with its operators and connections, each iteration on a fresh graph. A
+// source that feeds or drives every other operator tells whether letting go of its many connections stays
+// linear.
+void Close(benchmark::State& state, Shape shape, int count) {
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto graph = std::make_unique<FrameGraph>(shape, count);
+        state.ResumeTiming();
+        graph.reset();
+    }
+    ReportCounters(state, count, 0);
+    state.counters.erase("allocs/frame");
 }
 
 // The baseline: the idle frame's work over plain structs in flat arrays, operators in execution order.
@@ -425,6 +440,16 @@ void RegisterAll() {
                     std::string("Frame/") + shapeName + "/" + caseName + "/" + std::to_string(count);
                 benchmark::RegisterBenchmark(name.c_str(), run, shape, count)->Unit(benchmark::kMicrosecond);
             }
+        }
+    }
+    for (const auto& [shapeName, shape] :
+         {std::pair{"Chain", Shape::Chain}, std::pair{"FanOut", Shape::FanOut},
+          std::pair{"Driven", Shape::Driven}}) {
+        for (int count : {10000, 100000}) {
+            const std::string name = std::string("Graph/Close/") + shapeName + "/" + std::to_string(count);
+            benchmark::RegisterBenchmark(name.c_str(), Close, shape, count)
+                ->Iterations(2)
+                ->Unit(benchmark::kMillisecond);
         }
     }
     for (int count : {1000, 10000, 100000}) {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <type_traits>
 #include <unordered_set>
+
+#include <absl/container/flat_hash_set.h>
 
 #include <Vantel/Execution/ExecutionContext.h>
 #include <Vantel/Objects/Access.h>
@@ -35,6 +38,14 @@ void ClearChangeMarks(Operator& op, Operator::Implementation& state, std::vector
     if (Graph* graph = state.AsGraph()) {
         Access::GetImplementation(*graph)->ClearOperatorChangeMarks(unsettled);
     }
+}
+
+// Each pointer once, in no particular order.
+template <typename T>
+std::vector<T*> Distinct(std::vector<T*> pointers) {
+    std::sort(pointers.begin(), pointers.end(), std::less<>());
+    pointers.erase(std::unique(pointers.begin(), pointers.end()), pointers.end());
+    return pointers;
 }
 
 // Every operator that feeds `op` through a connected data input or a parameter connection.
@@ -415,15 +426,30 @@ void Graph::Implementation::NoteConnection(const Operator* producer, const Opera
 
 void Graph::Implementation::ForgetConnections() {
     // A dying graph: the ends of its connections must not point at each other any more, in whatever order
-    // its operators are destroyed.
+    // its operators are destroyed. Each end drops all of the graph's connections in one pass: dropped one by
+    // one, an output or parameter that feeds many would search its list once for each of them.
+    absl::flat_hash_set<const DataInput*> inputs;
+    std::vector<DataOutput::Implementation*> outputs;
     for (const DataConnection& connection : dataConnections) {
         Access::GetImplementation(*connection.input)->SetConnection({});
-        Access::GetImplementation(*connection.output)->RemoveConnection(connection);
+        inputs.insert(connection.input);
+        outputs.push_back(Access::GetImplementation(*connection.output).get());
+    }
+    for (DataOutput::Implementation* output : Distinct(std::move(outputs))) {
+        // An input has one connection at most, so the graph's connections are those to its inputs.
+        output->RemoveConnectionsIf(
+            [&inputs](const DataConnection& connection) { return inputs.contains(connection.input); });
     }
     dataConnections.clear();
+    std::vector<Parameter::Implementation*> ends;
     for (const auto& [endpoints, links] : parameterConnections) {
-        Access::GetImplementation(*endpoints.target)->RemoveIncomingConnection(endpoints);
-        Access::GetImplementation(*endpoints.source)->RemoveOutgoingConnection(endpoints);
+        ends.push_back(Access::GetImplementation(*endpoints.source).get());
+        ends.push_back(Access::GetImplementation(*endpoints.target).get());
+    }
+    for (Parameter::Implementation* end : Distinct(std::move(ends))) {
+        end->RemoveConnectionsIf([this](ParameterConnectionEndpoints endpoints) {
+            return parameterConnections.contains(endpoints);
+        });
     }
     parameterConnections.clear();
 }

@@ -79,6 +79,11 @@ private:
 class VANTEL_API DataOutput::Implementation : public DataPort::Implementation {
 public:
     void AddConnection(DataConnection connection) { connections.push_back(connection); }
+    // Drops, in one pass, every connection that `dropped` holds true for; the others keep their order.
+    template <typename Dropped>
+    void RemoveConnectionsIf(Dropped&& dropped) {
+        std::erase_if(connections, dropped);
+    }
     const std::vector<DataConnection>& GetConnections() const { return connections; }
     // False when the output has no such connection.
     bool RemoveConnection(DataConnection connection);

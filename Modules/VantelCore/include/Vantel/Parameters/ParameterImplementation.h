@@ -35,6 +35,16 @@ public:
     // Drops the copy with these endpoints; false when there is none.
     bool RemoveIncomingConnection(ParameterConnectionEndpoints endpoints);
     bool RemoveOutgoingConnection(ParameterConnectionEndpoints endpoints);
+    // Drops, in one pass over each list, every copy whose endpoints `dropped` holds true for; the others keep
+    // their order.
+    template <typename Dropped>
+    void RemoveConnectionsIf(Dropped&& dropped) {
+        const auto drop = [&](const ParameterConnection& connection) {
+            return dropped(connection.GetEndpoints());
+        };
+        std::erase_if(incoming, drop);
+        std::erase_if(outgoing, drop);
+    }
 
     // Called once the change has been consumed (after a frame, or by the writer).
     void ClearValueChanged() { valueChanged = false; }
