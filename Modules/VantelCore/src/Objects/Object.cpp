@@ -36,7 +36,7 @@ Object::~Object() {
 }
 
 const ObjectType* Object::Type() {
-    static const ObjectType type("Vantel.Object", nullptr, nullptr);
+    static const ObjectType& type = ObjectType::Declare("Vantel.Object", nullptr, nullptr, {});
     return &type;
 }
 

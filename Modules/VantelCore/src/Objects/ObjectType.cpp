@@ -1,8 +1,10 @@
 #include <Vantel/Objects/ObjectType.h>
 
 #include <cstddef>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <Vantel/Objects/Object.h>
 
@@ -99,6 +101,18 @@ ObjectType::ObjectType(std::string_view name, const ObjectType* baseType, Factor
 }
 
 ObjectType::~ObjectType() = default;
+
+const ObjectType& ObjectType::Declare(std::string_view name, const ObjectType* baseType, Factory factory,
+                                      std::string_view displayName) {
+    // Kept, so that the types stay reachable for leak checkers; neither the list nor its types are ever
+    // destroyed.
+    static auto* const declared = new std::vector<const ObjectType*>;
+    static std::mutex mutex;
+    auto* type = new ObjectType(name, baseType, std::move(factory), displayName);
+    const std::lock_guard lock(mutex);
+    declared->push_back(type);
+    return *type;
+}
 
 const std::string& ObjectType::GetName() const {
     return implementation->name;

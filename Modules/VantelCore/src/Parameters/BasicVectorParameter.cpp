@@ -63,8 +63,9 @@ template <typename Scalar, int N>
 const ObjectType* BasicVectorParameter<Scalar, N>::Type() {
     // By hand: the name is computed, and the class is a template, which the type macros cannot take.
     static_assert(Detail::kNamesItsTypedBase<BasicVectorParameter, Parameter>);
-    static const ObjectType type("Vantel.Vector" + std::to_string(N) + ScalarPolicy<Scalar>::kTypeSuffix,
-                                 Parameter::Type(), MakeFactory<BasicVectorParameter>());
+    static const ObjectType& type =
+        ObjectType::Declare("Vantel.Vector" + std::to_string(N) + ScalarPolicy<Scalar>::kTypeSuffix,
+                            Parameter::Type(), MakeFactory<BasicVectorParameter>(), {});
     return &type;
 }
 

@@ -31,6 +31,11 @@ public:
                std::string_view displayName);
     virtual ~ObjectType();
     ObjectType(const ObjectType&) = delete;
+    // A type that is never destroyed, for the type macros: an object may still ask for its type as the
+    // process's statics are destroyed at exit, its own owner among them (a host's project kept in a global).
+    // A plug-in's types outlive its unloading the same way, as a few hundred bytes each.
+    static const ObjectType& Declare(std::string_view name, const ObjectType* baseType, Factory factory,
+                                     std::string_view displayName);
     ObjectType& operator=(const ObjectType&) = delete;
 
     const std::string& GetName() const;

@@ -88,9 +88,10 @@ struct TypeNames {
                   " as its base, which is not the nearest base "     \
                   "class of " #Class " with a type of its own: name that class instead.")
 
-#define VANTEL_DETAIL_MAKE_TYPE(Base, factory, ...)                                                     \
-    static const ::Vantel::ObjectType type(::Vantel::Detail::TypeNames{__VA_ARGS__}.name, Base::Type(), \
-                                           factory, ::Vantel::Detail::TypeNames{__VA_ARGS__}.displayName)
+#define VANTEL_DETAIL_MAKE_TYPE(Base, factory, ...)                                                         \
+    static const ::Vantel::ObjectType& type =                                                               \
+        ::Vantel::ObjectType::Declare(::Vantel::Detail::TypeNames{__VA_ARGS__}.name, Base::Type(), factory, \
+                                      ::Vantel::Detail::TypeNames{__VA_ARGS__}.displayName)
 
 #define VANTEL_DETAIL_INLINE_OBJECT_TYPE(Class, Base, factory, ...) \
     VANTEL_DETAIL_TYPE_PROBE(Class)                                 \
