@@ -60,11 +60,7 @@ bool IsUserParameter(const ParameterNode& node) {
 
 // Bundles and user-added parameters are what a user creates and removes, so only they are recorded.
 bool IsRecordedNode(const ParameterNode& node) {
-    if (ObjectCast<ParameterBundle>(&node) != nullptr) {
-        return true;
-    }
-    const auto* parameter = ObjectCast<Parameter>(&node);
-    return parameter != nullptr && parameter->IsAddedByUser();
+    return ObjectCast<ParameterBundle>(&node) != nullptr || IsUserParameter(node);
 }
 
 // A rebuild records the removal of the operator's own parameters too: undo replays the rebuild, which makes
