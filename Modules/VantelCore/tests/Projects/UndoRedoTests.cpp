@@ -245,7 +245,7 @@ TEST_F(UndoRedo, CompoundRecordOrder) {
 }
 
 // What a rebuild takes away comes back on undo: the values of the members it removed, bundles included, the
-// connections to them and the references into them.
+// connections to them (data and parameter) and the references into them.
 TEST_F(UndoRedo, StructuralWritesAndStructureRecordsRoundTrip) {
     auto* stack = &Add<StackOperator>(*graph);
     stack->count.SetValue(3.0);
@@ -253,6 +253,7 @@ TEST_F(UndoRedo, StructuralWritesAndStructureRecordsRoundTrip) {
     Parameter* weight = stack->GetParameterGroup().FindParameter("Weight 3");
     ASSERT_NE(weight, nullptr);
     ASSERT_TRUE(graph->AddParameterConnection({&source->value, weight, {{0, 0}}}, false));
+    ASSERT_TRUE(graph->AddDataConnection({&mixer->out, stack->GetAllDataInputs().back()}));
     stack->GetParameterGroup().FindParameter("Weight 2")->SetComponent(0, 0.75);
     stack->layers.GetBundle(2)->FindParameter("Opacity")->SetComponent(0, 0.25);
     stack->focus.SetValue(stack->layers.GetBundle(2));
@@ -323,7 +324,7 @@ TEST_F(UndoRedo, DriftFailsTheStepAndReplayGoesOnRecordingNothing) {
 // Undo of a removal gives back the references that pointed into the removed operator, redo clears them again.
 // Undo re-makes the middle operator's connections in the recorded order; the chain's end still gets the
 // start's value, not the restored middle's default. The end is cleared meanwhile, so that only a settled
-// chain gives its value back.
+// chain gives its value back. A chain in a nested graph settles as well.
 TEST_F(UndoRedo, AChainRemadeAroundItsMiddleEndsSettled) {
     auto& middle = Add<SourceOperator>(*graph);
     mixer->focus = &middle;
@@ -334,6 +335,18 @@ TEST_F(UndoRedo, AChainRemadeAroundItsMiddleEndsSettled) {
     adder->offset.SetValue(0.0);
     ASSERT_TRUE(UndoTransaction(project, done));
     EXPECT_EQ(adder->offset.Value(), 3.0);
+
+    auto& inner = Add<Graph>(*graph);
+    auto& start = Add<SourceOperator>(inner);
+    auto& between = Add<SourceOperator>(inner);
+    auto& end = Add<AddOperator>(inner);
+    start.value.SetValue(5.0);
+    ASSERT_TRUE(inner.AddParameterConnection({&start.value, &between.value, {{0, 0}}}, false));
+    ASSERT_TRUE(inner.AddParameterConnection({&between.value, &end.offset, {{0, 0}}}, false));
+    const CommittedTransaction nested = Record("Remove", [&] { inner.RemoveOperator(&between).reset(); });
+    end.offset.SetValue(0.0);
+    ASSERT_TRUE(UndoTransaction(project, nested));
+    EXPECT_EQ(end.offset.Value(), 5.0);
 }
 
 }  // namespace

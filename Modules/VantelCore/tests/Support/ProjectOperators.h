@@ -82,8 +82,8 @@ private:
     std::vector<Parameter*> copies;
 };
 
-// Structural through a number: "Count" layers, each a bundle in "Layers" and a "Weight n" parameter that the
-// rebuild makes and keeps by pointer, as operator types do. "Focus" may point at a layer.
+// Structural through a number: "Count" layers, each a bundle in "Layers", a parameter "Weight n" and a data
+// input "In n" that the rebuild makes and keeps by pointer, as operator types do. "Focus" points at a layer.
 class StackOperator : public Operator {
 public:
     NumberParameter count{this, "Count", 0.0};
@@ -105,12 +105,18 @@ protected:
             Parameter* last = weights.back();
             weights.pop_back();
             RemoveParameter(last);
+            RemoveDataInput(inputs.back());
+            inputs.pop_back();
         }
         while (weights.size() < wanted) {
             auto weight =
                 std::make_unique<NumberParameter>(nullptr, "Weight " + std::to_string(weights.size() + 1));
             weights.push_back(weight.get());
             AddParameter(std::move(weight));
+            auto input = std::make_unique<DataInput>();
+            input->SetName("In " + std::to_string(weights.size()));
+            inputs.push_back(input.get());
+            AddDataInput(std::move(input));
         }
         while (layers.GetBundleCount() > wanted) {
             layers.RemoveBundle(layers.GetBundle(layers.GetBundleCount() - 1));
@@ -122,6 +128,7 @@ protected:
 
 private:
     std::vector<Parameter*> weights;
+    std::vector<DataInput*> inputs;
 };
 
 // The core types and the test types above, registered once per process (a second registration warns).
