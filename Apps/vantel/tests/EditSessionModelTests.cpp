@@ -6,12 +6,15 @@
 #include <chrono>
 #include <filesystem>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
+#include <Vantel/Execution/ExecutionContext.h>
+#include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Objects/TypeLibrary.h>
 #include <Vantel/Operators/Graph.h>
 #include <Vantel/Operators/OperatorInfo.h>
@@ -293,6 +296,27 @@ TEST_F(EditSessionModel, FrameUpdatesReachNestedGraphsAndTheGraphReplyCarriesLay
     ASSERT_NE(next, updates.end());
     EXPECT_EQ(next->value("ran", json::array({"absent"})), json::array());
     EXPECT_FALSE(next->value("values", json::object()).contains(PathOf(mixer.mix)));  // only changed values
+}
+
+class FailingOperator : public Vantel::Operator {
+public:
+    VANTEL_OBJECT_TYPE(FailingOperator, Operator, "Vantel.Test.Failing");
+    void Execute(Vantel::ExecutionContext&) override { throw std::runtime_error("out of ink"); }
+};
+
+// A frame that throws pauses the session, says why, and tells the clients at once, not at their next request.
+TEST_F(EditSessionModel, AFailingFramePausesTheSessionAndTellsTheClients) {
+    Add<FailingOperator>(root);
+    std::vector<json> updates;
+    session.SetPublisher([&updates](const json& update) { updates.push_back(update); });
+    const Vantel::Testing::LogCapture captured;
+    while (session.RunDueFrame() > 0.0) {
+    }
+    EXPECT_EQ(captured.Text(), "[Error] The frame failed and the session paused: out of ink\n");
+    ASSERT_FALSE(updates.empty());
+    EXPECT_EQ(updates.back()["event"], "state");
+    EXPECT_EQ(updates.back()["running"], false);
+    EXPECT_EQ(Ok({{"type", "getState"}})["running"], false);
 }
 
 TEST(LogTee, KeepsTheMostRecentLinesAndPassesEveryLineOn) {

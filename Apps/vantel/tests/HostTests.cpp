@@ -84,6 +84,7 @@ TEST(Host, UsageErrorsExitWithTwoAndOneLine) {
         {{"run", "a.json", "--frames", "-1"}, "--frames needs a whole number"},
         {{"run", "a.json", "--fps=0"}, "--fps needs a number of frames per second above 0"},
         {{"run", "a.json", "--fps=30x"}, "--fps needs a number of frames per second above 0, not '30x'"},
+        {{"run", "a.json", "--fps=inf"}, "--fps needs a number of frames per second above 0, not 'inf'"},
         {{"edit", "a.json", "--port", "0"}, "--port needs a port number from 1 to 65535, not '0'"},
         {{"edit", "a.json", "--port=65536"}, "--port needs a port number from 1 to 65535, not '65536'"},
         {{"edit", "a.json", "--port=80x"}, "--port needs a port number from 1 to 65535, not '80x'"},
