@@ -81,10 +81,12 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
     const std::size_t typeCount = library.GetTypes().size();
     const std::size_t operatorCount = library.GetOperatorInfos().size();
     const std::size_t dataTypeCount = library.GetDataTypes().size();
+    const std::size_t parameterCount = library.GetParameterInfos().size();
     TypeEvents events;
     LogCapture log;
     ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
     EXPECT_EQ(log.Text(), Loading(kPlugin));  // its docs pass every check
+    EXPECT_EQ(library.GetParameterInfos().size(), parameterCount + 1);
     EXPECT_EQ(events.added, kTestPluginTypes);
     EXPECT_EQ(library.GetTypes().size(), typeCount + 4);
     {
@@ -112,6 +114,7 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
     EXPECT_EQ(library.GetTypes().size(), typeCount);
     EXPECT_EQ(library.GetOperatorInfos().size(), operatorCount);
     EXPECT_EQ(library.GetDataTypes().size(), dataTypeCount);
+    EXPECT_EQ(library.GetParameterInfos().size(), parameterCount);
     EXPECT_EQ(library.FindParameterInfoByName("Factor"), nullptr);
 }
 
@@ -216,7 +219,9 @@ TEST(Plugin, LoadEntryThatThrowsIsTakenBackWhole) {
     ASSERT_TRUE(library.LoadPluginFromFile(kPlugin));
     EXPECT_EQ(log.Text(), Loading(kPlugin));
     EXPECT_EQ(events.added, kTestPluginTypes);
+    events.removed.clear();
     library.UnloadPlugin("VantelTestPlugin");
+    EXPECT_EQ(events.removed, kTestPluginTypes);  // the types taken back were not kept in its record
 }
 
 // A plug-in that unloads itself, or the plug-in loading it, from its load entry is refused; the load goes on.
