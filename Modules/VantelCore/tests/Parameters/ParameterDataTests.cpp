@@ -31,6 +31,7 @@ TEST(ParameterData, TextReadsNumbersAfterLeadingTextUntilAForeignSeparator) {
         {"  3.7 , -2e1,4", {3.7, -20, 4}, {3, -20, 4}},
         {"width 12", {12}, {12}},
         {"1, 2\t3", {1, 2, 3}, {1, 2, 3}},
+        {"1\r\n2\v3\f4", {1, 2, 3, 4}, {1, 2, 3, 4}},  // lines as a Windows editor ends them
         {"1-2", {1, -2}, {1, -2}},
         {"+5", {5}, {5}},
         {"-.5e1 .25 1e", {-5, 0.25, 1}, {-5, 0, 1}},
