@@ -199,6 +199,8 @@ TEST_F(EditSessionModel, RefusalsSayWhy) {
          "edit 2 of 2 (removeOperator): nothing answers to /Nobody"},
         {{{"type", "batch"}, {"name", "Back"}, {"requests", {{{"type", "undo"}}}}},
          "a batch holds edits only, not 'undo'"},
+        {{{"type", "batch"}, {"name", "None"}, {"requests", json::array()}},
+         "'requests' must be a non-empty list of edits"},
         {{{"type", "getGraph"}, {"path", 5}}, "'path' must be a string"},
         {{{"type", "getGraph"}, {"path", "Mixer"}}, "not an absolute path: 'Mixer'"},
         {{{"type", "moveOperator"}, {"path", PathOf(mixer)}}, "the request has no 'position'"},

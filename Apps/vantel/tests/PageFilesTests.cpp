@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string>
 #include <system_error>
 
 #include "Edit/PageFiles.h"
@@ -46,6 +47,8 @@ TEST(PageFiles, OnlyFilesInsideThePageFolderAnswer) {
         SCOPED_TRACE(path);
         EXPECT_FALSE(VantelHost::FindPageFile(page, path).has_value());
     }
+    // A name cut short at a NUL by the system would reach a file the request did not name.
+    EXPECT_FALSE(VantelHost::FindPageFile(page, std::string("/assets/main.js\0.png", 20)).has_value());
     EXPECT_FALSE(VantelHost::FindPageFile(top / "not-built", "/").has_value());
     EXPECT_FALSE(VantelHost::FindPageFile({}, "/").has_value());
     fs::remove_all(top);
