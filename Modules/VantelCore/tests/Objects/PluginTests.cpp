@@ -89,13 +89,15 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
     EXPECT_EQ(library.GetParameterInfos().size(), parameterCount + 1);
     EXPECT_EQ(events.added, kTestPluginTypes);
     EXPECT_EQ(library.GetTypes().size(), typeCount + 4);
+    const ObjectType* samplePort = nullptr;  // object types outlive their plug-in
     {
         // The operator's ports and parameter are of the plug-in's own registered types.
         const std::unique_ptr<Object> made = library.GetType("TestPlugin.Math.Scale")->CreateInstance();
         const auto* scale = dynamic_cast<const Operator*>(made.get());
         ASSERT_TRUE(scale && scale->GetAllDataInputs().size() == 1 && scale->GetAllParameters().size() == 1);
         EXPECT_EQ(library.FindOperatorInfo(scale->GetType())->category, "Math");
-        const DataTypeInfo* sample = library.FindDataType(scale->GetAllDataInputs()[0]->GetType());
+        samplePort = scale->GetAllDataInputs()[0]->GetType();
+        const DataTypeInfo* sample = library.FindDataType(samplePort);
         ASSERT_NE(sample, nullptr);
         EXPECT_EQ(scale->GetAllDataInputs()[0]->GetAcceptedOutputType(), sample->outputType);
         EXPECT_EQ(scale->GetAllDataOutputs().at(0)->GetType(), sample->outputType);
@@ -116,6 +118,7 @@ TEST(Plugin, LoadedTypesAreCreatedByNameAndRemovedOnUnload) {
     EXPECT_EQ(library.GetDataTypes().size(), dataTypeCount);
     EXPECT_EQ(library.GetParameterInfos().size(), parameterCount);
     EXPECT_EQ(library.FindParameterInfoByName("Factor"), nullptr);
+    EXPECT_EQ(library.FindDataType(samplePort), nullptr);
 }
 
 TEST(Plugin, SecondLoadUnderTheSameNameReusesTheRecord) {

@@ -97,8 +97,14 @@ TEST(TypeLibrary, RegistrationRulesAndTheirWarnings) {
          },
          "", 0},
         {"empty name, checked before the base type",
-         [&] { library.RegisterOperator(Op(NewType("TL.Nameless", Object::Type()), "")); },
-         "[Warning] Failed to register operator, no name was given for \"TL.Nameless\"\n", 0},
+         [&] {
+             library.RegisterOperator(Op(NewType("TL.Nameless", Object::Type()), ""));
+             library.RegisterParameter(Param(NewType("TL.NamelessParameter", param), ""));
+             EXPECT_EQ(library.FindParameterInfoByName(""), nullptr);
+         },
+         "[Warning] Failed to register operator, no name was given for \"TL.Nameless\"\n"
+         "[Warning] Failed to register parameter, no name was given for \"TL.NamelessParameter\"\n",
+         0},
         {"operator registered twice: the first record stays",
          [&] {
              const ObjectType* type = NewType("TL.OpTwice", op);

@@ -301,6 +301,13 @@ TEST(Graph, ParameterLinksCarryTheirSourceComponentToTheirTargetComponent) {
     EXPECT_TRUE(graph.AddParameterConnection({&number.value, &crossed.in, {{0, 2}}}, true));
     EXPECT_EQ(crossed.in.FindIncomingConnection(2)->source, &number.value);
     EXPECT_EQ(crossed.in.FindIncomingConnection(1)->source, &from.out);
+    // Whichever of the incoming connections holds the component, it gives it up.
+    Vectors& fresh = Add<Vectors>(graph);
+    ASSERT_TRUE(graph.AddParameterConnection({&number.value, &fresh.in, {{0, 0}}}, false));
+    ASSERT_TRUE(graph.AddParameterConnection({&from.out, &fresh.in, {{0, 1}}}, false));
+    EXPECT_TRUE(graph.AddParameterConnection({&spread.out, &fresh.in, {{0, 1}}}, true));
+    EXPECT_EQ(fresh.in.FindIncomingConnection(1)->source, &spread.out);
+    EXPECT_EQ(fresh.in.FindIncomingConnection(0)->source, &number.value);
 }
 
 TEST(Graph, AddedOperatorsGetKeysAndRemovedOnesAreDisconnected) {
@@ -331,6 +338,15 @@ TEST(Graph, AddedOperatorsGetKeysAndRemovedOnesAreDisconnected) {
     EXPECT_EQ(graph.RemoveOperator(&source), nullptr);
     EXPECT_EQ(graph.GetOperators(), std::vector<Operator*>{&sink});
     EXPECT_EQ(gone, std::vector<Operator*>{&source});  // once, after it was let go
+
+    // A structure changed outside any graph is settled as the operator joins one.
+    auto stack = std::make_unique<Testing::StackOperator>();
+    stack->count.SetValue(2.0);
+    ASSERT_EQ(stack->layers.GetBundleCount(), 0u);
+    Testing::StackOperator& joined = *stack;
+    graph.AddOperator(std::move(stack));
+    EXPECT_EQ(joined.layers.GetBundleCount(), 2u);
+    EXPECT_EQ(joined.GetAllDataInputs().size(), 2u);
 }
 
 TEST(Graph, UserPortsAndParameters) {

@@ -224,11 +224,14 @@ TEST(ParameterGroup, RowsLabelsAndSeparators) {
         group.Add(p);
     }
     int annotationEvents = 0;
+    int orderEvents = 0;
     EventSubscription subscription = group.AnnotationsChangedEvent().Subscribe([&] { ++annotationEvents; });
+    EventSubscription reordered = group.ChildOrderChangedEvent().Subscribe([&] { ++orderEvents; });
 
     group.MakeRow({&b}, "ignored");
     EXPECT_EQ(annotationEvents, 0);
     group.MakeRow({&d, &b, &e}, "Offset");
+    EXPECT_EQ(orderEvents, 1);
     EXPECT_EQ(KeysOf(group.GetChildren()), (std::vector<std::string>{"a", "c", "d", "b", "e"}));
     EXPECT_EQ(group.GetRow(&b), (std::vector<ParameterNode*>{&d, &b, &e}));
     EXPECT_EQ(group.GetRowPrimary(&e), &d);
