@@ -104,13 +104,16 @@ ObjectType::~ObjectType() = default;
 
 const ObjectType& ObjectType::Declare(std::string_view name, const ObjectType* baseType, Factory factory,
                                       std::string_view displayName) {
-    // Kept, so that the types stay reachable for leak checkers; neither the list nor its types are ever
-    // destroyed.
-    static auto* const declared = new std::vector<const ObjectType*>;
-    static std::mutex mutex;
+    // Kept, so that the types stay reachable for leak checkers. Neither the list, nor its lock, nor its types
+    // are ever destroyed: a first use of a type may come while the statics are destroyed at exit.
+    struct Declared {
+        std::mutex mutex;
+        std::vector<const ObjectType*> types;
+    };
+    static auto* const declared = new Declared;
     auto* type = new ObjectType(name, baseType, std::move(factory), displayName);
-    const std::lock_guard lock(mutex);
-    declared->push_back(type);
+    const std::lock_guard lock(declared->mutex);
+    declared->types.push_back(type);
     return *type;
 }
 
