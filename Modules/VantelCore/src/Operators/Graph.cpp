@@ -22,6 +22,7 @@
 #include <Vantel/Parameters/ParameterRootGroup.h>
 #include <Vantel/Support/Logging.h>
 
+#include "Operators/OperatorKeyIndex.h"
 #include "Parameters/ReferenceSupport.h"
 #include "Projects/EditRecorder.h"
 #include "Support/Prefetch.h"
@@ -240,7 +241,8 @@ std::vector<ComponentLink> WholeValueLinks(const Parameter& source, const Parame
 
 // ---- Graph::Implementation ----
 
-Graph::Implementation::Implementation(Graph& graph) : graph(graph) {}
+Graph::Implementation::Implementation(Graph& graph)
+    : graph(graph), operatorsByKey(std::make_unique<OperatorKeyIndex>()) {}
 
 Graph::Implementation::~Implementation() = default;
 
@@ -251,7 +253,7 @@ Operator* Graph::Implementation::Attach(std::unique_ptr<Operator>&& op, std::siz
     operators.insert(operators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     constOperators.insert(constOperators.begin() + static_cast<std::ptrdiff_t>(index), raw);
     ownedOperators.insert(ownedOperators.begin() + static_cast<std::ptrdiff_t>(index), std::move(op));
-    operatorsByKey.emplace(raw->GetKey(), raw);
+    operatorsByKey->Add(raw->GetKey(), raw);
     ranks[raw] = nextRank++;  // unconnected: any rank is a valid one
     orderDirty = true;
     return raw;
@@ -266,7 +268,7 @@ std::unique_ptr<Operator> Graph::Implementation::Detach(const Operator* op) {
     constOperators.erase(constOperators.begin() + static_cast<std::ptrdiff_t>(index));
     std::unique_ptr<Operator> released = std::move(ownedOperators[index]);
     ownedOperators.erase(ownedOperators.begin() + static_cast<std::ptrdiff_t>(index));
-    operatorsByKey.erase(op->GetKey());
+    operatorsByKey->Remove(op->GetKey());
     ranks.erase(op);
     Access::GetImplementation(*released)->SetGraph(nullptr);
     orderDirty = true;
@@ -279,7 +281,7 @@ void Graph::Implementation::DetachAll() {
     }
     operators.clear();
     constOperators.clear();
-    operatorsByKey.clear();
+    operatorsByKey->Clear();
     // Last made, first destroyed: the operator arena hands freed blocks out again last in, first out, so that
     // the next graph built gets them in the order this one had, and its frames walk memory forwards.
     while (!ownedOperators.empty()) {
@@ -840,8 +842,7 @@ Object* Graph::FindChildImplementation(std::string_view key) {
     if (Object* own = Operator::FindChildImplementation(key)) {
         return own;
     }
-    const auto found = implementation->operatorsByKey.find(key);
-    return found == implementation->operatorsByKey.end() ? nullptr : found->second;
+    return implementation->operatorsByKey->Find(key);
 }
 
 }  // namespace Vantel

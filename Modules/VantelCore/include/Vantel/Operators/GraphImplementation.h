@@ -5,10 +5,7 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -17,6 +14,8 @@
 #include <Vantel/Operators/Graph.h>
 
 namespace Vantel {
+
+class OperatorKeyIndex;
 
 // Graph::Implementation
 //
@@ -62,13 +61,8 @@ private:
     std::vector<Operator*> operators;
     std::vector<const Operator*> constOperators;
     std::vector<std::unique_ptr<Operator>> ownedOperators;  // in the order of `operators`
-    // Keys are fixed while an operator is in the graph, so lookups by key need no scan. A path's pieces are
-    // looked up as they are, without a string made for each.
-    struct KeyHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
-    };
-    std::unordered_map<std::string, Operator*, KeyHash, std::equal_to<>> operatorsByKey;
+    // Keys are fixed while an operator is in the graph, so lookups by key need no scan. Never null.
+    std::unique_ptr<OperatorKeyIndex> operatorsByKey;
     std::vector<DataConnection> dataConnections;
     ParameterConnectionMap parameterConnections;
     std::vector<Operator*> executionOrder;
