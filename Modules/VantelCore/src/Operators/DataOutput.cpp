@@ -1,6 +1,8 @@
 #include <Vantel/Operators/DataOutput.h>
 
 #include <algorithm>
+#include <typeinfo>
+#include <utility>
 
 #include <Vantel/Objects/ObjectType.h>
 #include <Vantel/Operators/DataPortImplementation.h>
@@ -58,16 +60,33 @@ const std::vector<DataConnection>& DataOutput::GetConnections() const {
     return implementation->connections;
 }
 
-void DataOutput::Activate(const std::shared_ptr<Data>& data) {
-    const Implementation::Stored stored = implementation->Store(data, Operator::Implementation::kOutputs);
-    if (stored == Implementation::Stored::kNothing) {
+namespace {
+
+// The warning and the event that follow a store.
+void Announce(DataOutput& output, DataPort::Implementation::Stored stored) {
+    if (stored == DataPort::Implementation::Stored::kNothing) {
         return;
     }
-    if (stored == Implementation::Stored::kOverMark) {
-        LogWarning("DataOutput '" + GetPath().ToString() +
+    if (stored == DataPort::Implementation::Stored::kOverMark) {
+        LogWarning("DataOutput '" + output.GetPath().ToString() +
                    "' is written more than once per frame, whichever write happens last wins.");
     }
-    implementation->activatedEvent.Fire();
+    output.ActivatedEvent().Fire();
+}
+
+}  // namespace
+
+void DataOutput::Activate(const std::shared_ptr<Data>& data) {
+    Announce(*this, implementation->Store(data, Operator::Implementation::kOutputs));
+}
+
+void DataOutput::Activate(std::shared_ptr<Data>&& data) {
+    // The exact type, not the declared one: a subclass without a type of its own may still override.
+    if (typeid(*this) != typeid(DataOutput)) {
+        Activate(std::as_const(data));
+        return;
+    }
+    Announce(*this, implementation->Store(std::move(data), Operator::Implementation::kOutputs));
 }
 
 void DataOutput::Clear() {

@@ -1,5 +1,7 @@
 #include <Vantel/Operators/DataPort.h>
 
+#include <utility>
+
 #include <Vantel/Objects/Access.h>
 #include <Vantel/Operators/DataPortImplementation.h>
 #include <Vantel/Operators/Operator.h>
@@ -41,14 +43,14 @@ void DataPort::Implementation::SetOperator(Operator* newOperator) {
     }
 }
 
-DataPort::Implementation::Stored DataPort::Implementation::Store(const std::shared_ptr<Data>& value,
-                                                                 std::uint8_t kind) {
+template <typename Value>
+DataPort::Implementation::Stored DataPort::Implementation::StoreValue(Value&& value, std::uint8_t kind) {
     const std::uint64_t serial = value ? value->GetSerial() : 0;
     if (serial == lastSerial) {
         return Stored::kNothing;
     }
     lastSerial = serial;
-    data = value;
+    data = std::forward<Value>(value);
     Operator::Implementation* owner = op != nullptr ? Access::GetImplementation(*op).get() : nullptr;
     const std::uint64_t mark = owner != nullptr ? owner->GetMarkEpoch() : kMarkedAlone;
     const Stored stored = markedAt == mark ? Stored::kOverMark : Stored::kNew;
@@ -57,6 +59,16 @@ DataPort::Implementation::Stored DataPort::Implementation::Store(const std::shar
         owner->NoteMembersMarked(static_cast<Operator::Implementation::MemberKind>(kind));
     }
     return stored;
+}
+
+DataPort::Implementation::Stored DataPort::Implementation::Store(const std::shared_ptr<Data>& value,
+                                                                 std::uint8_t kind) {
+    return StoreValue(value, kind);
+}
+
+DataPort::Implementation::Stored DataPort::Implementation::Store(std::shared_ptr<Data>&& value,
+                                                                 std::uint8_t kind) {
+    return StoreValue(std::move(value), kind);
 }
 
 DataPort::DataPort(Implementation& implementation) : implementation(&implementation) {}

@@ -103,6 +103,38 @@ TEST(DataOutput, SecondWriteInAFrameWarnsAndWins) {
     EXPECT_EQ(activations, 3);
 }
 
+// Overrides Activate without a type of its own, as a plug-in's output may.
+class WatchedOutput : public DataOutput {
+public:
+    using DataOutput::DataOutput;
+    void Activate(const std::shared_ptr<Data>& data) override {
+        seen.push_back(data);
+        DataOutput::Activate(data);
+    }
+    std::vector<std::shared_ptr<Data>> seen;
+};
+
+TEST(DataOutput, AGivenUpValueIsTakenOverUnlessASubclassWatchesActivate) {
+    Operator op;
+    DataOutput output(&op, "Result");
+    int activations = 0;
+    EventSubscription subscription = output.ActivatedEvent().Subscribe([&] { ++activations; });
+    auto value = std::make_shared<Data>();
+    const Data* raw = value.get();
+    output.Activate(std::move(value));
+    EXPECT_EQ(output.GetData().get(), raw);
+    EXPECT_EQ(output.GetData().use_count(), 1);                // taken over, not shared with the caller
+    output.Activate(std::shared_ptr<Data>(output.GetData()));  // the same serial writes nothing
+    EXPECT_EQ(activations, 1);
+
+    WatchedOutput watched(&op, "Watched");
+    DataOutput& plain = watched;
+    plain.Activate(std::make_shared<Data>());
+    watched.Activate(std::make_shared<Data>());
+    ASSERT_EQ(watched.seen.size(), 2u);
+    EXPECT_EQ(watched.GetData(), watched.seen[1]);
+}
+
 TEST(Operator, PortsGetKeysAndKnowTheirPlace) {
     Operator op;
     DataInput image(&op, "Image");

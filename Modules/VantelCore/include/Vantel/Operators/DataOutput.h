@@ -46,6 +46,10 @@ public:
     // Writes a value. A different value while this frame's change is still marked logs "DataOutput '<path>'
     // is written more than once per frame, whichever write happens last wins."
     virtual void Activate(const std::shared_ptr<Data>& data);
+    // The same for a value the caller gives up, as a fresh one from a pool: a plain output takes it over
+    // rather than sharing it, which spares a frame two atomic count changes per output. On a subclass it is
+    // the virtual Activate that runs, so that an override sees every value.
+    void Activate(std::shared_ptr<Data>&& data);
     // Writes nothing, which is a write like any other.
     virtual void Clear();
     Event<>& ActivatedEvent();

@@ -37,6 +37,8 @@ public:
     // change and tells the operator that one of its members of kind `kind` is marked; kOverMark when the
     // port's change was marked already.
     Stored Store(const std::shared_ptr<Data>& value, std::uint8_t kind);
+    // As above, taking the value over instead of sharing it: one count up and one down fewer.
+    Stored Store(std::shared_ptr<Data>&& value, std::uint8_t kind);
     bool IsMarked() const;
     // Whether the port's change is marked, for a port of an operator in mark epoch `epoch`.
     bool IsMarkedIn(std::uint64_t epoch) const { return markedAt == epoch; }
@@ -44,6 +46,9 @@ public:
 
 private:
     friend class DataPort;
+
+    template <typename Value>
+    Stored StoreValue(Value&& value, std::uint8_t kind);
 
     // What Store reads and writes each frame first, in the block's first cache line.
     Operator* op = nullptr;
