@@ -62,22 +62,32 @@ const std::vector<DataConnection>& DataOutput::GetConnections() const {
 
 namespace {
 
-// The warning and the event that follow a store.
-void Announce(DataOutput& output, DataPort::Implementation::Stored stored) {
+// After a store that wrote nothing or wrote twice in a frame.
+void AnnounceUnusual(DataOutput& output, const Event<>& activated, DataPort::Implementation::Stored stored) {
     if (stored == DataPort::Implementation::Stored::kNothing) {
         return;
     }
-    if (stored == DataPort::Implementation::Stored::kOverMark) {
-        LogWarning("DataOutput '" + output.GetPath().ToString() +
-                   "' is written more than once per frame, whichever write happens last wins.");
+    LogWarning("DataOutput '" + output.GetPath().ToString() +
+               "' is written more than once per frame, whichever write happens last wins.");
+    activated.Fire();
+}
+
+// The warning and the event that follow a store. Small, so that the usual case costs no call on every value
+// of every frame; handed the event, as asking the output for it would be a call through the library's
+// exported symbols.
+inline void Announce(DataOutput& output, const Event<>& activated, DataPort::Implementation::Stored stored) {
+    if (stored == DataPort::Implementation::Stored::kNew) {
+        activated.Fire();
+        return;
     }
-    output.ActivatedEvent().Fire();
+    AnnounceUnusual(output, activated, stored);
 }
 
 }  // namespace
 
 void DataOutput::Activate(const std::shared_ptr<Data>& data) {
-    Announce(*this, implementation->Store(data, Operator::Implementation::kOutputs));
+    Announce(*this, implementation->activatedEvent,
+             implementation->Store(data, Operator::Implementation::kOutputs));
 }
 
 void DataOutput::Activate(std::shared_ptr<Data>&& data) {
@@ -86,7 +96,8 @@ void DataOutput::Activate(std::shared_ptr<Data>&& data) {
         Activate(std::as_const(data));
         return;
     }
-    Announce(*this, implementation->Store(std::move(data), Operator::Implementation::kOutputs));
+    Announce(*this, implementation->activatedEvent,
+             implementation->Store(std::move(data), Operator::Implementation::kOutputs));
 }
 
 void DataOutput::Clear() {
