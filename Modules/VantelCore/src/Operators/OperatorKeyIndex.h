@@ -34,11 +34,7 @@ private:
         using is_transparent = void;
         std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
     };
-    struct KeyEqual {
-        using is_transparent = void;
-        bool operator()(std::string_view a, std::string_view b) const { return a == b; }
-    };
-    absl::flat_hash_map<std::string, Operator*, KeyHash, KeyEqual> byKey;
+    absl::flat_hash_map<std::string, Operator*, KeyHash, std::equal_to<>> byKey;
 };
 
 }  // namespace Vantel
