@@ -10,8 +10,13 @@
 #include <Vantel/Support/Logging.h>
 
 #include "Projects/DeserializationSupport.h"
+#include "Support/JsonReader.h"
 
 namespace Vantel::Deserialization {
+
+nlohmann::json ReadProjectText(std::string_view text) {
+    return JsonReader::Parse(text);
+}
 
 std::unique_ptr<Project> DeserializeProject(const nlohmann::json& document) {
     // Loading builds a new tree; none of it is an edit of the user's.

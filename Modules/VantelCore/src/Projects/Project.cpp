@@ -2,6 +2,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <string>
 #include <system_error>
 
 #include <nlohmann/json.hpp>
@@ -91,11 +93,13 @@ bool Project::Deserialize(const std::string& path) {
         LogError("Project::Deserialize: file does not exist: " + path);
         return false;
     }
-    nlohmann::json document;
+    // Read whole and then parsed: the library's parser reads a stream a character at a time.
+    std::string text;
     {
         std::ifstream stream(file);
-        document = nlohmann::json::parse(stream, nullptr, true, false);
+        text.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
     }
+    const nlohmann::json document = Deserialization::ReadProjectText(text);
     implementation->fileVersion = Deserialization::ReadProjectFileVersion(document);
     std::unique_ptr<Project> loaded = Deserialization::DeserializeProject(document);
     if (loaded == nullptr) {
