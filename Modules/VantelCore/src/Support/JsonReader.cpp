@@ -69,6 +69,10 @@ public:
     explicit Reader(std::string_view text) : at(text.data()), end(text.data() + text.size()) {}
 
     bool Document(json& document) {
+        // A byte order mark is skipped, as the library does; a broken one is no value and fails below.
+        if (end - at >= 3 && std::memcmp(at, "\xEF\xBB\xBF", 3) == 0) {
+            at += 3;
+        }
         SkipSpace();
         if (!Value(document, 0)) {
             return false;

@@ -14,8 +14,8 @@ namespace Vantel::JsonReader {
 // The document `text` holds, equal in every value and number kind to what nlohmann::json::parse(text) makes
 // (strict, comments not allowed). The reader is quick because it reads each string in one sweep and inserts
 // object members at the end of the map when they come in key order, as written files have them. Anything it
-// does not take for certain (malformed text, a number out of range, a lone surrogate escape, a byte order
-// mark, very deep nesting) is handed to the library's own parser, which then reads it or throws its own
+// does not take for certain (malformed text, a number out of range, a lone surrogate escape, a NUL byte, very
+// deep nesting) is handed to the library's own parser, which then reads it or throws its own
 // parse_error with its own position and message.
 nlohmann::json Parse(std::string_view text);
 

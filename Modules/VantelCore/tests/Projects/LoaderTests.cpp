@@ -447,7 +447,9 @@ TEST(ProjectText, ReadsAsTheJsonLibraryParses) {
         "", " ", "{", "[1,]", "{\"a\" 1}", "{\"a\": 1,}", "01", "1.", "-", "1e", ".5", "+1", "tru", "nul",
         "[1] x", "\"\x01\"", "\"\\x\"", "\"\\u12\"", "\"\\ud83d\"", "\"\\ude00\"", "\"\\ud83d\\u0041\"",
         "\"\xC0\xAF\"", "\"\xED\xA0\x80\"", "\"\xF4\x90\x80\x80\"", "\"\xE2\x82\"", "\"open", "1e400",
-        "\xEF\xBB\xBF{}", "{} // comment", std::string("[1, \0]", 6)};
+        "{} // comment", std::string("[1, \0]", 6),
+        // a byte order mark is skipped, a broken one is an error; a NUL byte ends the text for the library
+        "\xEF\xBB\xBF{\"a\": 1}", "\xEF\xBB{}", "\xEF\xBB\xBF", std::string("{} \0 ignored", 12)};
     for (const std::string& text : texts) {
         std::string expectedError;
         json expected;
