@@ -355,10 +355,14 @@ private:
 
 nlohmann::json Parse(std::string_view text) {
     json document;
-    if (Reader(text).Document(document)) {
+    if (TryRead(text, document)) {
         return document;
     }
     return json::parse(text.begin(), text.end(), nullptr, true, false);
+}
+
+bool TryRead(std::string_view text, nlohmann::json& document) {
+    return Reader(text).Document(document);
 }
 
 }  // namespace Vantel::JsonReader

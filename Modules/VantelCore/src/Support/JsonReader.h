@@ -19,4 +19,10 @@ namespace Vantel::JsonReader {
 // parse_error with its own position and message.
 nlohmann::json Parse(std::string_view text);
 
+// TryRead()
+//
+// The quick reader alone: true, with the document in `document`, for text it takes; false for text it leaves
+// to the library's parser, `document` then being whatever it had read so far.
+bool TryRead(std::string_view text, nlohmann::json& document);
+
 }  // namespace Vantel::JsonReader

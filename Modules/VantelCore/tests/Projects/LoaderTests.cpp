@@ -22,7 +22,6 @@
 #include <Vantel/Projects/Serialization.h>
 #include <Vantel/Projects/Version.h>
 
-#include "SameDocument.h"
 #include "Support/LogCapture.h"
 #include "Support/ProjectOperators.h"
 
@@ -427,45 +426,6 @@ TEST(ConnectionPaths, StoredTextsResolveAsPathsDo) {
     EXPECT_THROW(
         load(R"("parameterConnections": [{"output": "Source/Value", "input": [], "links": [[0, 0]]}])"),
         json::type_error);
-}
-
-// The project reader must make of every text exactly what the JSON library's parser makes of it, or refuse
-// it with the library's own error: a file must not read differently for being read fast.
-TEST(ProjectText, ReadsAsTheJsonLibraryParses) {
-    const std::string deep = std::string(300, '[') + std::string(300, ']');
-    const std::vector<std::string> texts = {
-        // numbers: each integer kind, the edges of each, what overflows into a double, and -0
-        R"([0, -0, 7, -7, 18446744073709551615, 18446744073709551616, -9223372036854775808,
-            -9223372036854775809, 0.5, -0.0, 1e5, 1E+5, 2.5e-3, 5e-324, 1.7976931348623157e308,
-            0.1000000000000000055511151231257827, 123456789012345678901234567890])",
-        // strings: escapes, code points escaped alone and in pairs, UTF-8 of every length, DEL, \u0000
-        R"(["a\"b\\c\/d\b\f\n\r\t", "\u00e9\u20AC\ud83d\ude00\u0000", "é€😀", "\u007f", ""])",
-        // duplicate keys keep the later value; members out of key order; whitespace of each kind
-        " {\"b\": 1, \"a\": {\"x\": [1, 2]}, \"b\": [true, false, null], \"a\": \"later\"}\r\n\t", "true",
-        "null", "\"top\"", "-12", deep,
-        // refused: each of these must fail with the library's own message
-        "", " ", "{", "[1,]", "{\"a\" 1}", "{\"a\": 1,}", "01", "1.", "-", "1e", ".5", "+1", "tru", "nul",
-        "[1] x", "\"\x01\"", "\"\\x\"", "\"\\u12\"", "\"\\ud83d\"", "\"\\ude00\"", "\"\\ud83d\\u0041\"",
-        "\"\xC0\xAF\"", "\"\xED\xA0\x80\"", "\"\xF4\x90\x80\x80\"", "\"\xE2\x82\"", "\"open", "1e400",
-        "{} // comment", std::string("[1, \0]", 6),
-        // a byte order mark is skipped, a broken one is an error; a NUL byte ends the text for the library
-        "\xEF\xBB\xBF{\"a\": 1}", "\xEF\xBB{}", "\xEF\xBB\xBF", std::string("{} \0 ignored", 12)};
-    for (const std::string& text : texts) {
-        std::string expectedError;
-        json expected;
-        try {
-            expected = json::parse(text);
-        } catch (const json::exception& error) {
-            expectedError = error.what();
-        }
-        try {
-            const json document = Deserialization::ReadProjectText(text);
-            EXPECT_EQ(expectedError, "") << text;
-            EXPECT_TRUE(Testing::SameDocument(document, expected)) << text << "\n" << document.dump();
-        } catch (const json::exception& error) {
-            EXPECT_EQ(error.what(), expectedError) << text;
-        }
-    }
 }
 
 TEST(Version, ParseAndPrintAndCompareYearThenWeekThenPatch) {
