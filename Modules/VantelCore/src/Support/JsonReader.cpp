@@ -285,14 +285,30 @@ private:
 
     static bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-    void SkipDigits() {
+    // One digit or more; false when there is none.
+    bool Digits() {
+        if (at == end || !IsDigit(*at)) {
+            return false;
+        }
         while (at != end && IsDigit(*at)) {
             ++at;
         }
+        return true;
+    }
+
+    // The number from `start` to here as a `Kind`, when a `Kind` holds it.
+    template <typename Kind>
+    bool Convert(const char* start, json& value) const {
+        Kind number{};
+        if (std::from_chars(start, at, number).ec != std::errc()) {
+            return false;
+        }
+        value = number;
+        return true;
     }
 
     // As the library keeps them: an integer that fits as unsigned (no sign) or signed (with one), any other
-    // number as a double.
+    // number as a double. One out of a double's range is the library's parser's to decide.
     bool Number(json& value) {
         const char* start = at;
         const bool negative = AtChar('-');
@@ -301,18 +317,15 @@ private:
         }
         if (AtChar('0')) {
             ++at;
-        } else if (at != end && IsDigit(*at)) {
-            SkipDigits();
-        } else {
+        } else if (!Digits()) {
             return false;
         }
         bool integer = true;
         if (AtChar('.')) {
             ++at;
-            if (at == end || !IsDigit(*at)) {
+            if (!Digits()) {
                 return false;
             }
-            SkipDigits();
             integer = false;
         }
         if (AtChar('e') || AtChar('E')) {
@@ -320,31 +333,16 @@ private:
             if (AtChar('+') || AtChar('-')) {
                 ++at;
             }
-            if (at == end || !IsDigit(*at)) {
+            if (!Digits()) {
                 return false;
             }
-            SkipDigits();
             integer = false;
         }
-        if (integer && negative) {
-            std::int64_t number = 0;
-            if (std::from_chars(start, at, number).ec == std::errc()) {
-                value = number;
-                return true;
-            }
-        } else if (integer) {
-            std::uint64_t number = 0;
-            if (std::from_chars(start, at, number).ec == std::errc()) {
-                value = number;
-                return true;
-            }
+        if (integer &&
+            (negative ? Convert<std::int64_t>(start, value) : Convert<std::uint64_t>(start, value))) {
+            return true;
         }
-        double number = 0.0;
-        if (std::from_chars(start, at, number).ec != std::errc()) {
-            return false;  // out of range: the library's parser decides what it makes of it
-        }
-        value = number;
-        return true;
+        return Convert<double>(start, value);
     }
 
     const char* at;
