@@ -11,6 +11,18 @@ namespace Vantel {
 
 class Object::Implementation {
 public:
+    // Out of ~Object, which most objects (a frame's data values among them) leave at its first test: kept
+    // inline, this would have every object save and restore registers on the way.
+    [[gnu::noinline]] static void Finish(std::unique_ptr<Implementation>& block) {
+        // The event may be looked at by its subscribers, so it fires while everything is still in place.
+        block->destructionEvent.Fire();
+        block->subscriptions.clear();
+        if (block->cell) {
+            *block->cell = nullptr;
+        }
+        block.reset();
+    }
+
     std::string key;
     std::shared_ptr<Object*> cell;
     Event<> destructionEvent;
@@ -24,14 +36,9 @@ Object::Object(std::string_view key) : Object() {
 }
 
 Object::~Object() {
-    if (implementation == nullptr) {
-        return;  // nobody ever subscribed, shared a Ptr or set a key
-    }
-    // The event may be looked at by its subscribers, so it fires while everything is still in place.
-    implementation->destructionEvent.Fire();
-    implementation->subscriptions.clear();
-    if (implementation->cell) {
-        *implementation->cell = nullptr;
+    // Null when nobody ever subscribed, shared a Ptr or set a key.
+    if (implementation != nullptr) {
+        Implementation::Finish(implementation);
     }
 }
 
