@@ -147,9 +147,16 @@ public:
     // Clears the change marks of every port and parameter (not the operator's own dirty mark), skipping the
     // kinds that carry none (inline: every frame asks this of every operator).
     void ClearMemberChangeMarks() {
-        if (markedMembers != 0) {
-            ClearMarkedMembers();
+        if (markedMembers == 0) {
+            return;
         }
+        if ((markedMembers & ~(kInputs | kOutputs)) == 0) {
+            // Only ports were marked (an operator that ran and wrote its output): a new epoch unmarks them.
+            ++markEpoch;
+            markedMembers = 0;
+            return;
+        }
+        ClearMarkedMembers();
     }
     // The operator's outputs, as Operator::GetAllDataOutputs gives them, for a frame's inner loop.
     const std::vector<DataOutput*>& Outputs() const { return outputs; }
