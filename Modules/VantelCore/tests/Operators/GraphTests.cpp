@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <Vantel/Execution/Clock.h>
@@ -101,22 +102,25 @@ TEST(Graph, DataConnectionsAreCheckedAndCarryValues) {
 }
 
 // Last added, first destroyed: the blocks they give back are then handed out again in the order they had, and
-// a graph built after this one walks memory forwards.
+// a graph built after this one walks memory forwards. While they die the graph lists none of them, so that
+// nobody who looks then reaches a dead one.
 TEST(Graph, DestroysItsOperatorsLastAddedFirst) {
     struct Recorded : SourceOperator {
-        Recorded(std::vector<int>& log, int id) : log(log), id(id) {}
-        ~Recorded() override { log.push_back(id); }
+        Recorded(std::vector<int>& log, const Graph& graph, int id) : log(log), graph(graph), id(id) {}
+        ~Recorded() override { log.push_back(id * 10 + static_cast<int>(graph.GetOperators().size())); }
         std::vector<int>& log;
+        const Graph& graph;
         int id;
     };
-    std::vector<int> destroyed;
+    std::vector<int> destroyed;  // each operator's id, tens, and how many operators the graph listed then
     {
         Graph graph;
         for (int id = 0; id < 3; ++id) {
-            graph.AddOperator(std::make_unique<Recorded>(destroyed, id));
+            graph.AddOperator(std::make_unique<Recorded>(destroyed, graph, id));
         }
+        ASSERT_EQ(std::as_const(graph).GetOperators().size(), 3u);
     }
-    EXPECT_EQ(destroyed, (std::vector<int>{2, 1, 0}));
+    EXPECT_EQ(destroyed, (std::vector<int>{20, 10, 0}));
 }
 
 TEST(Graph, ListInputsExistWhileConnected) {
