@@ -223,9 +223,11 @@ TEST(Graph, ExecutesInDependencyOrderAndHandsOnValuesSetBetweenFrames) {
     EXPECT_EQ(driven.offset.Value(), 10.0);
     EXPECT_EQ(driven.result.Value(), 10.0);
 
-    // A chain long enough that the frame fetches operators ahead of their turn, added against its order.
+    // A chain long enough that the frame fetches operators ahead of their turn, added against its order. Its
+    // 128 operators fill the frame's lists to their capacity, so that a read one past their end is caught by
+    // the address sanitizer.
     Graph chain;
-    std::vector<AddOperator*> links(100);
+    std::vector<AddOperator*> links(127);
     for (AddOperator*& link : links) {
         link = &Add<AddOperator>(chain);
         link->offset.SetValue(1.0);
@@ -237,10 +239,18 @@ TEST(Graph, ExecutesInDependencyOrderAndHandsOnValuesSetBetweenFrames) {
     for (const double value : {0.5, 1.5}) {
         head.value.SetValue(value);
         chain.Execute(*Access::CreateExecutionContext(value, 0.0, 0));  // the time as the frame's context
-        EXPECT_EQ(links.back()->result.Value(), value + 100.0);
+        EXPECT_EQ(links.back()->result.Value(), value + 127.0);
         EXPECT_EQ(links.back()->lastFrameTime, value);
     }
-    EXPECT_EQ(links.front()->runs, 2);
+    // A runner's frame also walks them all a second time, clearing their change marks.
+    Runner runner(std::make_unique<FixedClock>(0.1));
+    runner.SetGraph(&chain);
+    runner.WaitForTick();
+    head.value.SetValue(2.5);
+    runner.Execute();
+    EXPECT_EQ(links.back()->result.Value(), 2.5 + 127.0);
+    EXPECT_FALSE(links.back()->in.HasDataChanged());
+    EXPECT_EQ(links.front()->runs, 3);
 }
 
 // A feeds C directly by data and again through B by parameters, so C reaches the queue before its second
