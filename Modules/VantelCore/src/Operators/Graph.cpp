@@ -772,7 +772,12 @@ void Graph::Execute(ExecutionContext& context) {
         // Outdated reads.
         const bool busy = states[i]->IsLikelyToRun(frame);
         if (i + kPrefetchDistance < order.size()) {
-            PrefetchLines(order[i + kPrefetchDistance], busy ? kRunningOperatorBytes : 1);
+            // A size fixed here, not chosen at run time, unrolls into plain hints.
+            if (busy) {
+                PrefetchLines(order[i + kPrefetchDistance], kRunningOperatorBytes);
+            } else {
+                Prefetch(order[i + kPrefetchDistance]);
+            }
             Prefetch(states[i + kPrefetchDistance]->FrameFields());
         }
         if (busy && i + kPrefetchDistance / 2 < order.size()) {
