@@ -133,7 +133,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "type": "Vantel.General.Graph", "key": "Project [abc]", "name": "Root",
         "parameters": [{"key": "Odd", "type": "Vantel.Test.Nothing", "name": "Odd"}], "operators": [
             {"type": "Vantel.Test.Source", "key": "Source", "name": "Source", "position": [1, "x"],
-             "parameters": [{"key": "Value", "value": 4.0}, {"key": "Nope", "value": 3}]},
+             "parameters": [{"key": "Value", "value": 4.0}, {"key": "Nope", "value": 3}, [{"key": "In", "value": 1}]]},
             {"type": "Vantel.Test.Gone", "key": "Gone", "name": "Gone"},
             {"type": "Vantel.Test.Mixer", "key": "Mixer", "name": "Mixer", "position": [1, 2, 3],
              "dataInputs": [{"key": "Ghost", "inputs": [{"key": "C"}]},
@@ -165,6 +165,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         "[Error] DeserializeOperator: the position of operator 'Source' is not two numbers, it is dropped.\n"
         "[Error] ApplyParameterValues: parameter 'Nope' not found in operator 'Source', its value is "
         "dropped.\n"
+        "[Error] ApplyParameterValues: scope '2' not found in operator 'Source', its values are dropped.\n"
         "[Error] DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.\n"
         "[Error] DeserializeOperator: failed to deserialize an operator of graph 'Root'.\n"
         "[Error] DeserializeOperator: the position of operator 'Mixer' is not two numbers, it is dropped.\n"
@@ -216,6 +217,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         {Kind::AddedMember, "/: Odd"},
         {Kind::Position, "/Source: position"},
         {Kind::ParameterValue, "/Source: Nope"},
+        {Kind::ParameterScope, "/Source: 2"},  // a group, named by its place: the operator has none there
         {Kind::Operator, "/: Gone"},
         {Kind::Position, "/Mixer: position"},
         {Kind::ListInputs, "/Mixer: Ghost"},
@@ -241,7 +243,7 @@ TEST(Loader, DroppedEntriesAreNamedAndTheRestLoads) {
         EXPECT_EQ(dropped[i].owner + ": " + dropped[i].key, expected[i].second);
         EXPECT_NE(log.Text().find(dropped[i].reason + "\n"), std::string::npos);
     }
-    EXPECT_EQ(dropped[3].reason, "DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.");
+    EXPECT_EQ(dropped[4].reason, "DeserializeOperator: type 'Vantel.Test.Gone' not found in type library.");
 }
 
 // Takes no more bundles than its operator has stages.
