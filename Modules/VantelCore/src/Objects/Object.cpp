@@ -12,7 +12,8 @@ namespace Vantel {
 class Object::Implementation {
 public:
     // Out of ~Object, which most objects (a frame's data values among them) leave at its first test: kept
-    // inline, this would have every object save and restore registers on the way.
+    // inline, this would have every object save and restore registers on the way. The block goes here too,
+    // though ~Object would delete it anyway, because inlined after the call its deletion brings that back.
     [[gnu::noinline]] static void Finish(std::unique_ptr<Implementation>& block) {
         // The event may be looked at by its subscribers, so it fires while everything is still in place.
         block->destructionEvent.Fire();
