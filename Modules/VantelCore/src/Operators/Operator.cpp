@@ -274,10 +274,7 @@ void Operator::Implementation::operator delete(void* block, std::size_t size) no
     OperatorArena::Free(block, size);
 }
 
-void Operator::Implementation::ClearMarkedMembers() {
-    if ((markedMembers & (kInputs | kOutputs)) != 0) {
-        ++markEpoch;  // unmarks every port at once, without a visit to each
-    }
+void Operator::Implementation::ClearMarkedParameters() {
     if (markedParameter != nullptr) {
         Access::GetImplementation(*markedParameter)->ClearValueChanged();
     } else if ((markedMembers & kParameters) != 0) {
@@ -286,7 +283,6 @@ void Operator::Implementation::ClearMarkedMembers() {
         }
     }
     markedParameter = nullptr;
-    markedMembers = 0;
 }
 
 Operator::Operator() : implementation(std::make_unique<Implementation>(*this)) {}

@@ -150,13 +150,14 @@ public:
         if (markedMembers == 0) {
             return;
         }
-        if ((markedMembers & ~(kInputs | kOutputs)) == 0) {
-            // Only ports were marked (an operator that ran and wrote its output): a new epoch unmarks them.
-            ++markEpoch;
-            markedMembers = 0;
-            return;
+        if ((markedMembers & (kInputs | kOutputs)) != 0) {
+            ++markEpoch;  // unmarks every port at once, without a visit to each
         }
-        ClearMarkedMembers();
+        // Usually not so: an operator that ran and wrote its output had only its ports marked.
+        if ((markedMembers & ~(kInputs | kOutputs)) != 0) {
+            ClearMarkedParameters();
+        }
+        markedMembers = 0;
     }
     // The operator's outputs, as Operator::GetAllDataOutputs gives them, for a frame's inner loop.
     const std::vector<DataOutput*>& Outputs() const { return outputs; }
@@ -174,7 +175,7 @@ public:
 
 private:
     friend class Operator;
-    void ClearMarkedMembers();
+    void ClearMarkedParameters();
     void ReleaseOwnedPorts();
     void NoteOutputsChanged();
     // The flat input list must be rebuilt, and until it is the sole input is not known.
